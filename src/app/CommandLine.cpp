@@ -1,0 +1,45 @@
+#include "CommandLine.h"
+
+TCommandLine ParseCommandLine(const QStringList &arguments)
+{
+  TCommandLine line;
+  for (const QString &argument : arguments) {
+    if (argument == QLatin1String("--help") || argument == QLatin1String("-h"))
+      line.Help = true;
+    else if (argument == QLatin1String("--version"))
+      line.Version = true;
+    else if (argument == QLatin1String("--verbose"))
+      line.Verbose = true;
+    else if (argument == QLatin1String("--encrypt"))
+      line.Encrypt = true;
+    else if (argument == QLatin1String("--dry-run"))
+      line.DryRun = true;
+    else
+      line.OtherArguments.append(argument);
+  }
+  return line;
+}
+
+QString UsageText(const QString &programName)
+{
+  return QStringLiteral(
+             "Usage: %1 [options] [anything]\n"
+             "\n"
+             "Follow-up of the open tickets of a Quorvex ITSM service: retrieves them, builds\n"
+             "the HTML report of the tickets that need attention and mails it.\n"
+             "\n"
+             "Without an argument the main window opens. Any argument other than the options\n"
+             "below starts the unattended run: retrieve, generate, send, write the run log and\n"
+             "exit (for cron or a systemd timer).\n"
+             "\n"
+             "Options:\n"
+             "  --help       show this text and exit\n"
+             "  --version    show the version and exit\n"
+             "  --verbose    echo the trace to standard error\n"
+             "  --encrypt    read one secret line on standard input and print its stored\n"
+             "               form, for the settings file of a headless installation\n"
+             "  --dry-run    unattended run that writes the report files and sends nothing\n"
+             "\n"
+             "Settings: $XDG_CONFIG_HOME/Vellmor/vlmQuorvexITSM/%1.ini (default ~/.config).\n")
+      .arg(programName);
+}

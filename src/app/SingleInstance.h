@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QLockFile>
+#include <QObject>
+#include <QString>
+#include <memory>
+
+class QLocalServer;
+
+// One running instance per user and settings file. The first instance holds a
+// lock file and listens on a local socket; a later start learns that it is not
+// alone and can ask the first one to come to the front.
+class TSingleInstance : public QObject
+{
+  Q_OBJECT
+
+public:
+  // `key` names the settings file the instance works on.
+  explicit TSingleInstance(const QString &key, QObject *parent = nullptr);
+  ~TSingleInstance() override;
+
+  // True when this process is the only instance (and now holds the guard).
+  bool IsPrimary() const { return FPrimary; }
+
+  // From a later start: asks the running instance to raise its window. Returns
+  // whether it answered.
+  bool AskPrimaryToRaise() const;
+
+signals:
+  // In the running instance, when a later start asked for the window.
+  void RaiseRequested();
+
+private:
+  QString FServerName;
+  std::unique_ptr<QLockFile> FLock;
+  QLocalServer *FServer = nullptr;
+  bool FPrimary = false;
+};

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "TDateTime.h"
+
+#include <QString>
+#include <cstdint>
+
+// Settings records kept in the settings file.
+
+// OAuth2 credentials and the state of the access token.
+struct tyAPIAccess
+{
+  QString ClientID;
+  QString ClientSecret;      // stored enciphered
+  QString Username;
+  QString Password;          // stored enciphered
+  TDateTime TokenRequest = 0; // local time at which the last token request was sent
+  std::int32_t TokenValidity = 0;
+  QString Token;             // last access token received; empty when none
+};
+
+// Connection to the service.
+struct tyQuorvexITSM
+{
+  bool SaaS = false;  // hosted under the service's domain, else Instance is the host
+  QString Instance;
+  QString LoginPage;  // edited and kept in memory, not stored
+  QString EditCheck;  // edited and kept in memory, not stored
+  QString InfraHost;  // edited and kept in memory, not stored
+  tyAPIAccess API;
+};
+
+// Outgoing mail.
+struct tySMTPserver
+{
+  QString Server;
+  std::int32_t Port = 0;
+  bool UseSSL = false;
+  QString UserName;
+  QString Password;   // stored enciphered
+  QString DefaultTo;
+  QString DefaultCC;
+  QString From;       // sender address of the report
+};

@@ -1,0 +1,135 @@
+#define SI_NO_CONVERSION
+#include <SimpleIni.h>
+
+#include "IniFile.h"
+
+#include "Errors.h"
+
+#include <QFile>
+#include <QLocale>
+#include <QSaveFile>
+#include <QStringConverter>
+#include <QStringDecoder>
+
+struct TIniFile::TData
+{
+  // Multi-key so that a duplicated key keeps every occurrence and the first one
+  // is read, as the profile API does; writes replace them with one entry.
+  CSimpleIniA Ini{/*a_bIsUtf8*/ true, /*a_bMultiKey*/ true, /*a_bMultiLine*/ false};
+};
+
+namespace {
+
+// The file as UTF-8 text: a byte-order mark selects the encoding, without one the
+// file is taken as UTF-8.
+QByteArray ReadAsUtf8(const QString &path)
+{
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly))
+    return {};
+  const QByteArray bytes = file.readAll();
+  const auto encoding = QStringConverter::encodingForData(bytes);
+  if (!encoding || *encoding == QStringConverter::Utf8)
+    return bytes;
+  QStringDecoder decoder(*encoding);
+  const QString text = decoder(bytes);
+  return text.toUtf8();
+}
+
+QLocale FloatLocale()
+{
+  QLocale locale;
+  locale.setNumberOptions(QLocale::OmitGroupSeparator | QLocale::RejectGroupSeparator);
+  return locale;
+}
+
+} // namespace
+
+TIniFile::TIniFile(const QString &path) : FPath(path), FData(std::make_unique<TData>())
+{
+  FData->Ini.SetSpaces(false);
+  const QByteArray utf8 = ReadAsUtf8(path);
+  FData->Ini.LoadData(utf8.constData(), static_cast<size_t>(utf8.size()));
+}
+
+TIniFile::~TIniFile() = default;
+
+bool TIniFile::ValueExists(const QString &section, const QString &key) const
+{
+  return FData->Ini.GetValue(section.toUtf8().constData(), key.toUtf8().constData(), nullptr) != nullptr;
+}
+
+QStringList TIniFile::ReadSection(const QString &section) const
+{
+  CSimpleIniA::TNamesDepend keys;
+  FData->Ini.GetAllKeys(section.toUtf8().constData(), keys);
+  keys.sort(CSimpleIniA::Entry::LoadOrder());
+  QStringList result;
+  for (const auto &entry : keys) {
+    const QString name = QString::fromUtf8(entry.pItem);
+    if (!result.contains(name, Qt::CaseInsensitive))
+      result.append(name);
+  }
+  return result;
+}
+
+QString TIniFile::ReadString(const QString &section, const QString &key, const QString &defaultValue) const
+{
+  const char *value = FData->Ini.GetValue(section.toUtf8().constData(), key.toUtf8().constData(), nullptr);
+  return value ? QString::fromUtf8(value) : defaultValue;
+}
+
+qint32 TIniFile::ReadInteger(const QString &section, const QString &key, qint32 defaultValue) const
+{
+  bool ok = false;
+  const qint32 value = ReadString(section, key, QString()).toInt(&ok, 10);
+  return ok ? value : defaultValue;
+}
+
+bool TIniFile::ReadBool(const QString &section, const QString &key, bool defaultValue) const
+{
+  return ReadInteger(section, key, defaultValue ? 1 : 0) != 0;
+}
+
+double TIniFile::ReadFloat(const QString &section, const QString &key, double defaultValue) const
+{
+  bool ok = false;
+  const double value = FloatLocale().toDouble(ReadString(section, key, QString()), &ok);
+  return ok ? value : defaultValue;
+}
+
+void TIniFile::WriteString(const QString &section, const QString &key, const QString &value)
+{
+  FData->Ini.SetValue(section.toUtf8().constData(), key.toUtf8().constData(), value.toUtf8().constData(),
+                      nullptr, /*a_bForceReplace*/ true);
+}
+
+void TIniFile::WriteInteger(const QString &section, const QString &key, qint32 value)
+{
+  WriteString(section, key, QString::number(value));
+}
+
+void TIniFile::WriteBool(const QString &section, const QString &key, bool value)
+{
+  WriteString(section, key, value ? QStringLiteral("1") : QStringLiteral("0"));
+}
+
+void TIniFile::WriteFloat(const QString &section, const QString &key, double value)
+{
+  WriteString(section, key, FloatLocale().toString(value, 'g', 15));
+}
+
+void TIniFile::EraseSection(const QString &section)
+{
+  FData->Ini.Delete(section.toUtf8().constData(), nullptr);
+}
+
+void TIniFile::UpdateFile()
+{
+  std::string text;
+  QSaveFile file(FPath);
+  if (FData->Ini.Save(text) < 0 || !file.open(QIODevice::WriteOnly) ||
+      file.write(text.data(), static_cast<qint64>(text.size())) != static_cast<qint64>(text.size()) ||
+      !file.commit())
+    throw EWriteError(QStringLiteral("Unable to write to ") + FPath);
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <memory>
+
+// One access to the settings file with Windows-profile semantics: section and key
+// names are case-insensitive, the first occurrence of a key wins, values are
+// trimmed, unknown sections, keys and comments are kept. The file is read when the
+// object is made; changes reach the disk only through UpdateFile, which replaces
+// the file atomically. A missing file reads as empty.
+//
+// Typed reads follow the profile rules: a value that does not convert gives the
+// default. Floats are written and read in the current locale (QLocale()).
+class TIniFile
+{
+public:
+  explicit TIniFile(const QString &path);
+  ~TIniFile();
+  TIniFile(const TIniFile &) = delete;
+  TIniFile &operator=(const TIniFile &) = delete;
+
+  const QString &FileName() const { return FPath; }
+
+  bool ValueExists(const QString &section, const QString &key) const;
+  QStringList ReadSection(const QString &section) const; // key names, in file order
+
+  QString ReadString(const QString &section, const QString &key, const QString &defaultValue) const;
+  qint32 ReadInteger(const QString &section, const QString &key, qint32 defaultValue) const;
+  bool ReadBool(const QString &section, const QString &key, bool defaultValue) const;
+  double ReadFloat(const QString &section, const QString &key, double defaultValue) const;
+
+  void WriteString(const QString &section, const QString &key, const QString &value);
+  void WriteInteger(const QString &section, const QString &key, qint32 value);
+  void WriteBool(const QString &section, const QString &key, bool value);
+  void WriteFloat(const QString &section, const QString &key, double value);
+  void EraseSection(const QString &section);
+
+  // Writes the file through a temporary file and a rename. Raises EWriteError
+  // "Unable to write to <path>" when the system refuses.
+  void UpdateFile();
+
+private:
+  struct TData;
+  QString FPath;
+  std::unique_ptr<TData> FData;
+};

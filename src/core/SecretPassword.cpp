@@ -1,0 +1,30 @@
+#include "SecretPassword.h"
+
+// Fixed for every installation: changing it makes every stored secret unreadable.
+// 1,500 characters of printable ASCII and the upper half of Latin-1, in UTF-8.
+const char *const CCipherPassword =
+    "y¦k©xõ|â>®OÖVür¤_¶(¾ ÿaíjâ0ãvé+érñ6ùe¾_Âm¬Yó.Û{ÅjÊ²¿Få<ÃJÊz¥"
+    "PØO×{ÌYËRðfüKÝuÄCË$¿ký:õo÷kÚOÚ{¿ öfà=î4¸xZ@×;ùv¯ ÖHÚlÚVåoå2»"
+    "$ÜD¦Ûð-Ày±0ò,Ö]à-Ùtðf¤ mHß}ZM±&®#TF¿EºHÂ-Ü^°vÛ9ü4¿^¨%4Hû0°Fº"
+    "]EvºCÑ&ÉWªqâj©'Ñ$ÎWîuÈs¿5x%¤$þXÕPú^ï1Ê8®S³Pj`åJú4¥~Àf¿!Ñ6¯^Á"
+    "Wâf¿{úaânØ/òB¼Lü/Òxå1¼.Îw·WÎNóE±A½eìR¼/æ/ß2)4ÖC÷xÎgÖSæa¾5Á|Ê"
+    "'æ~æ+µr¤1ÃqÂr¬që9ÔWâaÜdÚBý]Ö ¯nµ+ôQãk±Í¡Lºh»g®cÉ_õq²FÕRßKÚMß"
+    "#§tÑZç)£nëwðoémÛsÄ·¥{ÛjèXåk§vð^».þZâVõP¾5Ã@¨7Ì:Ú*ÜNü:âXá·ÏTý"
+    "n§sd~ämíJ¸uÜCü<Û4º9ÌHÜEõoæ#»:ÿ/±NøY¼c¤%ÞOÀ[ó=ÉDÍ~á6ï0¤§¼@åNþ"
+    "C¹JÂ8¼D5`²'ü(ÿ,ò[±jÃZ½)µX°tÃ*ÚSôfÖiÿ|®$ù:Ñ<°|¦D¿CãL³düGýM¹`£"
+    "sµwñ(ñlë>ï'âFû<ñlÝ;c0ªÕENæ «[ÛQænï.º=Ä}ïz»BúQ§Mö2ç{Á:Õ[¾OöFî"
+    "8ÚtëhîqÝï¥5þd¥3÷7¦xö-Ö)ÛyÖWöWË~°7ÒQ¢ ¹KÎDîaõ&È#Ý2ñmõbµ9Ãsñ=Å"
+    ":çT¡B²5ð]ÄA¸FÝvÊ#ÉDä5£,ÏsúbùAÒc°u¨6»<ù9ä^üÝñ9êr<'ö1ùc°zêWÖ:ö"
+    "i÷y¼N¹ ¿j§nêYø×¬z²IÃ$4v°!Án¿4Å:ömQB|wÓU½V±náC¬T«SÉ`êdÝ}ÿGÉl©"
+    "$æOVX´aj}ÃH»kàwî*ôYýR¡yßD¼*âUÅCþrµY÷sÞzÃ>¾8}Rª^ô6©8¶ôÑ[ÒS®¢2"
+    ";£O¥n´få.ö6Ï#ûeø<³vÎ5ãy»|®.ñtÁUô<ò_µ:æ;®JÑ2ÑoþL²`ðWÑZ½i¼2÷;ª"
+    "1¾®ÀeªeõP¢8³3Ù3à ì`ß0´5«,N1±%ÍWèCÆf²;ïUÑHénüv±yÐLÂM¥~ÂPÿ'á6Ó"
+    "u¡QÄ ×u»t¡*Àmäz¹$ëØëhëìÒsÏbýsæ&µO·xÿgÃrý1Ëlù#¶8î$²lÑO[TÊEà'´"
+    "#§oÔ(Èi¹Iþ1ºfö^ãcOh·gé_åRÌ««DÂT¢~ánõZáoÊâ¿bÃTòï¨D÷#¡^¥l¹t¶nÓ"
+    "*ì]ÚZõtæ]Ò TD¸Vô*s%ß5ßk¶#ÒSî-Á.íUÏ']F¦2ØPÊ0µLé7ÊcñsÈbæjàWÀ*Ì"
+    ")À/ãQçOöRÍ]¹3E{·@ÌÛÄ]æY¹bÁ*ôIö[ëaÏ#Ø(Ó!±täzÂxÛF×0ù91bÿµÇáªAÓ"
+    "h¹#ôGònæN«f«0À¢²*ÁMòkíZø3üq¤XÐÌäCúHâfÖSËq¶UßjÛYº9Í{õY¤yÂV³ô¨"
+    "a²Yé=¬^ûvæJ³dÈSçyà~ßqé6ãw¤-ºDÒ!ú/¼C¹zÒHÕG¬ù½nÎ@ÕU§páPëÐô1ám¬"
+    "(Úvcpl^ão¸cõZ²H|i¥9ö9ú'ý!õ5Ó#¼DÿJv&µGéHásÝ6Äpã%Î¼ôx.4¶MÛUÍC§"
+    "r»G´<¡m¥p¯QÝ*Ñ-õeôV©1Ç«õDøBÀDàMÛ·Á,Ázðpô{þI¬Têe²mÁR§ÿõ9²!á ù"
+    "}Ä_¸)ï)ªHýxê,¾5ÚTøKÊÛÓIþUÍ%¶'Ðv³%é=³y¸DûDèBÐ9÷vzzýU×3~{ÊNÃ-Ü";

@@ -1,0 +1,174 @@
+#include "Settings.h"
+
+#include "Errors.h"
+#include "IniFile.h"
+#include "SecretCodec.h"
+#include "SettingsLists.h"
+#include "Trace.h"
+
+// Every section, key and default is named once here; each group's reader and
+// writer use the same names, in the order the file keeps them.
+
+namespace {
+
+namespace Itsm {
+const QString Section = QStringLiteral("QuorvexITSM");
+const QString SaaS = QStringLiteral("SaaS");
+const QString Instance = QStringLiteral("Instance");
+const QString ClientID = QStringLiteral("ClientID");
+const QString ClientSecret = QStringLiteral("ClientSecret");
+const QString Username = QStringLiteral("Username");
+const QString Password = QStringLiteral("Password");
+const QString TokenRequest = QStringLiteral("TokenRequest");
+const QString TokenValidity = QStringLiteral("TokenValidity");
+const QString Token = QStringLiteral("Token");
+
+constexpr bool DefaultSaaS = true;
+const QString DefaultInstance = QStringLiteral("acme");
+constexpr double DefaultTokenRequest = 0;
+constexpr std::int32_t DefaultTokenValidity = 24;
+} // namespace Itsm
+
+namespace Smtp {
+const QString Section = QStringLiteral("SMTP");
+const QString Server = QStringLiteral("Server");
+const QString Port = QStringLiteral("Port");
+const QString UseSSL = QStringLiteral("UseSSL");
+const QString UserName = QStringLiteral("UserName");
+const QString Password = QStringLiteral("Password");
+const QString DefaultTo = QStringLiteral("DefaultTo");
+const QString DefaultCC = QStringLiteral("DefaultCC");
+const QString From = QStringLiteral("From");
+
+constexpr bool DefaultUseSSL = true;
+// The built-in password of the default mailbox; the file holds it enciphered.
+const QString BuiltInPassword = QStringLiteral("Qv7%mT2_rW9k%Zp4_Lx8Ns");
+} // namespace Smtp
+
+namespace Filters {
+const QString Section = QStringLiteral("Filters");
+const QString NbMinutes = QStringLiteral("NbMinutes");
+const QString NbDays = QStringLiteral("NbDays");
+const QString NbIgnore = QStringLiteral("NbIgnore");
+const QString StatusPrefix = QStringLiteral("Status_");
+
+constexpr std::int32_t DefaultNbMinutes = 15;
+constexpr std::int32_t DefaultNbDays = 14;
+} // namespace Filters
+
+// A stored secret, deciphered. A damaged one reads as empty with a warning.
+QString ReadSecret(const TIniFile &ini, const QString &section, const QString &key,
+                   const QString &storedDefault, TSettingsWarnings &warnings)
+{
+  try {
+    return Decrypt(ini.ReadString(section, key, storedDefault));
+  } catch (const ESecretError &error) {
+    const QString warning =
+        QStringLiteral("The stored secret \"%1\" of section [%2] in \"%3\" cannot be read (%4); it is taken as "
+                       "empty. Enter it again in its settings dialog.")
+            .arg(key, section, ini.FileName(), error.Message());
+    TraceError(lcSettings(), warning);
+    warnings.append(warning);
+    return QString();
+  }
+}
+
+} // namespace
+
+void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarnings &warnings)
+{
+  const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigITSM");
+  const TIniFile ini(iniPath);
+  using namespace Itsm;
+  ici.SaaS = ini.ReadBool(Section, SaaS, DefaultSaaS);
+  ici.Instance = ini.ReadString(Section, Instance, DefaultInstance);
+  ici.API.ClientID = ini.ReadString(Section, ClientID, QString());
+  ici.API.ClientSecret = ReadSecret(ini, Section, ClientSecret, QString(), warnings);
+  ici.API.Username = ini.ReadString(Section, Username, QString());
+  ici.API.Password = ReadSecret(ini, Section, Password, QString(), warnings);
+  ici.API.TokenRequest = ini.ReadFloat(Section, TokenRequest, DefaultTokenRequest);
+  ici.API.TokenValidity = ini.ReadInteger(Section, TokenValidity, DefaultTokenValidity);
+  ici.API.Token = ini.ReadString(Section, Token, QString());
+}
+
+void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici)
+{
+  const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigITSM");
+  TIniFile ini(iniPath);
+  using namespace Itsm;
+  ini.WriteBool(Section, SaaS, ici.SaaS);
+  ini.WriteString(Section, Instance, ici.Instance);
+  ini.WriteString(Section, ClientID, ici.API.ClientID);
+  ini.WriteString(Section, ClientSecret, Encrypt(ici.API.ClientSecret));
+  ini.WriteString(Section, Username, ici.API.Username);
+  ini.WriteString(Section, Password, Encrypt(ici.API.Password));
+  ini.WriteFloat(Section, TokenRequest, ici.API.TokenRequest);
+  ini.WriteInteger(Section, TokenValidity, ici.API.TokenValidity);
+  ini.WriteString(Section, Token, ici.API.Token);
+  ini.UpdateFile();
+}
+
+void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarnings &warnings)
+{
+  const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigSMTP");
+  const TIniFile ini(iniPath);
+  using namespace Smtp;
+  smtp.Server = ini.ReadString(Section, Server, SmtpDefaults::Server);
+  smtp.Port = ini.ReadInteger(Section, Port, SmtpDefaults::Port);
+  smtp.UseSSL = ini.ReadBool(Section, UseSSL, DefaultUseSSL);
+  smtp.UserName = ini.ReadString(Section, UserName, SmtpDefaults::UserName);
+  // The default of an enciphered key is given enciphered, so that a missing key
+  // and a present one go through the same Decrypt.
+  smtp.Password = ReadSecret(ini, Section, Password, Encrypt(BuiltInPassword), warnings);
+  smtp.DefaultTo = ini.ReadString(Section, DefaultTo, SmtpDefaults::DefaultTo);
+  smtp.DefaultCC = ini.ReadString(Section, DefaultCC, SmtpDefaults::DefaultCC);
+  smtp.From = ini.ReadString(Section, From, SmtpDefaults::From);
+}
+
+void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp)
+{
+  const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigSMTP");
+  TIniFile ini(iniPath);
+  using namespace Smtp;
+  ini.WriteString(Section, Server, smtp.Server);
+  ini.WriteInteger(Section, Port, smtp.Port);
+  ini.WriteBool(Section, UseSSL, smtp.UseSSL);
+  ini.WriteString(Section, UserName, smtp.UserName);
+  ini.WriteString(Section, Password, Encrypt(smtp.Password));
+  ini.WriteString(Section, DefaultTo, smtp.DefaultTo);
+  ini.WriteString(Section, DefaultCC, smtp.DefaultCC);
+  ini.WriteString(Section, From, smtp.From);
+  ini.UpdateFile();
+}
+
+void ReadConfigFilters(const QString &iniPath, std::int32_t &nbMinutes, std::int32_t &nbDays,
+                       QStringList &statusToIgnore)
+{
+  const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigFilters");
+  const TIniFile ini(iniPath);
+  using namespace Filters;
+  nbMinutes = ini.ReadInteger(Section, NbMinutes, DefaultNbMinutes);
+  nbDays = ini.ReadInteger(Section, NbDays, DefaultNbDays);
+  statusToIgnore.clear();
+  const std::int32_t count = ReadListCount(ini, Section, NbIgnore);
+  if (count <= 0) {
+    statusToIgnore.append(CDefaultIgnoredStatus);
+    return;
+  }
+  for (std::int32_t i = 0; i < count; ++i)
+    statusToIgnore.append(ini.ReadString(Section, StatusPrefix + QString::number(i), QString()));
+}
+
+void SaveConfigFilters(const QString &iniPath, std::int32_t nbMinutes, std::int32_t nbDays,
+                       const QStringList &statusToIgnore)
+{
+  const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigFilters");
+  TIniFile ini(iniPath);
+  using namespace Filters;
+  ini.WriteInteger(Section, NbMinutes, nbMinutes);
+  ini.WriteInteger(Section, NbDays, nbDays);
+  ini.WriteInteger(Section, NbIgnore, static_cast<std::int32_t>(statusToIgnore.size()));
+  for (qsizetype i = 0; i < statusToIgnore.size(); ++i)
+    ini.WriteString(Section, StatusPrefix + QString::number(i), statusToIgnore.at(i));
+  ini.UpdateFile();
+}

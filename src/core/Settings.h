@@ -1,0 +1,41 @@
+#pragma once
+
+#include "ConfigTypes.h"
+
+#include <QString>
+#include <QStringList>
+
+// Reading and writing the settings groups of the settings file. Each call opens
+// the file, reads or writes its group, and closes it; a write is on disk when the
+// call returns (EWriteError "Unable to write to <path>" otherwise).
+//
+// A stored secret that cannot be deciphered reads as empty: the reader adds a
+// warning naming the file and the key to `warnings`, reads the other keys as
+// usual and rewrites nothing.
+
+using TSettingsWarnings = QStringList;
+
+void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarnings &warnings);
+void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici);
+
+void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarnings &warnings);
+void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp);
+
+// Report filters: minutes before an unassigned ticket is reported, days without an
+// update, statuses left out. When no status is stored the list holds the one entry
+// CDefaultIgnoredStatus.
+inline const QString CDefaultIgnoredStatus = QStringLiteral("Planned (without SLA)");
+void ReadConfigFilters(const QString &iniPath, std::int32_t &nbMinutes, std::int32_t &nbDays,
+                       QStringList &statusToIgnore);
+void SaveConfigFilters(const QString &iniPath, std::int32_t nbMinutes, std::int32_t nbDays,
+                       const QStringList &statusToIgnore);
+
+// Built-in SMTP defaults, for the deployment of the maker.
+namespace SmtpDefaults {
+inline const QString Server = QStringLiteral("mail.vellmor.example");
+inline constexpr std::int32_t Port = 465;
+inline const QString UserName = QStringLiteral("followup@vellmor.example");
+inline const QString DefaultTo = QStringLiteral("servicedesk-leads@vellmor.example");
+inline const QString DefaultCC = QStringLiteral("itsm-followup@vellmor.example");
+inline const QString From = QStringLiteral("noreply@vellmor.example");
+} // namespace SmtpDefaults

@@ -1,0 +1,123 @@
+#include "uTools.h"
+
+#include "Errors.h"
+
+#include <QDate>
+#include <QTime>
+#include <optional>
+
+QString TrimBlanks(const QString &value)
+{
+  qsizetype first = 0;
+  qsizetype last = value.size();
+  while (first < last && value.at(first).unicode() <= u' ')
+    ++first;
+  while (last > first && value.at(last - 1).unicode() <= u' ')
+    --last;
+  return value.mid(first, last - first);
+}
+
+QString Str2Html(const QString &value)
+{
+  if (TrimBlanks(value).isEmpty())
+    return QStringLiteral("&nbsp;");
+  QString result = value;
+  return result.replace(u' ', QStringLiteral("&nbsp;"));
+}
+
+QString NumStr(std::int32_t value, std::uint8_t width)
+{
+  QString result = QString::number(value);
+  if (result.size() < width)
+    result.prepend(QString(width - result.size(), u'0'));
+  return result;
+}
+
+void ExtractRGB(TColor color, std::uint8_t &red, std::uint8_t &green, std::uint8_t &blue)
+{
+  const auto rgb = static_cast<std::uint32_t>(ColorToRGB(color));
+  red = rgb & 0xFF;
+  green = (rgb >> 8) & 0xFF;
+  blue = (rgb >> 16) & 0xFF;
+}
+
+tyRGBTriple ColorToRGBTriple(TColor color)
+{
+  tyRGBTriple triple;
+  ExtractRGB(color, triple.rgbtRed, triple.rgbtGreen, triple.rgbtBlue);
+  return triple;
+}
+
+TColor GetContrastedColor(TColor color)
+{
+  const tyRGBTriple triple = ColorToRGBTriple(color);
+  const double brightness = 0.3 * triple.rgbtRed + 0.59 * triple.rgbtGreen + 0.11 * triple.rgbtBlue;
+  return brightness > 127.5 ? clBlack : clWhite;
+}
+
+QString ColorToHtml1(TColor color)
+{
+  const tyRGBTriple triple = ColorToRGBTriple(color);
+  return QStringLiteral("#%1%2%3")
+      .arg(triple.rgbtRed, 2, 16, QChar(u'0'))
+      .arg(triple.rgbtGreen, 2, 16, QChar(u'0'))
+      .arg(triple.rgbtBlue, 2, 16, QChar(u'0'))
+      .toUpper();
+}
+
+TColor HtmlToColor(const QString &value)
+{
+  // Reorder RRGGBB into the colour's BBGGRR byte order before converting.
+  const QString digits = value.mid(4, 2) + value.mid(2, 2) + value.mid(0, 2);
+  const QString text = u'$' + digits;
+  bool ok = !digits.isEmpty();
+  for (const QChar c : digits)
+    ok = ok && ((c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F'));
+  if (!ok)
+    throw EConvertError(QStringLiteral("'%1' is not a valid integer value").arg(text));
+  return static_cast<TColor>(digits.toUInt(nullptr, 16));
+}
+
+namespace {
+
+// The integer at 1-based positions [from, to] of the text, or nothing when the
+// text there is not a decimal integer. Out-of-range values raise ERangeError.
+std::optional<std::uint16_t> TimestampField(const QString &text, qsizetype from, qsizetype to)
+{
+  const QString part = text.mid(from - 1, to - from + 1);
+  bool ok = false;
+  const qlonglong number = part.toLongLong(&ok, 10);
+  if (!ok)
+    return std::nullopt;
+  if (number < 0 || number > 65535)
+    throw ERangeError(QStringLiteral("Range check error: \"%1\" at positions %2 to %3 of the time stamp \"%4\"")
+                          .arg(part).arg(from).arg(to).arg(text));
+  return static_cast<std::uint16_t>(number);
+}
+
+} // namespace
+
+TDateTime RestTimestamp2DateTime(const QString &value)
+{
+  const int year = TimestampField(value, 1, 4).value_or(1899);
+  const int month = TimestampField(value, 6, 7).value_or(1);
+  const int day = TimestampField(value, 9, 10).value_or(1);
+  const int hour = TimestampField(value, 12, 13).value_or(0);
+  const int minute = TimestampField(value, 15, 16).value_or(0);
+  const int second = TimestampField(value, 18, 19).value_or(0);
+  const int millisecond = TimestampField(value, 21, 23).value_or(0);
+
+  double date = 0;
+  if (year >= 1 && year <= 9999 && QDate::isValid(year, month, day))
+    date = EncodeDate(year, month, day);
+  double time = 0;
+  if (hour < 24 && minute < 60 && second < 60 && millisecond < 1000)
+    time = EncodeTime(hour, minute, second, millisecond);
+  return date + time;
+}
+
+QString Timestamp(bool withMilliseconds)
+{
+  return QDateTime::currentDateTime().toString(withMilliseconds ? QStringLiteral("yyyyMMdd_HHmmss.zzz")
+                                                                : QStringLiteral("yyyyMMdd_HHmmss"));
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "TColor.h"
+#include "TDateTime.h"
+
+#include <QString>
+#include <cstdint>
+
+// Removes leading and trailing blanks and control characters (every character up
+// to the space), the trimming used by the settings and the report.
+QString TrimBlanks(const QString &value);
+
+// Text for an HTML table cell: "&nbsp;" when the text is blank, otherwise the text
+// itself with each blank turned into "&nbsp;". Nothing else is escaped.
+QString Str2Html(const QString &value);
+
+// Decimal text of the value, with "0" put in front until it is at least `width`
+// long (a negative number gets its zeros before the minus sign: -5, 4 gives 00-5).
+QString NumStr(std::int32_t value, std::uint8_t width);
+
+// Splits a colour (system colours resolved first) in its red, green, blue bytes.
+void ExtractRGB(TColor color, std::uint8_t &red, std::uint8_t &green, std::uint8_t &blue);
+tyRGBTriple ColorToRGBTriple(TColor color);
+
+// Black or white, whichever reads best on a background of the given colour.
+TColor GetContrastedColor(TColor color);
+
+// "#RRGGBB" of a colour, system colours resolved.
+QString ColorToHtml1(TColor color);
+
+// Colour of six hexadecimal digits "RRGGBB" (no "#"). Raises EConvertError when
+// the text does not convert.
+TColor HtmlToColor(const QString &value);
+
+// Reads a service time stamp such as 2024-03-15T08:30:00.123Z by fixed character
+// positions, without time-zone correction. Raises ERangeError for a field that
+// does not fit in 0..65535; an invalid date or time part counts as 0.
+TDateTime RestTimestamp2DateTime(const QString &value);
+
+// Local time now as "yyyymmdd_hhmmss", or "yyyymmdd_hhmmss.zzz" with milliseconds.
+QString Timestamp(bool withMilliseconds);

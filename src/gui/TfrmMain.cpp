@@ -1,0 +1,141 @@
+#include "TfrmMain.h"
+
+#include "state/TMainState.h"
+
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QIcon>
+#include <QLabel>
+#include <QScreen>
+#include <QStyle>
+#include <QTableView>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+constexpr int CClientWidth = 784;
+constexpr int CClientHeight = 561;
+constexpr int CButtonIconSize = 28;
+constexpr int CModeImageSize = 64;
+
+QIcon Icon(const QString &name) { return QIcon(QStringLiteral(":/icons/%1.svg").arg(name)); }
+
+QLabel *ModeImage(const char *objectName, const QString &icon, const QString &toolTip)
+{
+  auto *image = new QLabel;
+  image->setObjectName(QLatin1String(objectName));
+  image->setPixmap(Icon(icon).pixmap(CModeImageSize, CModeImageSize));
+  image->setAlignment(Qt::AlignCenter);
+  image->setToolTip(toolTip);
+  return image;
+}
+} // namespace
+
+// The icons are compiled into this static library; make sure they are linked.
+static void InitIconResources() { Q_INIT_RESOURCE(icons); }
+
+TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FState(state)
+{
+  InitIconResources();
+  setObjectName(QStringLiteral("frmMain"));
+  setWindowTitle(QStringLiteral("Quorvex ITSM tickets follow-up"));
+  setWindowIcon(Icon(QStringLiteral("quorvex-followup")));
+
+  auto *central = new QWidget(this);
+  auto *layout = new QHBoxLayout(central);
+  layout->setContentsMargins(8, 8, 8, 8);
+
+  FButtonPanel = new QWidget(central);
+  FButtonPanel->setFixedWidth(190);
+  auto *buttons = new QVBoxLayout(FButtonPanel);
+  buttons->setContentsMargins(0, 0, 0, 0);
+  buttons->setSpacing(4);
+
+  imgBigBrother = ModeImage("imgBigBrother", QStringLiteral("bigbrother"), tr("Interactive"));
+  imgBigBrotherRed = ModeImage("imgBigBrotherRed", QStringLiteral("bigbrotherred"), tr("Working on its own"));
+  imgBigBrotherRed->hide();
+  buttons->addWidget(imgBigBrother);
+  buttons->addWidget(imgBigBrotherRed);
+  buttons->addSpacing(6);
+
+  bbtQuorvexItsmApi = AddStepButton("bbtQuorvexItsmApi", QStringLiteral("Quorvex ITSM API"), QStringLiteral("api"));
+  bbtGET_Organization_List = AddStepButton("bbtGET_Organization_List", QStringLiteral("Organizations && Teams"),
+                                           QStringLiteral("organizations"));
+  bbtStatusAndProperties = AddStepButton("bbtStatusAndProperties", QStringLiteral("Status && Priorities"),
+                                         QStringLiteral("colours"));
+  bbtFilter = AddStepButton("bbtFilter", QStringLiteral("Filters"), QStringLiteral("filters"));
+  bbtGetTickets = AddStepButton("bbtGetTickets", QStringLiteral("Get tickets"), QStringLiteral("tickets"));
+  bbtTexts = AddStepButton("bbtTexts", QStringLiteral("Texts"), QStringLiteral("texts"));
+  bbtGenerateMail = AddStepButton("bbtGenerateMail", QStringLiteral("Generate Mail"), QStringLiteral("generatemail"));
+  bbtSmtpServer = AddStepButton("bbtSmtpServer", QStringLiteral("SMPT Server"), QStringLiteral("smtp"));
+  bbtSendMail = AddStepButton("bbtSendMail", QStringLiteral("Send Mail"), QStringLiteral("sendmail"));
+  buttons->addStretch(1);
+
+  FIconRow = new QWidget(FButtonPanel);
+  auto *iconRow = new QHBoxLayout(FIconRow);
+  iconRow->setContentsMargins(0, 0, 0, 0);
+  bbtSaveGrid = AddIconButton("bbtSaveGrid", tr("Save the grid as an Excel workbook"), QStringLiteral("savegrid"));
+  bbtAbout = AddIconButton("bbtAbout", tr("About"), QStringLiteral("about"));
+  bbtClose = AddIconButton("bbtClose", tr("Close"), QStringLiteral("close"));
+  buttons->addWidget(FIconRow);
+
+  asgTickets = new QTableView(central);
+  asgTickets->setObjectName(QStringLiteral("asgTickets"));
+  asgTickets->setAlternatingRowColors(true);
+  asgTickets->setSelectionBehavior(QAbstractItemView::SelectRows);
+  asgTickets->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  asgTickets->horizontalHeader()->setHighlightSections(false);
+
+  layout->addWidget(FButtonPanel);
+  layout->addWidget(asgTickets, 1);
+  setCentralWidget(central);
+
+  connect(bbtClose, &QToolButton::clicked, this, &QWidget::close);
+
+  resize(CClientWidth, CClientHeight);
+  if (const QScreen *screen = QGuiApplication::primaryScreen())
+    move(screen->availableGeometry().center() - rect().center());
+}
+
+TfrmMain::~TfrmMain() = default;
+
+QToolButton *TfrmMain::AddStepButton(const char *objectName, const QString &caption, const QString &icon)
+{
+  auto *button = new QToolButton(FButtonPanel);
+  button->setObjectName(QLatin1String(objectName));
+  button->setText(caption);
+  button->setIcon(Icon(icon));
+  button->setIconSize(QSize(CButtonIconSize, CButtonIconSize));
+  button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  button->setAutoRaise(false);
+  FButtonPanel->layout()->addWidget(button);
+  return button;
+}
+
+QToolButton *TfrmMain::AddIconButton(const char *objectName, const QString &toolTip, const QString &icon)
+{
+  auto *button = new QToolButton(FIconRow);
+  button->setObjectName(QLatin1String(objectName));
+  button->setIcon(Icon(icon));
+  button->setIconSize(QSize(CButtonIconSize, CButtonIconSize));
+  button->setToolTip(toolTip);
+  button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  FIconRow->layout()->addWidget(button);
+  return button;
+}
+
+void TfrmMain::RaiseToFront()
+{
+  setWindowState((windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
+  show();
+  raise();
+  activateWindow();
+}
+
+void TfrmMain::ShowAutomaticMode(bool automatic)
+{
+  imgBigBrother->setVisible(!automatic);
+  imgBigBrotherRed->setVisible(automatic);
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QMainWindow>
+
+class QLabel;
+class QTableView;
+class QToolButton;
+class TMainState;
+
+// The main window: one button per step, the mode image and the ticket grid. It
+// holds widgets only; the state and the steps live in TMainState.
+class TfrmMain : public QMainWindow
+{
+  Q_OBJECT
+
+public:
+  explicit TfrmMain(TMainState &state, QWidget *parent = nullptr);
+  ~TfrmMain() override;
+
+  // Brings the window to the front (a second start of the program asks for it).
+  void RaiseToFront();
+
+  // Red image while the program works on its own, the usual one otherwise.
+  void ShowAutomaticMode(bool automatic);
+
+private:
+  QToolButton *AddStepButton(const char *objectName, const QString &caption, const QString &icon);
+  QToolButton *AddIconButton(const char *objectName, const QString &toolTip, const QString &icon);
+
+  TMainState &FState;
+  QLabel *imgBigBrother = nullptr;
+  QLabel *imgBigBrotherRed = nullptr;
+  QTableView *asgTickets = nullptr;
+  QWidget *FButtonPanel = nullptr;
+  QWidget *FIconRow = nullptr;
+
+public:
+  QToolButton *bbtQuorvexItsmApi = nullptr;
+  QToolButton *bbtGET_Organization_List = nullptr;
+  QToolButton *bbtGetTickets = nullptr;
+  QToolButton *bbtSaveGrid = nullptr;
+  QToolButton *bbtGenerateMail = nullptr;
+  QToolButton *bbtSendMail = nullptr;
+  QToolButton *bbtSmtpServer = nullptr;
+  QToolButton *bbtTexts = nullptr;
+  QToolButton *bbtFilter = nullptr;
+  QToolButton *bbtStatusAndProperties = nullptr;
+  QToolButton *bbtAbout = nullptr;
+  QToolButton *bbtClose = nullptr;
+};

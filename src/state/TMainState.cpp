@@ -1,0 +1,91 @@
+#include "TMainState.h"
+
+#include "core/AppPaths.h"
+#include "core/Settings.h"
+#include "core/Trace.h"
+#include "tickets/ColourSettings.h"
+#include "tickets/SelectionSettings.h"
+
+#include <QFileInfo>
+
+TMainState::TMainState(QString exeFileName, TWarningSink warningSink)
+    : FExeFileName(std::move(exeFileName)), FWarningSink(std::move(warningSink))
+{
+}
+
+void TMainState::FormCreate()
+{
+  Trace::Clear();
+  const TraceScope trace(lcApp(), "TfrmMain.FormCreate");
+  FAutomatic = false;
+  InitFichIniLocation();
+  ReadConfigITSM();
+  ReadConfigSMTP();
+  ReadConfigOrgaAndTeams();
+  ReadConfigFilters();
+}
+
+void TMainState::FormDestroy()
+{
+  {
+    const TraceScope trace(lcApp(), "TfrmMain.FormDestroy");
+    qCDebug(lcApp).noquote().nospace() << "Save log to \"" << TraceLogFile() << '"';
+  }
+  Trace::Shutdown();
+}
+
+void TMainState::InitFichIniLocation()
+{
+  const TraceScope trace(lcApp(), "TfrmMain.InitFichIniLocation");
+  const tyAppPaths paths = ::InitFichIniLocation(FExeFileName);
+  FFichINI = paths.FFichINI;
+  FLogFile = paths.FLogFile;
+  Trace::AttachFile(TraceLogFile());
+}
+
+QString TMainState::TraceLogFile() const
+{
+  return TraceLogPathFor(FFichINI, FExeFileName);
+}
+
+void TMainState::ReadConfigITSM()
+{
+  TSettingsWarnings warnings;
+  ::ReadConfigITSM(FFichINI, FICI, warnings);
+  Warn(warnings);
+}
+
+void TMainState::ReadConfigSMTP()
+{
+  TSettingsWarnings warnings;
+  ::ReadConfigSMTP(FFichINI, FSmtp, warnings);
+  Warn(warnings);
+}
+
+void TMainState::ReadConfigOrgaAndTeams()
+{
+  ::ReadConfigOrgaAndTeams(FFichINI, FSelectedOrganizations, FSelectedTeams);
+}
+
+void TMainState::ReadConfigFilters()
+{
+  ::ReadConfigFilters(FFichINI, FNbMinutes, FNbDays, FStatusToIgnore);
+}
+
+void TMainState::SaveConfigITSM() { ::SaveConfigITSM(FFichINI, FICI); }
+void TMainState::SaveConfigSMTP() { ::SaveConfigSMTP(FFichINI, FSmtp); }
+void TMainState::SaveConfigOrgaAndTeams()
+{
+  ::SaveConfigOrgaAndTeams(FFichINI, FSelectedOrganizations, FSelectedTeams);
+}
+void TMainState::SaveConfigFilters() { ::SaveConfigFilters(FFichINI, FNbMinutes, FNbDays, FStatusToIgnore); }
+void TMainState::SavePriorities() { ::SavePriorities(FFichINI, FPriorities); }
+void TMainState::SaveStatus() { ::SaveStatus(FFichINI, FStatus); }
+
+void TMainState::Warn(const QStringList &warnings) const
+{
+  if (!FWarningSink)
+    return;
+  for (const QString &warning : warnings)
+    FWarningSink(warning);
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "rest/uTypes.h"
+
+// The organizations and teams chosen by the user, kept in the settings file
+// sections [Organizations] and [Teams] as a count "Nb" and entries numbered from 1.
+// Entries missing below the count read as id -1 and an empty name.
+
+void ReadConfigOrgaAndTeams(const QString &iniPath, tyRestOrganizations &selectedOrganizations,
+                            tyRestTeams &selectedTeams);
+void SaveConfigOrgaAndTeams(const QString &iniPath, const tyRestOrganizations &selectedOrganizations,
+                            const tyRestTeams &selectedTeams);

@@ -1,0 +1,138 @@
+#include "app/CommandLine.h"
+#include "core/SecretCodec.h"
+#include "support/TempConfig.h"
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <gtest/gtest.h>
+
+namespace {
+
+QString Executable() { return QStringLiteral(QUORVEX_FOLLOWUP_EXE); }
+
+struct TRun
+{
+  int ExitCode = -1;
+  QString Out;
+  QString Err;
+};
+
+TRun RunTool(const QStringList &arguments, const QByteArray &input = {},
+         const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
+{
+  QProcess process;
+  process.setProcessEnvironment(environment);
+  process.start(Executable(), arguments);
+  process.write(input);
+  process.closeWriteChannel();
+  EXPECT_TRUE(process.waitForFinished(30000)) << "still running: " << arguments.join(' ').toStdString();
+  return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+          QString::fromUtf8(process.readAllStandardError())};
+}
+
+QProcessEnvironment Environment(const TTempConfig &config)
+{
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("XDG_CONFIG_HOME", config.Root());
+  environment.insert("XDG_RUNTIME_DIR", config.Root());
+  return environment;
+}
+
+} // namespace
+
+TEST(CommandLine, RecognisedOptionsAndEverythingElse)
+{
+  const TCommandLine none = ParseCommandLine({});
+  EXPECT_FALSE(none.Unattended());
+  const TCommandLine verbose = ParseCommandLine({"--verbose"});
+  EXPECT_TRUE(verbose.Verbose);
+  EXPECT_FALSE(verbose.Unattended()); // the window, with the trace on stderr
+  const TCommandLine dry = ParseCommandLine({"--dry-run"});
+  EXPECT_TRUE(dry.DryRun);
+  EXPECT_TRUE(dry.Unattended());
+  const TCommandLine any = ParseCommandLine({"--verbose", "auto", "--whatever"});
+  EXPECT_TRUE(any.Unattended());
+  EXPECT_EQ(any.OtherArguments, (QStringList{"auto", "--whatever"}));
+}
+
+TEST(Executable, VersionAndHelpAnswerAtOnce)
+{
+  const TRun version = RunTool({"--version"});
+  EXPECT_EQ(version.ExitCode, 0);
+  EXPECT_EQ(version.Out, QStringLiteral("quorvex-followup %1\n").arg(QUORVEX_VERSION));
+  const TRun help = RunTool({"--help"});
+  EXPECT_EQ(help.ExitCode, 0);
+  for (const char *option : {"--help", "--version", "--verbose", "--encrypt", "--dry-run"})
+    EXPECT_TRUE(help.Out.contains(option)) << option;
+}
+
+TEST(Executable, EncryptPrintsTheStoredFormOfOneLine)
+{
+  TTempConfig config;
+  const TRun run = RunTool({"--encrypt"}, QString::fromUtf8(" s3cret é \nnext line\n").toUtf8(), Environment(config));
+  EXPECT_EQ(run.ExitCode, 0) << run.Err.toStdString();
+  ASSERT_TRUE(run.Out.endsWith('\n'));
+  const QString stored = run.Out.chopped(1);
+  EXPECT_FALSE(stored.contains('\n'));
+  EXPECT_EQ(Decrypt(stored), QString::fromUtf8(" s3cret é "));
+
+  const TRun crlf = RunTool({"--encrypt"}, "abc\r\n", Environment(config));
+  EXPECT_EQ(Decrypt(crlf.Out.trimmed()), "abc");
+
+  const TRun nothing = RunTool({"--encrypt"}, {}, Environment(config));
+  EXPECT_NE(nothing.ExitCode, 0);
+  EXPECT_TRUE(nothing.Err.contains("no secret"));
+}
+
+TEST(Executable, UnattendedRunIsRefusedUntilItExists)
+{
+  TTempConfig config;
+  const TRun run = RunTool({"auto"}, {}, Environment(config));
+  EXPECT_NE(run.ExitCode, 0);
+  EXPECT_TRUE(run.Err.contains("unattended run")) << run.Err.toStdString();
+}
+
+TEST(Executable, WithoutADisplayTheWindowIsNotAttempted)
+{
+  TTempConfig config;
+  QProcessEnvironment environment = Environment(config);
+  environment.remove("DISPLAY");
+  environment.remove("WAYLAND_DISPLAY");
+  environment.remove("QT_QPA_PLATFORM");
+  const TRun run = RunTool({}, {}, environment);
+  EXPECT_EQ(run.ExitCode, 2);
+  EXPECT_TRUE(run.Err.contains("no display")) << run.Err.toStdString();
+}
+
+TEST(Executable, ASecondStartLeavesTheFirstWindowAlone)
+{
+  TTempConfig config;
+  QProcessEnvironment environment = Environment(config);
+  environment.insert("QT_QPA_PLATFORM", "offscreen");
+
+  QProcess first;
+  first.setProcessEnvironment(environment);
+  first.start(Executable(), QStringList{"--verbose"});
+  ASSERT_TRUE(first.waitForStarted(10000));
+  // The first instance is ready once its trace shows the window's settings read.
+  QString trace;
+  for (int i = 0; i < 100 && !trace.contains("Exiting TfrmMain.FormCreate"); ++i) {
+    first.waitForReadyRead(100);
+    trace += QString::fromUtf8(first.readAllStandardError());
+  }
+  ASSERT_TRUE(trace.contains("Exiting TfrmMain.FormCreate")) << trace.toStdString();
+
+  const TRun second = RunTool({}, {}, environment);
+  EXPECT_EQ(second.ExitCode, 0) << second.Err.toStdString();
+  EXPECT_EQ(first.state(), QProcess::Running);
+
+  first.terminate();
+  first.waitForFinished(10000);
+  // Once the first has gone, a new start is the primary one again (and stays).
+  QProcess third;
+  third.setProcessEnvironment(environment);
+  third.start(Executable(), QStringList{});
+  EXPECT_FALSE(third.waitForFinished(1500));
+  third.kill();
+  third.waitForFinished(5000);
+}

@@ -1,0 +1,77 @@
+#include "gui/TfrmMain.h"
+#include "state/TMainState.h"
+#include "support/TempConfig.h"
+
+#include <QLabel>
+#include <QTableView>
+#include <QToolButton>
+#include <gtest/gtest.h>
+
+TEST(MainWindow, ShowsEveryStepWithItsCaption)
+{
+  TTempConfig config;
+  TMainState state("quorvex-followup");
+  state.FormCreate();
+  TfrmMain window(state);
+  window.show();
+
+  EXPECT_EQ(window.windowTitle(), "Quorvex ITSM tickets follow-up");
+  EXPECT_EQ(window.size(), QSize(784, 561));
+
+  const QList<std::pair<const char *, QString>> captions{
+      {"bbtQuorvexItsmApi", "Quorvex ITSM API"},
+      {"bbtGET_Organization_List", "Organizations && Teams"},
+      {"bbtGetTickets", "Get tickets"},
+      {"bbtGenerateMail", "Generate Mail"},
+      {"bbtSendMail", "Send Mail"},
+      {"bbtSmtpServer", "SMPT Server"},
+      {"bbtTexts", "Texts"},
+      {"bbtFilter", "Filters"},
+      {"bbtStatusAndProperties", "Status && Priorities"},
+  };
+  for (const auto &[name, caption] : captions) {
+    const auto *button = window.findChild<QToolButton *>(name);
+    ASSERT_NE(button, nullptr) << name;
+    EXPECT_EQ(button->text(), caption) << name;
+    EXPECT_TRUE(button->isVisible()) << name;
+    EXPECT_FALSE(button->icon().isNull()) << name;
+  }
+  for (const char *name : {"bbtSaveGrid", "bbtAbout", "bbtClose"}) {
+    const auto *button = window.findChild<QToolButton *>(name);
+    ASSERT_NE(button, nullptr) << name;
+    EXPECT_TRUE(button->text().isEmpty()) << name;
+    EXPECT_FALSE(button->toolTip().isEmpty()) << name;
+    EXPECT_FALSE(button->icon().isNull()) << name;
+  }
+  const auto *grid = window.findChild<QTableView *>("asgTickets");
+  ASSERT_NE(grid, nullptr);
+  EXPECT_TRUE(grid->model() == nullptr || grid->model()->rowCount() == 0);
+  state.FormDestroy();
+}
+
+TEST(MainWindow, ModeImagesSwapForTheUnattendedRun)
+{
+  TTempConfig config;
+  TMainState state("quorvex-followup");
+  TfrmMain window(state);
+  window.show();
+  const auto *normal = window.findChild<QLabel *>("imgBigBrother");
+  const auto *red = window.findChild<QLabel *>("imgBigBrotherRed");
+  ASSERT_TRUE(normal && red);
+  EXPECT_TRUE(normal->isVisible());
+  EXPECT_FALSE(red->isVisible());
+  EXPECT_FALSE(normal->pixmap().isNull());
+  window.ShowAutomaticMode(true);
+  EXPECT_FALSE(normal->isVisible());
+  EXPECT_TRUE(red->isVisible());
+}
+
+TEST(MainWindow, CloseButtonClosesTheWindow)
+{
+  TTempConfig config;
+  TMainState state("quorvex-followup");
+  TfrmMain window(state);
+  window.show();
+  window.bbtClose->click();
+  EXPECT_FALSE(window.isVisible());
+}

@@ -1,0 +1,103 @@
+#include "core/Errors.h"
+#include "core/IniFile.h"
+#include "support/TempConfig.h"
+
+#include <QDir>
+#include <QFile>
+#include <gtest/gtest.h>
+
+TEST(IniFile, MissingFileReadsAsDefaults)
+{
+  TTempConfig config;
+  const TIniFile ini(config.File("none.ini"));
+  EXPECT_EQ(ini.ReadString("S", "K", "def"), "def");
+  EXPECT_EQ(ini.ReadInteger("S", "K", 7), 7);
+  EXPECT_TRUE(ini.ReadBool("S", "K", true));
+  EXPECT_DOUBLE_EQ(ini.ReadFloat("S", "K", 1.5), 1.5);
+  EXPECT_FALSE(QFile::exists(config.File("none.ini")));
+}
+
+TEST(IniFile, ProfileSemanticsOnReading)
+{
+  TTempConfig config;
+  WriteTextFile(config.File("a.ini"), "; a comment\n[Main]\nName =  value with spaces  \nname=second\n"
+                                      "Count=12\nFlag=2\nOff=0\nBad=twelve\n[main]\nExtra=x\n");
+  const TIniFile ini(config.File("a.ini"));
+  EXPECT_EQ(ini.ReadString("MAIN", "NAME", ""), "value with spaces"); // case-insensitive, trimmed, first wins
+  EXPECT_EQ(ini.ReadInteger("Main", "Count", 0), 12);
+  EXPECT_TRUE(ini.ReadBool("Main", "Flag", false)); // any non-zero integer
+  EXPECT_FALSE(ini.ReadBool("Main", "Off", true));
+  EXPECT_EQ(ini.ReadInteger("Main", "Bad", -1), -1); // not a number: default
+  EXPECT_TRUE(ini.ReadBool("Main", "Bad", true));
+  EXPECT_EQ(ini.ReadString("Main", "Extra", ""), "x"); // repeated section merges
+}
+
+TEST(IniFile, WritesKeyEqualsValueAndKeepsWhatItDoesNotKnow)
+{
+  TTempConfig config;
+  const QString path = config.File("b.ini");
+  WriteTextFile(path, "[Other]\nKeep=me\n; note\n[Main]\nOld=1\n");
+  {
+    TIniFile ini(path);
+    ini.WriteString("Main", "Old", "2");
+    ini.WriteString("Main", "New", QString::fromUtf8("été"));
+    ini.WriteBool("Main", "Flag", true);
+    ini.UpdateFile();
+  }
+  const QString text = ReadTextFile(path);
+  EXPECT_TRUE(text.contains("Keep=me")) << text.toStdString();
+  EXPECT_TRUE(text.contains("; note"));
+  EXPECT_TRUE(text.contains("Old=2\nNew=été\nFlag=1")) << text.toStdString();
+  const TIniFile again(path);
+  EXPECT_EQ(again.ReadString("main", "new", ""), QString::fromUtf8("été"));
+}
+
+TEST(IniFile, ByteOrderMarkSelectsTheEncoding)
+{
+  TTempConfig config;
+  const QString path = config.File("utf16.ini");
+  QByteArray bytes("\xFF\xFE");
+  const QString text = QString::fromUtf8("[S]\nName=Zoë\n");
+  bytes.append(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
+  WriteTextFile(path, bytes);
+  EXPECT_EQ(TIniFile(path).ReadString("S", "Name", ""), QString::fromUtf8("Zoë"));
+
+  WriteTextFile(path, "\xEF\xBB\xBF[S]\nName=Zoë\n");
+  EXPECT_EQ(TIniFile(path).ReadString("S", "Name", ""), QString::fromUtf8("Zoë"));
+}
+
+TEST(IniFile, FloatsFollowTheLocale)
+{
+  TTempConfig config;
+  const QString path = config.File("f.ini");
+  {
+    const TScopedLocale french(QLocale(QLocale::French, QLocale::France));
+    TIniFile ini(path);
+    ini.WriteFloat("S", "F", 46341.2534722222);
+    ini.UpdateFile();
+    EXPECT_TRUE(ReadTextFile(path).contains("F=46341,2534722222")) << ReadTextFile(path).toStdString();
+    EXPECT_DOUBLE_EQ(TIniFile(path).ReadFloat("S", "F", 0), 46341.2534722222);
+  }
+  const TScopedLocale english(QLocale(QLocale::English, QLocale::UnitedStates));
+  EXPECT_DOUBLE_EQ(TIniFile(path).ReadFloat("S", "F", 0), 0.0); // comma under a point locale
+  TIniFile ini(path);
+  ini.WriteFloat("S", "F", 46341.2534722222);
+  ini.UpdateFile();
+  EXPECT_TRUE(ReadTextFile(path).contains("F=46341.2534722222")); // no group separator
+}
+
+TEST(IniFile, EraseSectionRemovesEveryKey)
+{
+  TTempConfig config;
+  const QString path = config.File("e.ini");
+  WriteTextFile(path, "[Status]\nA=1\nB=2\n[Other]\nC=3\n");
+  {
+    TIniFile ini(path);
+    ini.EraseSection("status");
+    ini.WriteInteger("Status", "D", 4);
+    ini.UpdateFile();
+  }
+  const TIniFile ini(path);
+  EXPECT_EQ(ini.ReadSection("Status"), QStringList{"D"});
+  EXPECT_EQ(ini.ReadInteger("Other", "C", 0), 3);
+}

@@ -1,0 +1,84 @@
+#include "core/SecretCodec.h"
+#include "core/Trace.h"
+#include "state/TMainState.h"
+#include "support/TempConfig.h"
+
+#include <QDir>
+#include <QFile>
+#include <gtest/gtest.h>
+
+TEST(MainState, FormCreateOnAFreshAccountRunsWithDefaults)
+{
+  TTempConfig config;
+  Trace::Install(false);
+  QStringList warnings;
+  TMainState state("quorvex-followup", [&](const QString &w) { warnings << w; });
+  state.FormCreate();
+  const QString base = config.Root() + "/Vellmor/vlmQuorvexITSM/";
+  EXPECT_EQ(state.FFichINI, base + "quorvex-followup.ini");
+  EXPECT_TRUE(state.FLogFile.startsWith(base + "quorvex-followup_"));
+  EXPECT_FALSE(state.FAutomatic);
+  EXPECT_EQ(state.FICI.Instance, "acme");
+  EXPECT_EQ(state.FSmtp.Port, 465);
+  EXPECT_EQ(state.FNbMinutes, 15);
+  EXPECT_EQ(state.FStatusToIgnore, QStringList{"Planned (without SLA)"});
+  EXPECT_TRUE(warnings.isEmpty());
+  state.FormDestroy();
+
+  // The trace of the run, in the settings folder, in the reading order.
+  const QString trace = ReadTextFile(base + "quorvex-followup.log");
+  const QStringList order{"Entering TfrmMain.FormCreate", "FFichINI = \"" + state.FFichINI + "\"", "FLogFile = ",
+                          "Entering TfrmMain.ReadConfigITSM", "Entering TfrmMain.ReadConfigSMTP",
+                          "Entering TfrmMain.ReadConfigOrgaAndTeams", "Entering TfrmMain.ReadConfigFilters",
+                          "Exiting TfrmMain.FormCreate", "Save log to \"" + base + "quorvex-followup.log\"",
+                          "Exiting TfrmMain.FormDestroy"};
+  qsizetype at = 0;
+  for (const QString &piece : order) {
+    const qsizetype found = trace.indexOf(piece, at);
+    ASSERT_GE(found, 0) << piece.toStdString() << " missing or out of order in\n" << trace.toStdString();
+    at = found;
+  }
+}
+
+TEST(MainState, DamagedSecretIsReportedToThePerson)
+{
+  TTempConfig config;
+  const QString base = config.Root() + "/Vellmor/vlmQuorvexITSM/";
+  QDir().mkpath(base);
+  WriteTextFile(base + "quorvex-followup.ini", "[QuorvexITSM]\nPassword=garbage!\nInstance=blue\n");
+  QStringList warnings;
+  TMainState state("quorvex-followup", [&](const QString &w) { warnings << w; });
+  state.FormCreate();
+  ASSERT_EQ(warnings.size(), 1);
+  EXPECT_TRUE(warnings[0].contains("\"Password\""));
+  EXPECT_TRUE(warnings[0].contains(base + "quorvex-followup.ini"));
+  EXPECT_EQ(state.FICI.Instance, "blue");
+  state.FormDestroy();
+}
+
+TEST(MainState, SavedGroupsAreReadBackByTheNextStart)
+{
+  TTempConfig config;
+  {
+    TMainState state("quorvex-followup");
+    state.FormCreate();
+    state.FICI.API.Password = "pw";
+    state.FICI.Instance = QString::fromUtf8("zürich");
+    state.FNbDays = 3;
+    state.FStatusToIgnore = QStringList{"On hold"};
+    state.FSelectedTeams = {tyRestTeam{9, {}, "Desk", {}, {}}};
+    state.SaveConfigITSM();
+    state.SaveConfigFilters();
+    state.SaveConfigOrgaAndTeams();
+    state.FormDestroy();
+  }
+  TMainState next("quorvex-followup");
+  next.FormCreate();
+  EXPECT_EQ(next.FICI.API.Password, "pw");
+  EXPECT_EQ(next.FICI.Instance, QString::fromUtf8("zürich"));
+  EXPECT_EQ(next.FNbDays, 3);
+  EXPECT_EQ(next.FStatusToIgnore, QStringList{"On hold"});
+  ASSERT_EQ(next.FSelectedTeams.size(), 1);
+  EXPECT_EQ(next.FSelectedTeams[0].name, "Desk");
+  next.FormDestroy();
+}

@@ -1,0 +1,322 @@
+#include "core/Errors.h"
+#include "core/SecretCodec.h"
+#include "core/Settings.h"
+#include "support/TempConfig.h"
+#include "tickets/ColourSettings.h"
+#include "tickets/SelectionSettings.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <gtest/gtest.h>
+
+namespace {
+
+class SettingsTest : public ::testing::Test
+{
+protected:
+  TTempConfig FConfig;
+  QString FPath = FConfig.File("quorvex-followup.ini");
+  TSettingsWarnings FWarnings;
+};
+
+tyQuorvexITSM SampleITSM()
+{
+  tyQuorvexITSM ici;
+  ici.SaaS = false;
+  ici.Instance = QString::fromUtf8("itsm.société.example");
+  ici.API.ClientID = "client-42";
+  ici.API.ClientSecret = QString(200, u'z') + " with trailing blank ";
+  ici.API.Username = QString::fromUtf8("jürgen");
+  ici.API.Password = " pass word ";
+  ici.API.TokenRequest = 46341.2534722222;
+  ici.API.TokenValidity = 33;
+  ici.API.Token = "eyJhbGciOi.token.value";
+  return ici;
+}
+
+} // namespace
+
+TEST_F(SettingsTest, MissingFileGivesEveryDefault)
+{
+  tyQuorvexITSM ici;
+  ReadConfigITSM(FPath, ici, FWarnings);
+  EXPECT_TRUE(ici.SaaS);
+  EXPECT_EQ(ici.Instance, "acme");
+  EXPECT_EQ(ici.API.ClientID, "");
+  EXPECT_EQ(ici.API.ClientSecret, "");
+  EXPECT_EQ(ici.API.Password, "");
+  EXPECT_DOUBLE_EQ(ici.API.TokenRequest, 0);
+  EXPECT_EQ(ici.API.TokenValidity, 24);
+  EXPECT_EQ(ici.API.Token, "");
+
+  tySMTPserver smtp;
+  ReadConfigSMTP(FPath, smtp, FWarnings);
+  EXPECT_EQ(smtp.Server, SmtpDefaults::Server);
+  EXPECT_EQ(smtp.Port, 465);
+  EXPECT_TRUE(smtp.UseSSL);
+  EXPECT_EQ(smtp.UserName, SmtpDefaults::UserName);
+  // The built-in password: 22 letters, digits, "%" and "_".
+  EXPECT_TRUE(QRegularExpression("^[A-Za-z0-9%_]{22}$").match(smtp.Password).hasMatch());
+  EXPECT_EQ(smtp.DefaultTo, SmtpDefaults::DefaultTo);
+  EXPECT_EQ(smtp.DefaultCC, SmtpDefaults::DefaultCC);
+
+  std::int32_t minutes = 0, days = 0;
+  QStringList ignored{"stale"};
+  ReadConfigFilters(FPath, minutes, days, ignored);
+  EXPECT_EQ(minutes, 15);
+  EXPECT_EQ(days, 14);
+  EXPECT_EQ(ignored, QStringList{"Planned (without SLA)"});
+
+  tyRestOrganizations organizations{tyRestOrganization{}};
+  tyRestTeams teams{tyRestTeam{}};
+  ReadConfigOrgaAndTeams(FPath, organizations, teams);
+  EXPECT_TRUE(organizations.isEmpty());
+  EXPECT_TRUE(teams.isEmpty());
+
+  EXPECT_TRUE(FWarnings.isEmpty());
+  EXPECT_FALSE(QFile::exists(FPath)); // reading never writes
+}
+
+TEST_F(SettingsTest, ServiceGroupRoundTripsWithSecretsEnciphered)
+{
+  const tyQuorvexITSM written = SampleITSM();
+  SaveConfigITSM(FPath, written);
+
+  const QString text = ReadTextFile(FPath);
+  EXPECT_FALSE(text.contains("zzzzzzzz")) << "client secret stored in clear";
+  EXPECT_FALSE(text.contains("pass word"));
+  EXPECT_TRUE(text.contains("Token=eyJhbGciOi.token.value")); // the token is kept in clear
+  // Keys in their fixed order.
+  const QStringList order{"[QuorvexITSM]", "SaaS=0", "Instance=", "ClientID=", "ClientSecret=", "Username=",
+                          "Password=", "TokenRequest=", "TokenValidity=33", "Token="};
+  qsizetype at = 0;
+  for (const QString &piece : order) {
+    const qsizetype found = text.indexOf(piece, at);
+    ASSERT_GE(found, 0) << piece.toStdString() << " missing or out of order in\n" << text.toStdString();
+    at = found;
+  }
+
+  tyQuorvexITSM read;
+  ReadConfigITSM(FPath, read, FWarnings);
+  EXPECT_EQ(read.SaaS, written.SaaS);
+  EXPECT_EQ(read.Instance, written.Instance);
+  EXPECT_EQ(read.API.ClientID, written.API.ClientID);
+  EXPECT_EQ(read.API.ClientSecret, written.API.ClientSecret); // long, with trailing blank
+  EXPECT_EQ(read.API.Username, written.API.Username);
+  EXPECT_EQ(read.API.Password, written.API.Password);
+  EXPECT_DOUBLE_EQ(read.API.TokenRequest, written.API.TokenRequest);
+  EXPECT_EQ(read.API.TokenValidity, written.API.TokenValidity);
+  EXPECT_EQ(read.API.Token, written.API.Token);
+  EXPECT_TRUE(FWarnings.isEmpty());
+}
+
+TEST_F(SettingsTest, TokenTimeFollowsTheLocaleOfTheReader)
+{
+  tyQuorvexITSM ici = SampleITSM();
+  {
+    const TScopedLocale french(QLocale(QLocale::French, QLocale::France));
+    SaveConfigITSM(FPath, ici);
+    tyQuorvexITSM read;
+    ReadConfigITSM(FPath, read, FWarnings);
+    EXPECT_DOUBLE_EQ(read.API.TokenRequest, ici.API.TokenRequest);
+  }
+  const TScopedLocale english(QLocale(QLocale::English, QLocale::UnitedKingdom));
+  tyQuorvexITSM read;
+  ReadConfigITSM(FPath, read, FWarnings);
+  EXPECT_DOUBLE_EQ(read.API.TokenRequest, 0); // written with a comma, read with a point
+  EXPECT_EQ(read.API.Token, ici.API.Token);
+}
+
+TEST_F(SettingsTest, SmtpGroupRoundTrips)
+{
+  tySMTPserver smtp;
+  smtp.Server = "smtp.example.org";
+  smtp.Port = 587;
+  smtp.UseSSL = false;
+  smtp.UserName = QString::fromUtf8("boîte@example.org");
+  smtp.Password = "S3cret%_";
+  smtp.DefaultTo = "a@example.org;b@example.org";
+  smtp.DefaultCC = "";
+  smtp.From = "noreply@example.org";
+  SaveConfigSMTP(FPath, smtp);
+  EXPECT_FALSE(ReadTextFile(FPath).contains("S3cret"));
+
+  tySMTPserver read;
+  ReadConfigSMTP(FPath, read, FWarnings);
+  EXPECT_EQ(read.Server, smtp.Server);
+  EXPECT_EQ(read.Port, 587);
+  EXPECT_FALSE(read.UseSSL);
+  EXPECT_EQ(read.UserName, smtp.UserName);
+  EXPECT_EQ(read.Password, smtp.Password);
+  EXPECT_EQ(read.DefaultTo, smtp.DefaultTo);
+  EXPECT_EQ(read.DefaultCC, "");
+  EXPECT_EQ(read.From, smtp.From);
+
+  // An empty password stays empty: it is not replaced by the built-in one.
+  smtp.Password.clear();
+  SaveConfigSMTP(FPath, smtp);
+  ReadConfigSMTP(FPath, read, FWarnings);
+  EXPECT_EQ(read.Password, "");
+}
+
+TEST_F(SettingsTest, WrongTypesFallBackToDefaults)
+{
+  WriteTextFile(FPath, "[QuorvexITSM]\nSaaS=yes\nTokenValidity=12h\nTokenRequest=yesterday\n"
+                       "[SMTP]\nPort=twenty-five\nUseSSL=7\n"
+                       "[Filters]\nNbMinutes=\nNbDays=3.5\n");
+  tyQuorvexITSM ici;
+  ReadConfigITSM(FPath, ici, FWarnings);
+  EXPECT_TRUE(ici.SaaS);
+  EXPECT_EQ(ici.API.TokenValidity, 24);
+  EXPECT_DOUBLE_EQ(ici.API.TokenRequest, 0);
+  tySMTPserver smtp;
+  ReadConfigSMTP(FPath, smtp, FWarnings);
+  EXPECT_EQ(smtp.Port, 465);
+  EXPECT_TRUE(smtp.UseSSL); // 7 is non-zero
+  std::int32_t minutes = 0, days = 0;
+  QStringList ignored;
+  ReadConfigFilters(FPath, minutes, days, ignored);
+  EXPECT_EQ(minutes, 15);
+  EXPECT_EQ(days, 14);
+}
+
+TEST_F(SettingsTest, DamagedSecretReadsEmptyWithAWarningAndOthersStillRead)
+{
+  const QString goodPassword = Encrypt("good");
+  QString tampered = Encrypt("client secret");
+  tampered[10] = tampered[10] == u'A' ? u'B' : u'A';
+  WriteTextFile(FPath, ("[QuorvexITSM]\nInstance=blue\nClientSecret=" + tampered + "\nPassword=" + goodPassword +
+                        "\nToken=tok\n[SMTP]\nPassword=truncated==\n")
+                           .toUtf8());
+  const QString before = ReadTextFile(FPath);
+
+  tyQuorvexITSM ici;
+  ReadConfigITSM(FPath, ici, FWarnings);
+  EXPECT_EQ(ici.API.ClientSecret, "");
+  EXPECT_EQ(ici.API.Password, "good");
+  EXPECT_EQ(ici.Instance, "blue");
+  EXPECT_EQ(ici.API.Token, "tok");
+  ASSERT_EQ(FWarnings.size(), 1);
+  EXPECT_TRUE(FWarnings[0].contains("ClientSecret"));
+  EXPECT_TRUE(FWarnings[0].contains(FPath));
+
+  tySMTPserver smtp;
+  ReadConfigSMTP(FPath, smtp, FWarnings);
+  EXPECT_EQ(smtp.Password, "");
+  ASSERT_EQ(FWarnings.size(), 2);
+  EXPECT_TRUE(FWarnings[1].contains("[SMTP]"));
+  EXPECT_EQ(ReadTextFile(FPath), before); // nothing rewritten
+}
+
+TEST_F(SettingsTest, OrganizationAndTeamListsCountFromOne)
+{
+  tyRestOrganizations organizations(2);
+  organizations[0] = {12, QString::fromUtf8("Müller AG"), false, false, true};
+  organizations[1] = {7, "Beta & Co", false, false, false};
+  tyRestTeams teams(1);
+  teams[0].id = 3;
+  teams[0].name = "N2 Réseau";
+  SaveConfigOrgaAndTeams(FPath, organizations, teams);
+
+  const QString text = ReadTextFile(FPath);
+  EXPECT_TRUE(text.contains("[Organizations]\nNb=2\nid_1=12\nname_1=Müller AG\nticketingModuleEnabled_1=1\n"
+                            "id_2=7\nname_2=Beta & Co\nticketingModuleEnabled_2=0"))
+      << text.toStdString();
+  EXPECT_TRUE(text.contains("[Teams]\nNb=1\nid_1=3\nname_1=N2 Réseau"));
+
+  tyRestOrganizations readOrganizations;
+  tyRestTeams readTeams;
+  ReadConfigOrgaAndTeams(FPath, readOrganizations, readTeams);
+  ASSERT_EQ(readOrganizations.size(), 2);
+  EXPECT_EQ(readOrganizations[0].id, 12);
+  EXPECT_EQ(readOrganizations[0].name, QString::fromUtf8("Müller AG"));
+  EXPECT_TRUE(readOrganizations[0].ticketingModuleEnabled);
+  EXPECT_FALSE(readOrganizations[1].ticketingModuleEnabled);
+  ASSERT_EQ(readTeams.size(), 1);
+  EXPECT_EQ(readTeams[0].name, "N2 Réseau");
+
+  // A shorter list than a smaller count: the old entries do not come back.
+  SaveConfigOrgaAndTeams(FPath, organizations.mid(1), {});
+  ReadConfigOrgaAndTeams(FPath, readOrganizations, readTeams);
+  ASSERT_EQ(readOrganizations.size(), 1);
+  EXPECT_EQ(readOrganizations[0].id, 7);
+  EXPECT_TRUE(readTeams.isEmpty());
+}
+
+TEST_F(SettingsTest, MissingEntriesBelowTheCountReadAsDefaults)
+{
+  WriteTextFile(FPath, "[Organizations]\nNb=2\nid_1=5\nname_1=Only\n[Teams]\nNb=-3\n");
+  tyRestOrganizations organizations;
+  tyRestTeams teams;
+  ReadConfigOrgaAndTeams(FPath, organizations, teams);
+  ASSERT_EQ(organizations.size(), 2);
+  EXPECT_EQ(organizations[1].id, -1);
+  EXPECT_EQ(organizations[1].name, "");
+  EXPECT_TRUE(teams.isEmpty());
+}
+
+TEST_F(SettingsTest, AbsurdCountsAreCut)
+{
+  WriteTextFile(FPath, "[Teams]\nNb=2000000000\n[Filters]\nNbIgnore=2000000000\n");
+  tyRestOrganizations organizations;
+  tyRestTeams teams;
+  ReadConfigOrgaAndTeams(FPath, organizations, teams);
+  EXPECT_EQ(teams.size(), 100000);
+}
+
+TEST_F(SettingsTest, IgnoredStatusesCountFromZero)
+{
+  SaveConfigFilters(FPath, 30, 7, {"Waiting", QString::fromUtf8("Résolu")});
+  EXPECT_TRUE(ReadTextFile(FPath).contains("[Filters]\nNbMinutes=30\nNbDays=7\nNbIgnore=2\nStatus_0=Waiting\n"
+                                           "Status_1=Résolu"));
+  std::int32_t minutes = 0, days = 0;
+  QStringList ignored;
+  ReadConfigFilters(FPath, minutes, days, ignored);
+  EXPECT_EQ(minutes, 30);
+  EXPECT_EQ(days, 7);
+  EXPECT_EQ(ignored, (QStringList{"Waiting", QString::fromUtf8("Résolu")}));
+
+  // No status at all cannot be kept: the default one comes back.
+  SaveConfigFilters(FPath, 30, 7, {});
+  ReadConfigFilters(FPath, minutes, days, ignored);
+  EXPECT_EQ(ignored, QStringList{"Planned (without SLA)"});
+}
+
+TEST_F(SettingsTest, ColourSectionsAreErasedBeforeBeingRewritten)
+{
+  tyRestObject p1;
+  p1._reference = "P1";
+  p1.Text = "INCIDENT - P1";
+  p1.BgColor = 255;
+  tyRestObject s1;
+  s1._reference = "OPEN";
+  s1.BgColor = 16711680;
+  tyRestObject s2;
+  s2._reference = "OLD_CODE";
+  s2.BgColor = 65280;
+  SavePriorities(FPath, {p1});
+  SaveStatus(FPath, {s1, s2});
+  QString text = ReadTextFile(FPath);
+  EXPECT_TRUE(text.contains("[PriorityLong]\nP1=INCIDENT - P1\n")) << text.toStdString();
+  EXPECT_TRUE(text.contains("[Priority]\nINCIDENT - P1=255\n"));
+  EXPECT_TRUE(text.contains("[Status]\nOPEN=16711680\nOLD_CODE=65280\n"));
+
+  s2._reference = "NEW_CODE";
+  SaveStatus(FPath, {s1, s2});
+  text = ReadTextFile(FPath);
+  EXPECT_FALSE(text.contains("OLD_CODE"));
+  EXPECT_TRUE(text.contains("NEW_CODE=65280"));
+  EXPECT_TRUE(text.contains("P1=INCIDENT - P1")); // other sections untouched
+}
+
+TEST_F(SettingsTest, RefusedWriteRaisesAnErrorNamingTheFile)
+{
+  WriteTextFile(FConfig.File("blocker"), "a file, not a folder");
+  const QString path = FConfig.File("blocker") + "/quorvex-followup.ini";
+  try {
+    SaveConfigFilters(path, 1, 1, {});
+    FAIL() << "no error raised";
+  } catch (const EWriteError &error) {
+    EXPECT_EQ(error.Message(), "Unable to write to " + path);
+  }
+}
