@@ -6,7 +6,7 @@
 #include <QDir>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QStandardPaths>
+#include <QFileInfo>
 #include <unistd.h>
 
 namespace {
@@ -19,8 +19,9 @@ TSingleInstance::TSingleInstance(const QString &key, QObject *parent) : QObject(
   const QByteArray digest = QCryptographicHash::hash(key.toUtf8(), QCryptographicHash::Sha256).toHex().left(16);
   FServerName = QStringLiteral("quorvex-followup-%1-%2").arg(getuid()).arg(QString::fromLatin1(digest));
 
-  QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-  if (folder.isEmpty())
+  // The per-user runtime folder when the session has one (cron jobs often do not).
+  QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+  if (folder.isEmpty() || !QFileInfo(folder).isDir())
     folder = QDir::tempPath();
   FLock = std::make_unique<QLockFile>(folder + u'/' + FServerName + QStringLiteral(".lock"));
   // A lock left by a process that died is taken over (QLockFile checks its PID).

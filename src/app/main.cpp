@@ -4,6 +4,7 @@
 #include "CommandLine.h"
 #include "SingleInstance.h"
 
+#include "core/AppInfo.h"
 #include "core/AppPaths.h"
 #include "core/Errors.h"
 #include "core/SecretCodec.h"
@@ -51,7 +52,6 @@ int RunWindow(int argc, char *argv[], const QString &exeFileName)
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("quorvex-followup"));
   QApplication::setApplicationVersion(QStringLiteral(QUORVEX_VERSION));
-  QApplication::setApplicationDisplayName(QStringLiteral("Quorvex ITSM ticket tracking"));
   QApplication::setDesktopFileName(QStringLiteral("quorvex-followup"));
 
   TSingleInstance instance(BaseFolder() + IniFileNameFor(exeFileName));
@@ -62,13 +62,13 @@ int RunWindow(int argc, char *argv[], const QString &exeFileName)
   }
 
   TMainState state(exeFileName, [](const QString &warning) {
-    QMessageBox::warning(nullptr, QApplication::applicationDisplayName(), warning);
+    QMessageBox::warning(nullptr, CApplicationTitle, warning);
   });
   try {
     state.FormCreate();
   } catch (const EQuorvexError &error) {
     TraceError(lcApp(), error.Message());
-    QMessageBox::critical(nullptr, QApplication::applicationDisplayName(), error.Message());
+    QMessageBox::critical(nullptr, CApplicationTitle, error.Message());
     return CExitFailed;
   }
 

@@ -28,6 +28,12 @@ class EConvertError : public EQuorvexError
   using EQuorvexError::EQuorvexError;
 };
 
+// A file that exists but cannot be read.
+class EReadError : public EQuorvexError
+{
+  using EQuorvexError::EQuorvexError;
+};
+
 // A file that the operating system refused to write.
 class EWriteError : public EQuorvexError
 {

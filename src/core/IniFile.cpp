@@ -6,6 +6,7 @@
 #include "Errors.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QLocale>
 #include <QSaveFile>
 #include <QStringConverter>
@@ -21,12 +22,17 @@ struct TIniFile::TData
 namespace {
 
 // The file as UTF-8 text: a byte-order mark selects the encoding, without one the
-// file is taken as UTF-8.
+// file is taken as UTF-8. A missing file is empty; one that exists but cannot be
+// read raises an error, so that defaults are never taken for it and then saved
+// over it.
 QByteArray ReadAsUtf8(const QString &path)
 {
   QFile file(path);
-  if (!file.open(QIODevice::ReadOnly))
+  if (!file.exists())
     return {};
+  if (!file.open(QIODevice::ReadOnly) || QFileInfo(path).isDir())
+    throw EReadError(QStringLiteral("Unable to read ") + path + QStringLiteral(": ") +
+                     (file.error() == QFileDevice::NoError ? QStringLiteral("it is a folder") : file.errorString()));
   const QByteArray bytes = file.readAll();
   const auto encoding = QStringConverter::encodingForData(bytes);
   if (!encoding || *encoding == QStringConverter::Utf8)
@@ -100,7 +106,11 @@ double TIniFile::ReadFloat(const QString &section, const QString &key, double de
 
 void TIniFile::WriteString(const QString &section, const QString &key, const QString &value)
 {
-  FData->Ini.SetValue(section.toUtf8().constData(), key.toUtf8().constData(), value.toUtf8().constData(),
+  // A value is one line of the file: a line break would cut it and turn the rest
+  // into a stray line.
+  QString line = value;
+  line.replace(QStringLiteral("\r\n"), QStringLiteral(" ")).replace(u'\n', u' ').replace(u'\r', u' ');
+  FData->Ini.SetValue(section.toUtf8().constData(), key.toUtf8().constData(), line.toUtf8().constData(),
                       nullptr, /*a_bForceReplace*/ true);
 }
 

@@ -8,7 +8,8 @@
 // names are case-insensitive, the first occurrence of a key wins, values are
 // trimmed, unknown sections, keys and comments are kept. The file is read when the
 // object is made; changes reach the disk only through UpdateFile, which replaces
-// the file atomically. A missing file reads as empty.
+// the file atomically. A missing file reads as empty; one that exists but cannot
+// be read raises EReadError "Unable to read <path>: <reason>".
 //
 // Typed reads follow the profile rules: a value that does not convert gives the
 // default. Floats are written and read in the current locale (QLocale()).

@@ -101,3 +101,32 @@ TEST(IniFile, EraseSectionRemovesEveryKey)
   EXPECT_EQ(ini.ReadSection("Status"), QStringList{"D"});
   EXPECT_EQ(ini.ReadInteger("Other", "C", 0), 3);
 }
+
+TEST(IniFile, AFileThatExistsButCannotBeReadIsAnErrorNotDefaults)
+{
+  TTempConfig config;
+  const QString path = config.File("folder.ini");
+  QDir().mkpath(path); // a folder where the file should be: unreadable as a file, even for root
+  try {
+    const TIniFile ini(path);
+    FAIL() << "no error raised";
+  } catch (const EReadError &error) {
+    EXPECT_TRUE(error.Message().startsWith("Unable to read " + path)) << error.Message().toStdString();
+  }
+}
+
+TEST(IniFile, LineBreaksInAValueCannotBreakTheFile)
+{
+  TTempConfig config;
+  const QString path = config.File("nl.ini");
+  {
+    TIniFile ini(path);
+    ini.WriteString("S", "Name", "two\nlines\r\nhere");
+    ini.WriteString("S", "After", "kept");
+    ini.UpdateFile();
+  }
+  const TIniFile ini(path);
+  EXPECT_EQ(ini.ReadString("S", "Name", ""), "two lines here");
+  EXPECT_EQ(ini.ReadString("S", "After", ""), "kept");
+  EXPECT_EQ(ini.ReadSection("S"), (QStringList{"Name", "After"}));
+}
