@@ -8,7 +8,7 @@ packages=(
   qt6-base-dev qt6-svg-dev qt6-httpserver-dev qt6-websockets-dev
   libsimpleini-dev libssl-dev libcurl4-openssl-dev libxlsxwriter-dev
   libgtest-dev libbenchmark-dev
-  python3-aiosmtpd
+  python3-aiosmtpd python3-openpyxl
 )
 
 missing=()

@@ -1,0 +1,130 @@
+#include "ColourStore.h"
+
+#include "core/IniFile.h"
+#include "core/uTools.h"
+
+#include <QFileInfo>
+#include <QHash>
+
+namespace {
+
+const QString CStatusKind = QStringLiteral("Status");
+const QString CPriorityKind = QStringLiteral("Priority");
+const QString CPriorityLong = QStringLiteral("PriorityLong");
+const QString CWhite = QStringLiteral("FFFFFF");
+
+// Default colours, RRGGBB. The statuses given white are known ones that get no
+// colour on purpose.
+const QHash<QString, QString> CStatusColors{
+    {QStringLiteral("Acknowledged"), QStringLiteral("ECEFF1")},
+    {QStringLiteral("Autocompleted"), CWhite},
+    {QStringLiteral("Canceled"), QStringLiteral("EF9A9A")},
+    {QStringLiteral("Completed"), QStringLiteral("81C784")},
+    {QStringLiteral("Estimated - To be validated"), CWhite},
+    {QStringLiteral("In progress"), QStringLiteral("9FA8DA")},
+    {QStringLiteral("New"), QStringLiteral("E57373")},
+    {QStringLiteral("Planned (without SLA)"), QStringLiteral("5C6BC0")},
+    {QStringLiteral("Resolved"), QStringLiteral("C8E6C9")},
+    {QStringLiteral("Solved"), QStringLiteral("81C784")},
+    {QStringLiteral("To be validated by customer"), CWhite},
+    {QStringLiteral("To do"), QStringLiteral("80DEEA")},
+    {QStringLiteral("To validate"), QStringLiteral("FFB74D")},
+    {QStringLiteral("To validate by customer"), CWhite},
+    {QStringLiteral("Waiting"), QStringLiteral("E6EE9C")},
+};
+
+const QHash<QString, QString> CPriorityColors{
+    {QStringLiteral("P1"), QStringLiteral("F4511E")}, {QStringLiteral("R1"), QStringLiteral("F4511E")},
+    {QStringLiteral("O1"), QStringLiteral("F4511E")}, {QStringLiteral("P2"), QStringLiteral("FFA726")},
+    {QStringLiteral("R2"), QStringLiteral("FFA726")}, {QStringLiteral("O2"), QStringLiteral("FFA726")},
+    {QStringLiteral("P3"), QStringLiteral("FFE082")}, {QStringLiteral("R3"), QStringLiteral("FFE082")},
+    {QStringLiteral("O3"), QStringLiteral("FFE082")}, {QStringLiteral("P4"), QStringLiteral("C5E1A5")},
+    {QStringLiteral("R4"), QStringLiteral("C5E1A5")}, {QStringLiteral("O4"), QStringLiteral("C5E1A5")},
+    {QStringLiteral("P5"), QStringLiteral("64B5F6")}, {QStringLiteral("NC"), QStringLiteral("64B5F6")},
+};
+
+// Codes recognised at the end of a long priority text ("P5" has a colour but is
+// not one of them).
+const QStringList CKnownPriorityCodes{
+    QStringLiteral("P1"), QStringLiteral("P2"), QStringLiteral("P3"), QStringLiteral("P4"), QStringLiteral("O1"),
+    QStringLiteral("O2"), QStringLiteral("O3"), QStringLiteral("O4"), QStringLiteral("R1"), QStringLiteral("R2"),
+    QStringLiteral("R3"), QStringLiteral("R4"), QStringLiteral("NC")};
+
+// Upper case of ASCII letters only, as the codes are compared.
+QString AsciiUpper(const QString &text)
+{
+  QString result = text;
+  for (QChar &c : result)
+    if (c >= u'a' && c <= u'z')
+      c = QChar(c.unicode() - (u'a' - u'A'));
+  return result;
+}
+
+} // namespace
+
+TColourStore::TColourStore(QString iniPath) : FIniPath(std::move(iniPath)) {}
+
+TColourStore::~TColourStore() = default;
+
+TIniFile &TColourStore::Ini()
+{
+  const QFileInfo info(FIniPath);
+  const qint64 size = info.exists() ? info.size() : -1;
+  const QDateTime modified = info.exists() ? info.lastModified() : QDateTime();
+  if (!FIni || size != FSize || modified != FModified) {
+    FIni = std::make_unique<TIniFile>(FIniPath);
+    FSize = size;
+    FModified = modified;
+  }
+  return *FIni;
+}
+
+void TColourStore::Save()
+{
+  FIni->UpdateFile();
+  const QFileInfo info(FIniPath);
+  FSize = info.size();
+  FModified = info.lastModified();
+}
+
+TColor TColourStore::DefaultColor(const QString &kind, const QString &name)
+{
+  if (kind == CStatusKind)
+    return HtmlToColor(CStatusColors.value(name, CWhite));
+  if (kind == CPriorityKind)
+    return HtmlToColor(CPriorityColors.value(name, CWhite));
+  return HtmlToColor(CWhite);
+}
+
+TColor TColourStore::GetSavedColor(const QString &kind, const QString &name)
+{
+  TIniFile &ini = Ini();
+  if (!ini.ReadString(kind, name, QString()).isEmpty())
+    return ini.ReadInteger(kind, name, clWhite);
+  const TColor color = DefaultColor(kind, name);
+  ini.WriteInteger(kind, name, color);
+  Save();
+  return color;
+}
+
+QString TColourStore::GetPriorityText(const QString &longText)
+{
+  TIniFile &ini = Ini();
+  const QString stored = TrimBlanks(ini.ReadString(CPriorityLong, longText, QString()));
+  if (stored.size() == 2)
+    return stored;
+
+  QString code;
+  const qsizetype open = longText.indexOf(u'[');
+  const qsizetype close = longText.indexOf(u']');
+  if (open >= 0 && close > open) {
+    code = TrimBlanks(longText.mid(open + 1, close - open - 1));
+  } else {
+    code = AsciiUpper(TrimBlanks(longText)).right(2);
+    if (!CKnownPriorityCodes.contains(code))
+      return QString();
+  }
+  ini.WriteString(CPriorityLong, longText, code);
+  Save();
+  return code;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "core/TColor.h"
+
+#include <QDateTime>
+#include <QString>
+#include <memory>
+
+class TIniFile;
+
+// Colours of statuses and priorities, and the short code of each long priority
+// text, as the settings file keeps them. The report asks for a colour for every
+// cell it paints, so the file is parsed again only when its size or modification
+// time changed; the answers are the same as reading it each time.
+class TColourStore
+{
+public:
+  explicit TColourStore(QString iniPath);
+  ~TColourStore();
+
+  // Colour stored under [kind] name. When there is none, the default colour of
+  // that status (kind "Status") or short priority code (kind "Priority") is
+  // computed and written, so that the file lists every name ever met.
+  TColor GetSavedColor(const QString &kind, const QString &name);
+
+  // The short code (normally two characters, such as "P1") of a long priority
+  // text, remembered under [PriorityLong]. Empty when the text yields none.
+  QString GetPriorityText(const QString &longText);
+
+  // Default colour of a status name or short priority code (white when unknown).
+  static TColor DefaultColor(const QString &kind, const QString &name);
+
+private:
+  TIniFile &Ini();
+  void Save();
+
+  QString FIniPath;
+  std::unique_ptr<TIniFile> FIni;
+  qint64 FSize = -1;
+  QDateTime FModified;
+};

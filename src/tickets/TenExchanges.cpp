@@ -1,0 +1,19 @@
+#include "TenExchanges.h"
+
+#include <QSet>
+
+tyRestTickets MergeTenExchanges(const tyRestTickets &tickets, const tyRestTickets &foundEnglish,
+                                const tyRestTickets &foundFrench)
+{
+  QSet<std::int32_t> flagged;
+  for (const tyRestTicket &ticket : foundEnglish)
+    flagged.insert(ticket.id);
+  for (const tyRestTicket &ticket : foundFrench)
+    flagged.insert(ticket.id);
+
+  tyRestTickets merged = tickets;
+  for (tyRestTicket &ticket : merged)
+    if (flagged.contains(ticket.id))
+      ticket.tenExchangesAdded = true;
+  return merged;
+}

@@ -1,0 +1,70 @@
+#include "TicketsModel.h"
+
+#include "core/uTools.h"
+
+#include <QLocale>
+
+namespace {
+const QStringList CHeaders{QStringLiteral("Type"),         QStringLiteral("Id"),
+                           QStringLiteral("Organization"), QStringLiteral("Priority"),
+                           QStringLiteral("Title"),        QStringLiteral("CreationDate"),
+                           QStringLiteral("Status"),       QStringLiteral("Assigned Team"),
+                           QStringLiteral("Assigned User"), QStringLiteral("Last Update")};
+} // namespace
+
+void TTicketsModel::SetTickets(const tyRestTickets &tickets)
+{
+  QList<TDates> dates;
+  dates.reserve(tickets.size());
+  for (const tyRestTicket &ticket : tickets)
+    dates.append({QDateTimeFromDateTime(RestTimestamp2DateTime(ticket.creationDate)),
+                  QDateTimeFromDateTime(RestTimestamp2DateTime(ticket.lastUpdate))});
+  beginResetModel();
+  FTickets = tickets;
+  FDates = std::move(dates);
+  endResetModel();
+}
+
+int TTicketsModel::rowCount(const QModelIndex &parent) const
+{
+  return parent.isValid() ? 0 : static_cast<int>(FTickets.size());
+}
+
+int TTicketsModel::columnCount(const QModelIndex &parent) const
+{
+  return parent.isValid() ? 0 : ColumnCount;
+}
+
+QVariant TTicketsModel::data(const QModelIndex &index, int role) const
+{
+  if (!index.isValid() || index.row() >= FTickets.size() || (role != Qt::DisplayRole && role != Qt::EditRole))
+    return {};
+  const tyRestTicket &ticket = FTickets.at(index.row());
+  const TDates &row = FDates.at(index.row());
+  switch (index.column()) {
+  case colType: return ticket._type;
+  case colId: return ticket.id;
+  case colOrganization: return ticket.organization.name;
+  case colPriority: return ticket.priority.reference;
+  case colTitle: return ticket.title;
+  case colCreationDate:
+    return role == Qt::DisplayRole ? QVariant(QLocale().toString(row.CreationDate, QLocale::ShortFormat))
+                                   : QVariant(row.CreationDate);
+  case colStatus: return ticket.status._reference;
+  case colAssignedTeam: return ticket.assignedTeam.name;
+  case colAssignedUser: return ticket.assignedUser.name;
+  case colLastUpdate:
+    return role == Qt::DisplayRole ? QVariant(QLocale().toString(row.LastUpdate, QLocale::ShortFormat))
+                                   : QVariant(row.LastUpdate);
+  default: return {};
+  }
+}
+
+QVariant TTicketsModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+  if (role != Qt::DisplayRole)
+    return {};
+  if (orientation == Qt::Horizontal)
+    return section >= 0 && section < CHeaders.size() ? QVariant(CHeaders.at(section)) : QVariant();
+  return section + 1;
+}

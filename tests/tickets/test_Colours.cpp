@@ -1,0 +1,109 @@
+#include "core/IniFile.h"
+#include "core/uTools.h"
+#include "support/TempConfig.h"
+#include "tickets/ColourStore.h"
+#include "tickets/StatusPriorities.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class ColoursTest : public ::testing::Test
+{
+protected:
+  TTempConfig FConfig;
+  QString FPath = FConfig.File("quorvex-followup.ini");
+  TColourStore FStore{FPath};
+};
+
+tyRestObject Object(const QString &reference, const QString &subType = QString())
+{
+  tyRestObject object;
+  object._reference = reference;
+  object.subType = subType;
+  return object;
+}
+
+} // namespace
+
+TEST_F(ColoursTest, DefaultColoursOfStatusesAndPriorities)
+{
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "New")), "#E57373");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "Solved")), "#81C784");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "Completed")), "#81C784");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "Autocompleted")), "#FFFFFF");
+  EXPECT_EQ(ColorToHtml1(TColourStore::DefaultColor("Status", "waiting")), "#FFFFFF"); // defaults by exact name
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "P5")), "#64B5F6");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "NC")), "#64B5F6");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "R1")), "#F4511E");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "")), "#FFFFFF");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Other", "P1")), "#FFFFFF");
+}
+
+TEST_F(ColoursTest, DefaultsAreWrittenAndStoredColoursWin)
+{
+  FStore.GetSavedColor("Status", "New");
+  EXPECT_TRUE(ReadTextFile(FPath).contains("[Status]\nNew=7566309\n")) << ReadTextFile(FPath).toStdString();
+
+  WriteTextFile(FPath, "[Status]\nNew=255\nCustom=65280\nBroken=abc\n");
+  EXPECT_EQ(FStore.GetSavedColor("Status", "New"), 255);     // the file changed: read again
+  EXPECT_EQ(FStore.GetSavedColor("Status", "Custom"), 65280); // also for names outside the table
+  EXPECT_EQ(FStore.GetSavedColor("Status", "Broken"), clWhite);
+  EXPECT_TRUE(ReadTextFile(FPath).contains("Broken=abc")); // a stored value is never rewritten
+}
+
+TEST_F(ColoursTest, PriorityCodeFromTheLongText)
+{
+  EXPECT_EQ(FStore.GetPriorityText("High [P2]"), "P2");
+  EXPECT_EQ(FStore.GetPriorityText("INCIDENT - Critical p1"), "P1");
+  EXPECT_EQ(FStore.GetPriorityText("Low priority"), "");
+  EXPECT_EQ(FStore.GetPriorityText("Something [] else"), "");
+  EXPECT_EQ(FStore.GetPriorityText("REQUEST - [ Urgent ]"), "Urgent");
+  EXPECT_EQ(FStore.GetPriorityText("ends with P5"), ""); // P5 is not a recognised ending
+
+  const TIniFile ini(FPath);
+  EXPECT_EQ(ini.ReadString("PriorityLong", "High [P2]", "?"), "P2");
+  EXPECT_EQ(ini.ReadString("PriorityLong", "INCIDENT - Critical p1", "?"), "P1");
+  EXPECT_EQ(ini.ReadString("PriorityLong", "Low priority", "?"), "?"); // nothing stored
+  EXPECT_TRUE(ini.ValueExists("PriorityLong", "Something [] else"));   // stored although empty
+}
+
+TEST_F(ColoursTest, RememberedTwoCharacterCodeWins)
+{
+  WriteTextFile(FPath, "[PriorityLong]\nHigh [P2]= O3 \nOdd [P2]=ABC\n");
+  EXPECT_EQ(FStore.GetPriorityText("High [P2]"), "O3");
+  EXPECT_EQ(FStore.GetPriorityText("Odd [P2]"), "P2"); // not two characters: computed again
+}
+
+TEST_F(ColoursTest, StatusListIsSortedUniqueIgnoringCase)
+{
+  const tyRestObjects statuses =
+      BuildStatusList({Object("Waiting"), Object("new"), Object("In progress"), Object("New"), Object("waiting")},
+                      FStore);
+  ASSERT_EQ(statuses.size(), 3);
+  EXPECT_EQ(statuses[0]._reference, "In progress");
+  EXPECT_EQ(statuses[1]._reference, "new"); // the first spelling met is kept
+  EXPECT_EQ(statuses[2]._reference, "Waiting");
+  for (int i = 0; i < statuses.size(); ++i) {
+    EXPECT_EQ(statuses[i].id, i);
+    EXPECT_EQ(statuses[i].Text, statuses[i]._reference);
+  }
+  EXPECT_EQ(ColorToHtml1(statuses[0].BgColor), "#9FA8DA");
+}
+
+TEST_F(ColoursTest, PriorityListUsesSubTypeAndCode)
+{
+  const tyRestObjects priorities = BuildPriorityList(
+      {Object("Critical P1", "INCIDENT"), Object("[R2] Normal", "REQUEST"), Object("critical p1", "incident"),
+       Object("Whatever", "CHANGE")},
+      FStore);
+  ASSERT_EQ(priorities.size(), 3);
+  EXPECT_EQ(priorities[0]._reference, "CHANGE - Whatever");
+  EXPECT_EQ(priorities[0].Text, "");
+  EXPECT_EQ(ColorToHtml1(priorities[0].BgColor), "#FFFFFF");
+  EXPECT_EQ(priorities[1]._reference, "INCIDENT - Critical P1");
+  EXPECT_EQ(priorities[1].Text, "P1");
+  EXPECT_EQ(ColorToHtml1(priorities[1].BgColor), "#F4511E");
+  EXPECT_EQ(priorities[2].Text, "R2");
+  EXPECT_EQ(priorities[2].id, 2);
+}
