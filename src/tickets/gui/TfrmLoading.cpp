@@ -1,0 +1,119 @@
+#include "TfrmLoading.h"
+
+#include "BusyAnimation.h"
+
+#include <QCloseEvent>
+#include <QProgressBar>
+#include <QVBoxLayout>
+
+TfrmLoading::TfrmLoading(QWidget *parent)
+    : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint), FProgressBar(new QProgressBar)
+{
+  setObjectName(QStringLiteral("frmLoading"));
+  setWindowTitle(QStringLiteral("Loading"));
+  setFixedSize(384, 110);
+  auto *layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 8, 0, 0);
+  for (int style = 1; style <= 3; ++style) {
+    auto *animation = new TBusyAnimation(style, this);
+    animation->setObjectName(QStringLiteral("JvGIFAnimator%1").arg(style));
+    animation->setVisible(style == 1);
+    layout->addWidget(animation, 1, Qt::AlignHCenter);
+    FAnimations.append(animation);
+  }
+  FProgressBar->setObjectName(QStringLiteral("ProgressBar"));
+  FProgressBar->setFixedHeight(17);
+  FProgressBar->setTextVisible(false);
+  layout->addWidget(FProgressBar);
+}
+
+void TfrmLoading::SetTitle(const QString &title)
+{
+  setWindowTitle(QStringLiteral("Loading - ") + title);
+  Refresh();
+}
+
+void TfrmLoading::SetAnimation(int animation)
+{
+  for (int i = 0; i < FAnimations.size(); ++i)
+    FAnimations[i]->setVisible(i + 1 == animation);
+  Refresh();
+}
+
+void TfrmLoading::SetProgressBar(int maximum, int position)
+{
+  if (FProgressBar->maximum() != maximum)
+    FProgressBar->setMaximum(maximum);
+  FProgressBar->setValue(position);
+  Refresh();
+}
+
+void TfrmLoading::Finish()
+{
+  FProgressBar->setValue(FProgressBar->maximum());
+  FMayClose = true;
+  close();
+}
+
+int TfrmLoading::ShownAnimation() const
+{
+  for (int i = 0; i < FAnimations.size(); ++i)
+    if (FAnimations[i]->isVisibleTo(this))
+      return i + 1;
+  return 0;
+}
+
+void TfrmLoading::closeEvent(QCloseEvent *event)
+{
+  if (FMayClose)
+    event->accept();
+  else
+    event->ignore();
+}
+
+void TfrmLoading::reject()
+{
+  // Escape must not end the window while its run goes on.
+  if (FMayClose)
+    QDialog::reject();
+}
+
+void TfrmLoading::Refresh()
+{
+  repaint();
+  raise();
+}
+
+void TWindowProgress::LoadingShow(int animation)
+{
+  FWindow = new TfrmLoading(FOwner);
+  FWindow->setAttribute(Qt::WA_DeleteOnClose);
+  FWindow->SetAnimation(animation);
+  FWindow->show();
+  if (FOwner)
+    FWindow->move(FOwner->geometry().center() - FWindow->rect().center());
+}
+
+void TWindowProgress::LoadingSetTitle(const QString &title)
+{
+  if (FWindow)
+    FWindow->SetTitle(title);
+}
+
+void TWindowProgress::LoadingSetAnimation(int animation)
+{
+  if (FWindow)
+    FWindow->SetAnimation(animation);
+}
+
+void TWindowProgress::LoadingSetProgressBar(int maximum, int position)
+{
+  if (FWindow)
+    FWindow->SetProgressBar(maximum, position);
+}
+
+void TWindowProgress::LoadingHide()
+{
+  if (FWindow)
+    FWindow->Finish();
+}

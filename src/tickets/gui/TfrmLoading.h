@@ -1,0 +1,59 @@
+#pragma once
+
+#include "tickets/LoadingProgress.h"
+
+#include <QDialog>
+#include <QPointer>
+
+class QProgressBar;
+class TBusyAnimation;
+
+// The small progress window shown while the main window talks to the service: a
+// busy animation, the step in the caption and a progress bar. It cannot be closed
+// until its run says so.
+class TfrmLoading : public QDialog
+{
+  Q_OBJECT
+
+public:
+  explicit TfrmLoading(QWidget *parent = nullptr);
+
+  void SetTitle(const QString &title);
+  void SetAnimation(int animation);
+  void SetProgressBar(int maximum, int position);
+  // Fills the bar, allows closing and closes.
+  void Finish();
+
+  int ShownAnimation() const; // 0 when none
+  const QProgressBar &ProgressBar() const { return *FProgressBar; }
+
+protected:
+  void closeEvent(QCloseEvent *event) override;
+  void reject() override;
+
+private:
+  void Refresh();
+
+  bool FMayClose = false;
+  QList<TBusyAnimation *> FAnimations;
+  QProgressBar *FProgressBar;
+};
+
+// The progress of the main window's steps, in a TfrmLoading. Each LoadingShow
+// opens a fresh window centred on `owner`.
+class TWindowProgress : public TLoadingProgress
+{
+public:
+  explicit TWindowProgress(QWidget *owner) : FOwner(owner) {}
+  void LoadingShow(int animation) override;
+  void LoadingSetTitle(const QString &title) override;
+  void LoadingSetAnimation(int animation) override;
+  void LoadingSetProgressBar(int maximum, int position) override;
+  void LoadingHide() override;
+
+  TfrmLoading *Window() const { return FWindow; }
+
+private:
+  QWidget *FOwner;
+  QPointer<TfrmLoading> FWindow;
+};

@@ -1,0 +1,269 @@
+#include "support/TempConfig.h"
+#include "tickets/ColourStore.h"
+#include "tickets/gui/TfmChooseOrga.h"
+#include "tickets/gui/TfrmFilters.h"
+#include "tickets/gui/TfrmLoading.h"
+#include "tickets/gui/TfrmStatusPriorities.h"
+#include "tickets/Selection.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTimer>
+#include <QToolButton>
+#include <gtest/gtest.h>
+
+namespace {
+
+// Closes the next modal dialog with OK or Cancel as soon as it is shown.
+void AnswerNextDialog(bool ok)
+{
+  QTimer::singleShot(0, [ok] {
+    if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget()))
+      ok ? dialog->accept() : dialog->reject();
+  });
+}
+
+QStringList Lines(const QListWidget *list)
+{
+  QStringList lines;
+  for (int i = 0; i < list->count(); ++i)
+    lines << list->item(i)->text();
+  return lines;
+}
+
+QStringList Checked(const QListWidget *list)
+{
+  QStringList lines;
+  for (int i = 0; i < list->count(); ++i)
+    if (list->item(i)->checkState() == Qt::Checked)
+      lines << list->item(i)->text();
+  return lines;
+}
+
+void Type(TfrmFilters &dialog, const QString &text)
+{
+  dialog.Edit->setText(text);
+  dialog.EditKeyUp();
+}
+
+} // namespace
+
+TEST(FiltersDialog, NumbersFallBackButAreNotClamped)
+{
+  TfrmFilters dialog;
+  dialog.Fill(30, 7, {});
+  EXPECT_EQ(dialog.ledtNbMinutes->text(), "30");
+  EXPECT_EQ(dialog.Minutes(), 30);
+  dialog.ledtNbMinutes->setText("");
+  dialog.ledtNbDays->setText("5000");
+  EXPECT_EQ(dialog.Minutes(), 15);
+  EXPECT_EQ(dialog.Days(), 5000);
+  dialog.ledtNbDays->setText("99999999999");
+  EXPECT_EQ(dialog.Days(), 14);
+  // The arrows keep to 1..1000.
+  dialog.ledtNbMinutes->setText("1000");
+  dialog.findChild<QWidget *>("udMinutes")->findChildren<QToolButton *>()[0]->click();
+  EXPECT_EQ(dialog.Minutes(), 1000);
+}
+
+TEST(FiltersDialog, ButtonsFollowTheEditAndTheSelection)
+{
+  TfrmFilters dialog;
+  dialog.Fill(15, 14, {});
+  Type(dialog, "   ");
+  EXPECT_FALSE(dialog.bbtAjouter->isEnabled()); // empty list, blank text
+  Type(dialog, "Waiting");
+  EXPECT_TRUE(dialog.bbtAjouter->isEnabled());
+  EXPECT_FALSE(dialog.bbtRemplacer->isEnabled());
+  dialog.bbtAjouter->click();
+  EXPECT_EQ(dialog.Statuses(), QStringList{"Waiting"});
+  EXPECT_EQ(dialog.ListBox->currentRow(), 0);
+  EXPECT_FALSE(dialog.bbtAjouter->isEnabled());
+  EXPECT_TRUE(dialog.bbtSupprimer->isEnabled());
+  EXPECT_FALSE(dialog.bbtMonter->isEnabled());
+  EXPECT_FALSE(dialog.bbtDescendre->isEnabled());
+
+  Type(dialog, "WAITING");
+  EXPECT_TRUE(dialog.bbtRemplacer->isEnabled());
+  EXPECT_FALSE(dialog.bbtAjouter->isEnabled()); // already there, whatever the case
+  Type(dialog, "On hold");
+  EXPECT_TRUE(dialog.bbtAjouter->isEnabled());
+  dialog.bbtAjouter->click();
+  EXPECT_TRUE(dialog.bbtMonter->isEnabled());
+  EXPECT_FALSE(dialog.bbtDescendre->isEnabled());
+  dialog.bbtMonter->click();
+  EXPECT_EQ(dialog.Statuses(), (QStringList{"On hold", "Waiting"}));
+  EXPECT_EQ(dialog.ListBox->currentRow(), 0);
+  EXPECT_TRUE(dialog.bbtDescendre->isEnabled());
+
+  Type(dialog, " Blocked ");
+  EXPECT_TRUE(dialog.bbtRemplacer->isEnabled());
+  dialog.bbtRemplacer->click();
+  EXPECT_EQ(dialog.Statuses(), (QStringList{" Blocked ", "Waiting"})); // stored as typed
+  dialog.bbtTri->click();
+  EXPECT_EQ(dialog.Statuses(), (QStringList{" Blocked ", "Waiting"}));
+  dialog.ListBox->setCurrentRow(1);
+  dialog.bbtMonter->click();
+  EXPECT_EQ(dialog.Statuses(), (QStringList{"Waiting", " Blocked "}));
+  dialog.bbtTri->click();
+  EXPECT_EQ(dialog.Statuses(), (QStringList{" Blocked ", "Waiting"}));
+
+  dialog.ListBox->setCurrentRow(1);
+  dialog.bbtSupprimer->click();
+  EXPECT_EQ(dialog.Statuses(), QStringList{" Blocked "});
+  EXPECT_EQ(dialog.ListBox->currentRow(), 0); // the line above
+  EXPECT_EQ(dialog.Edit->text(), " Blocked ");
+}
+
+TEST(FiltersDialog, OkWritesBackAndCancelKeepsEverything)
+{
+  std::int32_t minutes = 20, days = 3;
+  QStringList statuses{"Waiting"};
+  AnswerNextDialog(false);
+  EXPECT_FALSE(EditFilters(minutes, days, statuses));
+  EXPECT_EQ(minutes, 20);
+  AnswerNextDialog(true);
+  EXPECT_TRUE(EditFilters(minutes, days, statuses));
+  EXPECT_EQ(minutes, 20);
+  EXPECT_EQ(days, 3);
+  EXPECT_EQ(statuses, QStringList{"Waiting"});
+}
+
+namespace {
+struct TOrgaFixture
+{
+  tyRestOrganizations Organizations{{1, "Alpha", false, false, true}, {2, "Beta", false, false, true},
+                                    {3, "NoTickets", false, false, false}};
+  tyRestTeams Teams;
+  tyRestOrganizationsTeams Links;
+  TOrgaFixture()
+  {
+    auto team = [](std::int32_t id, const QString &name, QList<std::int32_t> organizations) {
+      tyRestTeam t;
+      t.id = id;
+      t.name = name;
+      for (auto o : organizations)
+        t.organizations.append(tyRestSubName{o, QString()});
+      return t;
+    };
+    Teams = {team(10, "Desk", {1, 2}), team(20, "Network", {2}), team(30, "Hidden", {3})};
+    Links = UpdateListOrganizationsTeams(Teams);
+  }
+};
+} // namespace
+
+TEST(ChooseOrgaDialog, OffersTicketingOrganizationsAndTheirTeams)
+{
+  TOrgaFixture f;
+  TfmChooseOrga dialog(f.Organizations, {f.Organizations[0]}, f.Teams, {}, f.Links);
+  EXPECT_EQ(Lines(dialog.clbOrga), (QStringList{"Alpha", "Beta"}));
+  EXPECT_EQ(Checked(dialog.clbOrga), QStringList{"Alpha"});
+  EXPECT_EQ(Lines(dialog.clbTeams), QStringList{"Desk"});
+
+  dialog.OrgaButton(0); // invert: the team list follows at once
+  EXPECT_EQ(Checked(dialog.clbOrga), QStringList{"Beta"});
+  EXPECT_EQ(Lines(dialog.clbTeams), (QStringList{"Desk", "Network"}));
+  dialog.OrgaButton(1);
+  EXPECT_EQ(Lines(dialog.clbTeams), (QStringList{"Desk", "Network"})); // shared team listed once
+  dialog.OrgaButton(-1);
+  EXPECT_TRUE(Lines(dialog.clbTeams).isEmpty());
+}
+
+TEST(ChooseOrgaDialog, TeamChecksComeBackAsTheyWereWhenOpened)
+{
+  TOrgaFixture f;
+  tyRestTeam network;
+  network.id = 20;
+  network.name = "Network";
+  TfmChooseOrga dialog(f.Organizations, {f.Organizations[1]}, f.Teams, {network}, f.Links);
+  EXPECT_EQ(Checked(dialog.clbTeams), QStringList{"Network"});
+  dialog.TeamButton(1);
+  EXPECT_EQ(Checked(dialog.clbTeams), (QStringList{"Desk", "Network"}));
+  dialog.clbOrga->item(0)->setCheckState(Qt::Checked); // any organization change
+  EXPECT_EQ(Checked(dialog.clbTeams), QStringList{"Network"});
+}
+
+TEST(ChooseOrgaDialog, OkReplacesTheSelectionsCancelDoesNot)
+{
+  TOrgaFixture f;
+  tyRestOrganizations selectedOrganizations{f.Organizations[2]}; // not offered: dropped on OK
+  tyRestTeams selectedTeams;
+  AnswerNextDialog(false);
+  EXPECT_FALSE(ChooseOrga(f.Organizations, selectedOrganizations, f.Teams, selectedTeams, f.Links));
+  ASSERT_EQ(selectedOrganizations.size(), 1);
+  AnswerNextDialog(true);
+  EXPECT_TRUE(ChooseOrga(f.Organizations, selectedOrganizations, f.Teams, selectedTeams, f.Links));
+  EXPECT_TRUE(selectedOrganizations.isEmpty());
+  EXPECT_TRUE(selectedTeams.isEmpty());
+}
+
+namespace {
+tyRestObject Colour(std::int32_t id, const QString &reference, const QString &text, TColor colour)
+{
+  tyRestObject object;
+  object.id = id;
+  object._reference = reference;
+  object.Text = text;
+  object.BgColor = colour;
+  return object;
+}
+} // namespace
+
+TEST(StatusPrioritiesDialog, ColoursChangeOnTheCopiesOnly)
+{
+  TTempConfig config;
+  TColourStore store(config.File("c.ini"));
+  const tyRestObjects statuses{Colour(0, "New", "New", 0xFF), Colour(1, "Waiting", "Waiting", 0xFF00)};
+  const tyRestObjects priorities{Colour(0, "INCIDENT - P1", "P1", 1), Colour(1, "REQUEST - [P1]", "P1", 1),
+                                 Colour(2, "CHANGE - x", "", clWhite)};
+  TfrmStatusPriorities dialog(statuses, priorities, store);
+  dialog.SetColourChooser([](TColor) { return std::optional<TColor>(0x123456); });
+  EXPECT_EQ(dialog.cbPriority->count(), 1); // codes of two characters, once each
+
+  dialog.StatusDoubleClick(1);
+  EXPECT_EQ(dialog.Statuses()[1].BgColor, 0x123456);
+  EXPECT_EQ(dialog.lbxStatus->currentRow(), 1);
+
+  dialog.PriorityClick(0);
+  EXPECT_EQ(dialog.pnlSamplePriority->text(), "P1");
+  dialog.SampleDoubleClick();
+  EXPECT_EQ(dialog.Priorities()[0].BgColor, 0x123456);
+  EXPECT_EQ(dialog.Priorities()[1].BgColor, 0x123456); // all sharing the code
+  EXPECT_EQ(dialog.Priorities()[2].BgColor, clWhite);
+
+  dialog.PriorityClick(2);
+  dialog.SampleDoubleClick(); // no two-character code: nothing happens
+  EXPECT_EQ(dialog.Priorities()[2].BgColor, clWhite);
+  dialog.PriorityCodeChanged("P1");
+  EXPECT_EQ(dialog.Priorities()[2].Text, "P1");
+  EXPECT_EQ(dialog.Priorities()[2].BgColor, TColourStore::DefaultColor("Priority", "P1"));
+  EXPECT_EQ(statuses[1].BgColor, 0xFF00); // the caller's lists are untouched
+}
+
+TEST(LoadingWindow, CannotBeClosedUntilItsRunEnds)
+{
+  QWidget owner;
+  TWindowProgress progress(&owner);
+  progress.LoadingShow(2);
+  QPointer<TfrmLoading> window = progress.Window();
+  ASSERT_TRUE(window);
+  EXPECT_EQ(window->ShownAnimation(), 2);
+  progress.LoadingSetTitle("Acme");
+  EXPECT_EQ(window->windowTitle(), "Loading - Acme");
+  progress.LoadingSetProgressBar(12, 5);
+  EXPECT_EQ(window->ProgressBar().maximum(), 12);
+  EXPECT_EQ(window->ProgressBar().value(), 5);
+  progress.LoadingSetAnimation(7);
+  EXPECT_EQ(window->ShownAnimation(), 0);
+
+  EXPECT_FALSE(window->close());
+  QMetaObject::invokeMethod(window, "reject");
+  EXPECT_TRUE(window->isVisible());
+  progress.LoadingHide();
+  EXPECT_FALSE(window->isVisible());
+}
