@@ -1,12 +1,22 @@
 #include "TfrmMain.h"
 
+#include "core/AppInfo.h"
+#include "core/Errors.h"
+#include "core/Trace.h"
+#include "rest/gui/TfrmSetQuorvexItsmConfig.h"
 #include "state/TMainState.h"
+#include "tickets/GridExport.h"
+#include "tickets/gui/TfrmFilters.h"
+#include "TfrmAbout.h"
 
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QIcon>
+#include <QFileDialog>
 #include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
 #include <QScreen>
 #include <QStyle>
 #include <QTableView>
@@ -76,7 +86,7 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
   auto *iconRow = new QHBoxLayout(FIconRow);
   iconRow->setContentsMargins(0, 0, 0, 0);
   bbtSaveGrid = AddIconButton("bbtSaveGrid", tr("Save the grid as an Excel workbook"), QStringLiteral("savegrid"));
-  bbtAbout = AddIconButton("bbtAbout", tr("About"), QStringLiteral("about"));
+  bbtAbout = AddIconButton("bbtAbout", tr("About (right-click: libraries)"), QStringLiteral("about"));
   bbtClose = AddIconButton("bbtClose", tr("Close"), QStringLiteral("close"));
   buttons->addWidget(FIconRow);
 
@@ -91,7 +101,8 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
   layout->addWidget(asgTickets, 1);
   setCentralWidget(central);
 
-  connect(bbtClose, &QToolButton::clicked, this, &QWidget::close);
+  asgTickets->setModel(&FState.FTicketsGrid);
+  WireButtons();
 
   resize(CClientWidth, CClientHeight);
   if (const QScreen *screen = QGuiApplication::primaryScreen())
@@ -138,4 +149,66 @@ void TfrmMain::ShowAutomaticMode(bool automatic)
 {
   imgBigBrother->setVisible(!automatic);
   imgBigBrotherRed->setVisible(automatic);
+}
+
+void TfrmMain::RunStep(const std::function<void()> &step)
+{
+  try {
+    step();
+  } catch (const EQuorvexError &error) {
+    TraceError(lcApp(), error.Message());
+    QMessageBox::critical(this, CApplicationTitle, error.Message());
+  } catch (const std::exception &error) {
+    TraceError(lcApp(), QString::fromLocal8Bit(error.what()));
+    QMessageBox::critical(this, CApplicationTitle, QString::fromLocal8Bit(error.what()));
+  }
+}
+
+void TfrmMain::WireButtons()
+{
+  auto wire = [this](QToolButton *button, void (TfrmMain::*handler)()) {
+    connect(button, &QToolButton::clicked, this, [this, handler] { RunStep([this, handler] { (this->*handler)(); }); });
+  };
+  wire(bbtQuorvexItsmApi, &TfrmMain::bbtQuorvexItsmApiClick);
+  wire(bbtFilter, &TfrmMain::bbtFilterClick);
+  wire(bbtSaveGrid, &TfrmMain::bbtSaveGridClick);
+  wire(bbtAbout, &TfrmMain::bbtAboutClick);
+  bbtAbout->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(bbtAbout, &QWidget::customContextMenuRequested, this, &TfrmMain::bbtAboutContextMenu);
+  connect(bbtClose, &QToolButton::clicked, this, &QWidget::close);
+}
+
+void TfrmMain::bbtQuorvexItsmApiClick()
+{
+  const TraceScope trace(lcApp(), "TfrmMain.bbtQuorvexItsmApiClick");
+  if (SetQuorvexItsmConfig(FState.FICI, this))
+    FState.SaveConfigITSM();
+}
+
+void TfrmMain::bbtFilterClick()
+{
+  const TraceScope trace(lcApp(), "TfrmMain.bbtFilterClick");
+  if (EditFilters(FState.FNbMinutes, FState.FNbDays, FState.FStatusToIgnore, this))
+    FState.SaveConfigFilters();
+}
+
+void TfrmMain::bbtSaveGridClick()
+{
+  const TraceScope trace(lcApp(), "TfrmMain.bbtSaveGridClick");
+  const QString fileName =
+      QFileDialog::getSaveFileName(this, tr("Save the tickets"), QString(), QStringLiteral("Excel file (*.xlsx)"));
+  if (!fileName.isEmpty())
+    ExportGridToXlsx(FState.FTicketsGrid, fileName);
+}
+
+void TfrmMain::bbtAboutClick()
+{
+  TfrmAbout(this).exec();
+}
+
+void TfrmMain::bbtAboutContextMenu(const QPoint &position)
+{
+  QMenu menu(this);
+  menu.addAction(QStringLiteral("Librairies"), this, [this] { TfrmLibraries(this).exec(); });
+  menu.exec(bbtAbout->mapToGlobal(position));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <functional>
 
 class QLabel;
 class QTableView;
@@ -24,6 +25,16 @@ public:
   void ShowAutomaticMode(bool automatic);
 
 private:
+  // Runs a button's step; an error ends the step and is shown in a message box,
+  // as the toolkit would show an uncaught error.
+  void RunStep(const std::function<void()> &step);
+  void WireButtons();
+  void bbtQuorvexItsmApiClick();
+  void bbtFilterClick();
+  void bbtSaveGridClick();
+  void bbtAboutClick();
+  void bbtAboutContextMenu(const QPoint &position);
+
   QToolButton *AddStepButton(const char *objectName, const QString &caption, const QString &icon);
   QToolButton *AddIconButton(const char *objectName, const QString &toolTip, const QString &icon);
 

@@ -2,6 +2,7 @@
 
 #include "core/ConfigTypes.h"
 #include "rest/uTypes.h"
+#include "tickets/TicketsModel.h"
 
 #include <QStringList>
 #include <functional>
@@ -67,6 +68,7 @@ public:
   std::int32_t FNbWithoutUpdate = 0;
   std::int32_t FNbGt10Exch = 0;
   tyQuorvexITSM FICI;
+  TTicketsModel FTicketsGrid; // the ticket grid's content
 
 private:
   void Warn(const QStringList &warnings) const;

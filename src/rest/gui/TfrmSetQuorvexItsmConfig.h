@@ -1,0 +1,47 @@
+#pragma once
+
+#include "core/ConfigTypes.h"
+
+#include <QDialog>
+
+class QCheckBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+// Where the service is and the credentials of the API account. The secrets are
+// shown readable while the dialog is open, so that the user can check them.
+class TfrmSetQuorvexItsmConfig : public QDialog
+{
+  Q_OBJECT
+
+public:
+  explicit TfrmSetQuorvexItsmConfig(QWidget *parent = nullptr);
+
+  void Fill(const tyQuorvexITSM &settings);
+  // Copies the fields, as typed, into `settings`; the token state is kept.
+  void CopyTo(tyQuorvexITSM &settings) const;
+
+  // Preview of the service address; called on every change of the instance or
+  // of the hosting mode.
+  void edtInstanceChange();
+  // OK is enabled when all five fields hold more than blanks; called when a
+  // field loses the focus.
+  void ledtExit();
+
+  QLineEdit *edtInstance;
+  QCheckBox *chkSaaS;
+  QLabel *hlblInstance1;
+  QLineEdit *ledtClientID;
+  QLineEdit *ledtClientSecret;
+  QLineEdit *ledtApiOperatorUsername;
+  QLineEdit *ledtApiOperatorPassword;
+  QPushButton *bbtOk;
+  QPushButton *bbtCancel;
+
+protected:
+  bool eventFilter(QObject *watched, QEvent *event) override;
+};
+
+// Edits the service settings; on OK copies them back and returns true.
+bool SetQuorvexItsmConfig(tyQuorvexITSM &settings, QWidget *parent = nullptr);

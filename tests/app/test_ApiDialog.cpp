@@ -1,0 +1,74 @@
+#include "rest/gui/TfrmSetQuorvexItsmConfig.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+namespace {
+tyQuorvexITSM Complete()
+{
+  tyQuorvexITSM settings;
+  settings.SaaS = true;
+  settings.Instance = "acme";
+  settings.API.ClientID = "id";
+  settings.API.ClientSecret = "s3cret";
+  settings.API.Username = "api";
+  settings.API.Password = "pw";
+  settings.API.Token = "kept";
+  settings.API.TokenValidity = 33;
+  return settings;
+}
+} // namespace
+
+TEST(ApiDialog, PreviewFollowsTheInstanceAndTheHostingMode)
+{
+  TfrmSetQuorvexItsmConfig dialog;
+  dialog.Fill(Complete());
+  EXPECT_EQ(dialog.hlblInstance1->text(), "https://<b>acme</b>." QUORVEX_SAAS_DOMAIN);
+  dialog.chkSaaS->click();
+  EXPECT_EQ(dialog.hlblInstance1->text(), "https://<b>acme</b>");
+  dialog.edtInstance->setText("itsm.example.org:8443");
+  EXPECT_EQ(dialog.hlblInstance1->text(), "https://<b>itsm.example.org:8443</b>");
+}
+
+TEST(ApiDialog, SecretsAreReadableAndOkNeedsEveryField)
+{
+  TfrmSetQuorvexItsmConfig dialog;
+  dialog.Fill(Complete());
+  EXPECT_EQ(dialog.ledtClientSecret->echoMode(), QLineEdit::Normal);
+  EXPECT_EQ(dialog.ledtClientSecret->text(), "s3cret");
+  EXPECT_TRUE(dialog.bbtOk->isEnabled());
+
+  dialog.ledtApiOperatorPassword->setText("   ");
+  EXPECT_TRUE(dialog.bbtOk->isEnabled()); // judged when the field loses the focus
+  dialog.ledtExit();
+  EXPECT_FALSE(dialog.bbtOk->isEnabled());
+  dialog.ledtApiOperatorPassword->setText("  pw ");
+  dialog.ledtExit();
+  EXPECT_TRUE(dialog.bbtOk->isEnabled());
+
+  tyQuorvexITSM settings = Complete();
+  dialog.CopyTo(settings);
+  EXPECT_EQ(settings.API.Password, "  pw "); // as typed
+  EXPECT_EQ(settings.API.Token, "kept");    // the token state is not the dialog's
+  EXPECT_EQ(settings.API.TokenValidity, 33);
+}
+
+TEST(ApiDialog, AnEmptyFormKeepsOkDisabledAndCancelChangesNothing)
+{
+  tyQuorvexITSM settings;
+  settings.Instance = "x";
+  QTimer::singleShot(0, [] {
+    auto *dialog = qobject_cast<TfrmSetQuorvexItsmConfig *>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_FALSE(dialog->bbtOk->isEnabled());
+    dialog->edtInstance->setText("changed");
+    dialog->reject();
+  });
+  EXPECT_FALSE(SetQuorvexItsmConfig(settings));
+  EXPECT_EQ(settings.Instance, "x");
+}
