@@ -7,4 +7,4 @@ bash scripts/build.sh
 export XDG_CONFIG_HOME="$PWD/build/demo-config"
 mkdir -p "$XDG_CONFIG_HOME"
 echo "Settings folder: $XDG_CONFIG_HOME/Vellmor/vlmQuorvexITSM" >&2
-exec build/src/quorvex-followup "$@"
+exec build/src/app/quorvex-followup "$@"
