@@ -3,6 +3,8 @@
 #include "Errors.h"
 
 #include <QDate>
+#include <QLocale>
+#include <QRegularExpression>
 #include <QTime>
 #include <optional>
 
@@ -114,6 +116,18 @@ TDateTime RestTimestamp2DateTime(const QString &value)
   if (hour < 24 && minute < 60 && second < 60 && millisecond < 1000)
     time = EncodeTime(hour, minute, second, millisecond);
   return date + time;
+}
+
+QString DateTimeToStr(const QDateTime &moment)
+{
+  const QLocale locale;
+  const QString date = locale.toString(moment.date(), QLocale::ShortFormat);
+  if (moment.time() == QTime(0, 0))
+    return date;
+  // The long time format without its time-zone name: the time is local.
+  QString timeFormat = locale.timeFormat(QLocale::LongFormat);
+  timeFormat.remove(QRegularExpression(QStringLiteral("\\s*\\bt+\\b\\s*")));
+  return date + u' ' + locale.toString(moment.time(), timeFormat.trimmed());
 }
 
 QString Timestamp(bool withMilliseconds)

@@ -37,5 +37,9 @@ TColor HtmlToColor(const QString &value);
 // does not fit in 0..65535; an invalid date or time part counts as 0.
 TDateTime RestTimestamp2DateTime(const QString &value);
 
+// A date and time as the user's locale writes them: short date, a blank and long
+// time; at exactly midnight the time is left out.
+QString DateTimeToStr(const QDateTime &moment);
+
 // Local time now as "yyyymmdd_hhmmss", or "yyyymmdd_hhmmss.zzz" with milliseconds.
 QString Timestamp(bool withMilliseconds);

@@ -1,5 +1,6 @@
 #include "core/Errors.h"
 #include "core/uTools.h"
+#include "support/TempConfig.h"
 
 #include <QDateTime>
 #include <QRegularExpression>
@@ -157,4 +158,11 @@ TEST(TrimBlanks, RemovesControlCharactersAndBlanksAtBothEnds)
   EXPECT_EQ(TrimBlanks("\t a b \r\n"), "a b");
   EXPECT_EQ(TrimBlanks("\x01x\x1f"), "x");
   EXPECT_EQ(TrimBlanks(QString::fromUtf8("\u00A0x")), QString::fromUtf8("\u00A0x")); // not a blank
+}
+
+TEST(DateTimeToStr, LocaleShortDateAndLongTimeWithoutMidnight)
+{
+  const TScopedLocale french(QLocale(QLocale::French, QLocale::France));
+  EXPECT_EQ(DateTimeToStr(QDateTime(QDate(2026, 11, 14), QTime(6, 0, 1))), "14/11/2026 06:00:01");
+  EXPECT_EQ(DateTimeToStr(QDateTime(QDate(2026, 11, 14), QTime(0, 0))), "14/11/2026");
 }
