@@ -3,13 +3,19 @@
 #include <cmath>
 
 namespace {
-const QDate CDayZero(1899, 12, 30);
+// A function rather than a global, so that constants of other files computed at
+// start-up can already use it.
+QDate DayZero()
+{
+  static const QDate dayZero(1899, 12, 30);
+  return dayZero;
+}
 constexpr double CMillisecondsPerDay = 86400000.0;
 } // namespace
 
 double EncodeDate(int year, int month, int day)
 {
-  return static_cast<double>(CDayZero.daysTo(QDate(year, month, day)));
+  return static_cast<double>(DayZero().daysTo(QDate(year, month, day)));
 }
 
 double EncodeTime(int hour, int minute, int second, int millisecond)
@@ -20,7 +26,7 @@ double EncodeTime(int hour, int minute, int second, int millisecond)
 TDateTime DateTimeFromQDateTime(const QDateTime &value)
 {
   const QTime time = value.time();
-  return static_cast<double>(CDayZero.daysTo(value.date())) +
+  return static_cast<double>(DayZero().daysTo(value.date())) +
          EncodeTime(time.hour(), time.minute(), time.second(), time.msec());
 }
 
@@ -28,7 +34,7 @@ QDateTime QDateTimeFromDateTime(TDateTime value)
 {
   const double days = std::floor(value);
   const auto milliseconds = static_cast<qint64>(std::llround((value - days) * CMillisecondsPerDay));
-  return QDateTime(CDayZero.addDays(static_cast<qint64>(days)), QTime(0, 0)).addMSecs(milliseconds);
+  return QDateTime(DayZero().addDays(static_cast<qint64>(days)), QTime(0, 0)).addMSecs(milliseconds);
 }
 
 TDateTime NowDateTime()
