@@ -1,0 +1,267 @@
+#include "report/HtmlSafety.h"
+#include "report/MailReport.h"
+#include "support/TempConfig.h"
+#include "tickets/ColourStore.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// 14 November 2026, 06:00 local time: the moment of every report below.
+const TDateTime CNow = EncodeDate(2026, 11, 14) + EncodeTime(6, 0, 0, 0);
+
+QString Stamp(const QDateTime &moment) { return moment.toString("yyyy-MM-ddTHH:mm:ss.zzzZ"); }
+QString MinutesAgo(double minutes) { return Stamp(QDateTimeFromDateTime(CNow - minutes / 1440.0)); }
+
+tyRestTicket Ticket(std::int32_t id, const QString &type = "INCIDENT")
+{
+  tyRestTicket ticket;
+  ticket.id = id;
+  ticket._type = type;
+  ticket.organization.name = "Acme";
+  ticket.title = QStringLiteral("Ticket %1").arg(id);
+  ticket.assignedTeam = {10, "Desk"};
+  ticket.assignedUser = {0, ""};
+  ticket.creationDate = MinutesAgo(60);
+  ticket.lastUpdate = MinutesAgo(30);
+  ticket.priority.reference = "INCIDENT - Critical P1";
+  ticket.status._reference = "New";
+  return ticket;
+}
+
+tyRestOperator Operator(std::int32_t id, const QString &email, const QString &status = "ACTIVE")
+{
+  tyRestOperator op;
+  op.id = id;
+  op.notificationEmail = email;
+  op.status = status;
+  return op;
+}
+
+class MailReportTest : public ::testing::Test
+{
+protected:
+  MailReportTest()
+  {
+    FIn.ExtractionTickets = CNow;
+    FIn.NbMinutes = 15;
+    FIn.NbDays = 14;
+    FIn.StatusToIgnore = {"Planned (without SLA)"};
+    FIn.ServiceUrl = "https://acme.itsm.example";
+    FIn.SelectedOrganizations = {{1, "Acme", false, false, true}, {2, "Beta", false, false, true}};
+    tyRestTeam desk;
+    desk.id = 10;
+    desk.name = "Desk";
+    FIn.SelectedTeams = {desk};
+    FIn.HtmlTexts.Unassigned_Title = {"<h2>Unassigned after %nbminutes% minutes</h2>"};
+    FIn.HtmlTexts.Unassigned_With = {"<p>U-with</p>"};
+    FIn.HtmlTexts.Unassigned_Without = {"<p>U-without %NBMINUTES%</p>"};
+    FIn.HtmlTexts.WithoutUpdate_Title = {"<h2>W-title %NBDAYS%</h2>"};
+    FIn.HtmlTexts.WithoutUpdate_With = {"<p>W-with %NbDays%</p>"};
+    FIn.HtmlTexts.WithoutUpdate_Without = {"<p>W-without</p>"};
+    FIn.HtmlTexts.More10 = {"<h2>M10</h2>"};
+    FIn.HtmlTexts.Why = {"<p>Why <a href=\"%QUORVEX_ITSM%\">x</a></p>"};
+  }
+
+  TReportOutput Generate()
+  {
+    TMailReport report(FIn, FColours, [] { return CNow; });
+    return report.Generate();
+  }
+
+  TTempConfig FConfig;
+  TColourStore FColours{FConfig.File("q.ini")};
+  TReportInput FIn;
+  const TScopedLocale FLocale{QLocale(QLocale::French, QLocale::France)};
+};
+
+qsizetype IndexOf(const QStringList &lines, const QString &line)
+{
+  return lines.indexOf(line);
+}
+
+} // namespace
+
+TEST_F(MailReportTest, NoTicketsGivesTitlesAndAllClearBlocksOnly)
+{
+  const TReportOutput out = Generate();
+  const QStringList &html = out.HtmlContent;
+  EXPECT_EQ(html.first(), "<!DOCTYPE html>");
+  EXPECT_TRUE(html.contains("      h2 {color: #0097dd; border-bottom: medium solid #0097dd 100%; padding: 5px 5px 5px "
+                            "5px; font-size: 16px; font: normal small-caps bold 16px/normal;}"));
+  EXPECT_TRUE(html.contains("    Acme, Beta</p>"));
+  EXPECT_TRUE(html.contains("    Desk</p>"));
+  EXPECT_TRUE(html.contains("    14.11.2026 - 06:00&nbsp;CET</p>"));
+  EXPECT_TRUE(html.contains("<h2>Unassigned after 15 minutes</h2>"));
+  EXPECT_TRUE(html.contains("<p>U-without %NBMINUTES%</p>")); // only the title is filled in
+  EXPECT_TRUE(html.contains("<h2>W-title %NBDAYS%</h2>"));
+  EXPECT_TRUE(html.contains("<p>W-without</p>"));
+  EXPECT_FALSE(html.contains("<h2>M10</h2>"));
+  EXPECT_FALSE(html.join('\n').contains("<table"));
+  EXPECT_TRUE(html.contains("<p>Why <a href=\"https://acme.itsm.example\">x</a></p>"));
+  EXPECT_EQ(html.last(), "</html>");
+  EXPECT_EQ(out.NbUnassigned, 0);
+  EXPECT_EQ(out.NbWithoutUpdate, 0);
+  EXPECT_EQ(out.NbGt10Exch, 0);
+}
+
+TEST_F(MailReportTest, UnassignedRuleIsStrictInWholeMinutes)
+{
+  tyRestTicket exactly = Ticket(1);
+  exactly.creationDate = MinutesAgo(15);
+  tyRestTicket oneMore = Ticket(2);
+  oneMore.creationDate = MinutesAgo(16);
+  tyRestTicket assigned = Ticket(3);
+  assigned.assignedUser = {7, "Ann"};
+  tyRestTicket blankUser = Ticket(4);
+  blankUser.assignedUser = {0, " \t"};
+  FIn.Tickets = {exactly, oneMore, assigned, blankUser};
+  const TReportOutput out = Generate();
+  EXPECT_EQ(out.NbUnassigned, 2); // 2 and 4
+  const QString html = out.HtmlContent.join('\n');
+  EXPECT_FALSE(html.contains("/all/1\""));
+  EXPECT_TRUE(html.contains("/all/2\""));
+  EXPECT_TRUE(html.contains("/all/4\""));
+}
+
+TEST_F(MailReportTest, UnassignedTableLineByLine)
+{
+  tyRestTicket ticket = Ticket(4521, "SOMETHING");
+  ticket.title = "Printer <b>down</b> & out";
+  ticket.creationDate = "2026-11-14T02:30:00.000Z";
+  ticket.lastUpdate = "2026-11-14T00:00:00.000Z";
+  FIn.Tickets = {ticket};
+  const QStringList html = Generate().HtmlContent;
+  const qsizetype start = IndexOf(html, "<p>U-with</p>");
+  ASSERT_GE(start, 0);
+  const QStringList expected{
+      "<p>U-with</p>",
+      "    <table style=\"width: 100%\" border=\"1\">",
+      "      <thead>",
+      "        <tr>",
+      "          <td align=\"center\">Organization</td>",
+      "          <td align=\"center\">Ticket</td>",
+      "          <td align=\"center\">Title</td>",
+      "          <td align=\"center\">Assigned&nbsp;Team</td>",
+      "          <td align=\"center\">Creation&nbsp;Date</td>",
+      "          <td align=\"center\">Last&nbsp;Update</td>",
+      "          <td align=\"center\">Priority</td>",
+      "          <td align=\"center\">Status</td>",
+      "        </tr>",
+      "      </thead>",
+      "      <tbody>",
+      "        <tr>",
+      "          <td nowrap>Acme</td>",
+      "          <td nowrap><a href=\"https://acme.itsm.example/operators/tickets/all/4521\" target=\"_blank\"> "
+      "4521</a></td>",
+      "          <td>Printer <b>down</b> & out</td>",
+      "          <td nowrap>Desk</td>",
+      "          <td align=\"center\">14/11/2026&nbsp;02:30:00<br><strong>(3&nbsp;hours)</strong></td>",
+      "          <td align=\"center\">14/11/2026</td>",
+      "          <td align=\"center\" color=#FFFFFF bgcolor=#F4511E>P1</td>",
+      "          <td align=\"center\" nowrap color=#000000 bgcolor=#E57373>New</td>",
+      "        </tr>",
+      "      </tbody>",
+      "    </table>",
+  };
+  EXPECT_EQ(html.mid(start, expected.size()), expected);
+}
+
+TEST_F(MailReportTest, WithoutUpdateHonoursDaysStatusesAndTeams)
+{
+  auto stale = [](std::int32_t id, double days) {
+    tyRestTicket ticket = Ticket(id);
+    ticket.assignedUser = {100 + id, QStringLiteral("User %1").arg(id)};
+    ticket.lastUpdate = Stamp(QDateTimeFromDateTime(CNow - days));
+    return ticket;
+  };
+  tyRestTicket ignored = stale(3, 20);
+  ignored.status._reference = "planned (WITHOUT sla)";
+  tyRestTicket otherTeam = stale(4, 20);
+  otherTeam.assignedTeam = {99, "Other"};
+  FIn.Tickets = {stale(1, 14.5), stale(2, 13.9), ignored, otherTeam};
+  const TReportOutput out = Generate();
+  EXPECT_EQ(out.NbWithoutUpdate, 1);
+  const QStringList &html = out.HtmlContent;
+  EXPECT_TRUE(html.contains("<p>W-with 14</p>"));
+  EXPECT_TRUE(html.contains("          <td align=\"center\">Assigned&nbsp;User</td>"));
+  EXPECT_TRUE(html.contains("          <td nowrap>User&nbsp;1</td>"));
+  EXPECT_TRUE(html.join('\n').contains("<br><strong>(14&nbsp;days)</strong></td>"));
+}
+
+TEST_F(MailReportTest, TenExchangesSectionListsFlaggedTicketsWithBothAges)
+{
+  tyRestTicket flagged = Ticket(8, "CHANGE");
+  flagged.tenExchangesAdded = true;
+  flagged.assignedUser = {5, "Bob"};
+  flagged.creationDate = Stamp(QDateTimeFromDateTime(CNow - 40.2));
+  flagged.lastUpdate = Stamp(QDateTimeFromDateTime(CNow - 2.9));
+  FIn.Tickets = {flagged};
+  const TReportOutput out = Generate();
+  EXPECT_EQ(out.NbGt10Exch, 1);
+  const QString html = out.HtmlContent.join('\n');
+  EXPECT_TRUE(html.contains("<h2>M10</h2>"));
+  EXPECT_TRUE(html.contains("target=\"_blank\">Change 8</a>"));
+  EXPECT_TRUE(html.contains("(40&nbsp;days)"));
+  EXPECT_TRUE(html.contains("(2&nbsp;days)"));
+}
+
+TEST_F(MailReportTest, RecipientsFromTeamsAndAssigneesWithCopiesNeverRepeated)
+{
+  // Two unassigned tickets of the Desk team (members 1, 2, 3), a stale ticket of
+  // user 4, and operator 3 inactive.
+  FIn.TeamsOperators = {{10, 1}, {10, 2}, {10, 3}, {20, 4}, {20, 5}};
+  FIn.Operators = {Operator(1, "Ann@Example.org"), Operator(2, "bob@example.org"),
+                   Operator(3, "carl@example.org", "INACTIVE"), Operator(4, "dee@example.org"),
+                   Operator(5, "eve@example.org")};
+  tyRestTeam network;
+  network.id = 20;
+  network.name = "Network";
+  FIn.SelectedTeams.append(network);
+  tyRestTicket stale = Ticket(3);
+  stale.assignedTeam = {20, "Network"};
+  stale.assignedUser = {4, "Dee"};
+  stale.lastUpdate = Stamp(QDateTimeFromDateTime(CNow - 30));
+  FIn.Tickets = {Ticket(1), Ticket(2), stale};
+
+  const TReportOutput out = Generate();
+  EXPECT_EQ(out.SlRecipientTo, (QStringList{"ann@example.org", "bob@example.org", "dee@example.org"}));
+  EXPECT_EQ(out.SlRecipientCc, QStringList{"eve@example.org"}); // 1-4 are primary (3 inactive but taken)
+  EXPECT_EQ(out.RecipientTo.size(), 4);
+  const QString html = out.HtmlContent.join('\n');
+  EXPECT_TRUE(html.contains("    ann@example.org, bob@example.org, dee@example.org</p>"));
+  EXPECT_TRUE(html.contains("<p><b>CC:</b><br>\n    eve@example.org</p>"));
+}
+
+TEST_F(MailReportTest, UnknownAssigneeYieldsAKeyButNoAddress)
+{
+  tyRestTicket stale = Ticket(1);
+  stale.lastUpdate = Stamp(QDateTimeFromDateTime(CNow - 30));
+  FIn.Tickets = {stale}; // unassigned and stale: user id 0
+  const TReportOutput out = Generate();
+  EXPECT_EQ(out.NbUnassigned, 1);
+  EXPECT_EQ(out.NbWithoutUpdate, 1);
+  ASSERT_EQ(out.RecipientTo.size(), 1);
+  EXPECT_EQ(out.RecipientTo[0].id, 0);
+  EXPECT_TRUE(out.SlRecipientTo.isEmpty());
+}
+
+TEST_F(MailReportTest, IncompleteRetrievalIsNeverAnAllClear)
+{
+  FIn.RetrievalWarning = "the retrieval was incomplete: the tickets of Beta could not be read";
+  const QStringList html = Generate().HtmlContent;
+  const qsizetype warning = IndexOf(
+      html, "    <p><strong>WARNING: the retrieval was incomplete: the tickets of Beta could not be read</strong></p>");
+  ASSERT_GE(warning, 0);
+  EXPECT_LT(warning, IndexOf(html, "<h2>Unassigned after 15 minutes</h2>"));
+}
+
+TEST(HtmlSafety, ServiceTextStaysHtmlButCannotRun)
+{
+  EXPECT_EQ(NeutraliseActiveHtml("<b>R&D</b> a<b"), "<b>R&D</b> a<b");
+  EXPECT_EQ(NeutraliseActiveHtml("x<script>alert(1)</script>"), "x&lt;script>alert(1)&lt;/script>");
+  EXPECT_EQ(NeutraliseActiveHtml("<IFRAME src=x></iframe>"), "&lt;IFRAME src=x>&lt;/iframe>");
+  EXPECT_EQ(NeutraliseActiveHtml("<img src=x onerror=\"alert(1)\">"), "<img src=x data-blocked-onerror=\"alert(1)\">");
+  EXPECT_EQ(NeutraliseActiveHtml("<a href=\"JavaScript:go()\">go</a>"), "<a href=\"blocked:go()\">go</a>");
+  EXPECT_EQ(NeutraliseActiveHtml("online = yes, javascript: is text"), "online = yes, javascript: is text");
+}
