@@ -1,8 +1,10 @@
 #include "report/HtmlSafety.h"
 #include "report/MailReport.h"
+#include "report/ReportFiles.h"
 #include "support/TempConfig.h"
 #include "tickets/ColourStore.h"
 
+#include <QFile>
 #include <gtest/gtest.h>
 
 namespace {
@@ -264,4 +266,29 @@ TEST(HtmlSafety, ServiceTextStaysHtmlButCannotRun)
   EXPECT_EQ(NeutraliseActiveHtml("<img src=x onerror=\"alert(1)\">"), "<img src=x data-blocked-onerror=\"alert(1)\">");
   EXPECT_EQ(NeutraliseActiveHtml("<a href=\"JavaScript:go()\">go</a>"), "<a href=\"blocked:go()\">go</a>");
   EXPECT_EQ(NeutraliseActiveHtml("online = yes, javascript: is text"), "online = yes, javascript: is text");
+}
+
+TEST_F(MailReportTest, InteractiveFilesUseTheirOwnEncodings)
+{
+  FIn.TeamsOperators = {{10, 1}};
+  FIn.Operators = {Operator(1, QString::fromUtf8("zoë@example.org"))};
+  FIn.Tickets = {Ticket(1)};
+  const TReportOutput out = Generate();
+  const QString base = FConfig.File("quorvex-followup");
+  EXPECT_EQ(SaveReportFiles(base, out), base + ".html");
+
+  QFile to(base + ".to");
+  ASSERT_TRUE(to.open(QIODevice::ReadOnly));
+  EXPECT_EQ(to.readAll(), QString::fromUtf8("zoë@example.org\r\n").toUtf8());
+  QFile cc(base + ".cc");
+  ASSERT_TRUE(cc.open(QIODevice::ReadOnly));
+  EXPECT_TRUE(cc.readAll().isEmpty());
+  QFile html(base + ".html");
+  ASSERT_TRUE(html.open(QIODevice::ReadOnly));
+  const QByteArray bytes = html.readAll();
+  ASSERT_TRUE(bytes.startsWith(QByteArray("\xFF\xFE<\0!\0", 6))); // UTF-16LE with its mark
+  const QString text = QString::fromUtf16(reinterpret_cast<const char16_t *>(bytes.constData() + 2),
+                                          (bytes.size() - 2) / 2);
+  EXPECT_TRUE(text.startsWith("<!DOCTYPE html>\r\n<html>\r\n"));
+  EXPECT_TRUE(text.endsWith("</html>\r\n"));
 }
