@@ -1,8 +1,9 @@
 #include "TfmChooseOrga.h"
 
+
+#include "gui/DialogLayout.h"
 #include "tickets/Selection.h"
 
-#include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QListWidget>
 #include <QPushButton>
@@ -82,15 +83,7 @@ TfmChooseOrga::TfmChooseOrga(const tyRestOrganizations &organizations,
   PageControl->addTab(CheckPage(clbOrga, [this](int tag) { OrgaButton(tag); }), QStringLiteral("Organizations"));
   PageControl->addTab(CheckPage(clbTeams, [this](int tag) { TeamButton(tag); }), QStringLiteral("Teams"));
 
-  auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("bbtOk"));
-  buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("bbtCancel"));
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-
-  auto *layout = new QVBoxLayout(this);
-  layout->addWidget(PageControl);
-  layout->addWidget(buttons);
+  SetOkCancelLayout(this, PageControl);
 
   ShowOrgas();
   UpdateTeams();

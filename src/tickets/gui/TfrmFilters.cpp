@@ -1,8 +1,9 @@
 #include "TfrmFilters.h"
 
+
+#include "gui/DialogLayout.h"
 #include "core/uTools.h"
 
-#include <QDialogButtonBox>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -62,15 +63,7 @@ TfrmFilters::TfrmFilters(QWidget *parent) : QDialog(parent)
   PageControl->addTab(DelayPage(), QStringLiteral("Delay"));
   PageControl->addTab(StatusPage(), QStringLiteral("Status to be ignored (tickets not updated)"));
 
-  auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("bbtOk"));
-  buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("bbtCancel"));
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-
-  auto *layout = new QVBoxLayout(this);
-  layout->addWidget(PageControl);
-  layout->addWidget(buttons);
+  SetOkCancelLayout(this, PageControl);
 }
 
 QWidget *TfrmFilters::NumberRow(QLineEdit *&edit, const char *name, const QString &label)

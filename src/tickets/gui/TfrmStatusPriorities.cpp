@@ -1,12 +1,13 @@
 #include "TfrmStatusPriorities.h"
 
+
+#include "gui/DialogLayout.h"
 #include "core/uTools.h"
 #include "tickets/ColourStore.h"
 
 #include <QApplication>
 #include <QColorDialog>
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QLabel>
 #include <QListWidget>
 #include <QMouseEvent>
@@ -151,15 +152,7 @@ TfrmStatusPriorities::TfrmStatusPriorities(const tyRestObjects &statuses, const 
   PageControl->addTab(statusPage, QStringLiteral("Status"));
   PageControl->addTab(priorityPage, QStringLiteral("Priorities"));
 
-  auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("bbtOk"));
-  buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("bbtCancel"));
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-
-  auto *layout = new QVBoxLayout(this);
-  layout->addWidget(PageControl);
-  layout->addWidget(buttons);
+  SetOkCancelLayout(this, PageControl);
 
   ShowStatus();
   ShowPriorities();
