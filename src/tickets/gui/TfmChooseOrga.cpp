@@ -1,6 +1,5 @@
 #include "TfmChooseOrga.h"
 
-
 #include "gui/DialogLayout.h"
 #include "tickets/Selection.h"
 

@@ -1,8 +1,7 @@
 #include "TfrmFilters.h"
 
-
-#include "gui/DialogLayout.h"
 #include "core/uTools.h"
+#include "gui/DialogLayout.h"
 
 #include <QGroupBox>
 #include <QHBoxLayout>

@@ -1,8 +1,7 @@
 #include "TfrmStatusPriorities.h"
 
-
-#include "gui/DialogLayout.h"
 #include "core/uTools.h"
+#include "gui/DialogLayout.h"
 #include "tickets/ColourStore.h"
 
 #include <QApplication>
