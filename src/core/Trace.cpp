@@ -9,6 +9,7 @@
 Q_LOGGING_CATEGORY(lcCore, "quorvex.core")
 Q_LOGGING_CATEGORY(lcSettings, "quorvex.settings")
 Q_LOGGING_CATEGORY(lcApp, "quorvex.app")
+Q_LOGGING_CATEGORY(lcRest, "quorvex.rest")
 
 namespace {
 

@@ -1,0 +1,100 @@
+#include "RestParse.h"
+
+#include <QJsonArray>
+#include <QJsonValue>
+#include <cmath>
+#include <limits>
+
+bool ReadBoolean(const QJsonObject &object, const QString &key, bool &value)
+{
+  const QJsonValue member = object.value(key);
+  if (!member.isBool())
+    return false;
+  value = member.toBool();
+  return true;
+}
+
+bool ReadInteger(const QJsonObject &object, const QString &key, std::int32_t &value)
+{
+  const QJsonValue member = object.value(key);
+  if (!member.isDouble())
+    return false;
+  const double number = member.toDouble();
+  if (number != std::trunc(number) || number < std::numeric_limits<std::int32_t>::min() ||
+      number > std::numeric_limits<std::int32_t>::max())
+    return false;
+  value = static_cast<std::int32_t>(number);
+  return true;
+}
+
+bool ReadString(const QJsonObject &object, const QString &key, QString &value)
+{
+  const QJsonValue member = object.value(key);
+  if (!member.isString())
+    return false;
+  value = member.toString();
+  return true;
+}
+
+void ParseBoolean(const QJsonObject &object, const QString &key, bool &value)
+{
+  value = false;
+  ReadBoolean(object, key, value);
+}
+
+void ParseInteger(const QJsonObject &object, const QString &key, std::int32_t &value)
+{
+  value = -1;
+  ReadInteger(object, key, value);
+}
+
+void ParseString(const QJsonObject &object, const QString &key, QString &value)
+{
+  value.clear();
+  ReadString(object, key, value);
+}
+
+namespace {
+// Fills id and the text member of a small reference object of the service.
+template <typename TSub>
+void ParseSub(const QJsonObject &object, const QString &key, TSub &value, QString TSub::*text,
+              const QString &textKey)
+{
+  value = TSub{};
+  const QJsonValue member = object.value(key);
+  if (!member.isObject())
+    return;
+  const QJsonObject sub = member.toObject();
+  ReadInteger(sub, QStringLiteral("id"), value.id);
+  ReadString(sub, textKey, value.*text);
+}
+} // namespace
+
+void ParseSubName(const QJsonObject &object, const QString &key, tyRestSubName &value)
+{
+  ParseSub(object, key, value, &tyRestSubName::name, QStringLiteral("name"));
+}
+
+void ParseSubDesc(const QJsonObject &object, const QString &key, tyRestSubDescription &value)
+{
+  ParseSub(object, key, value, &tyRestSubDescription::description, QStringLiteral("description"));
+}
+
+void ParseSubRef(const QJsonObject &object, const QString &key, tyRestSubReference &value)
+{
+  ParseSub(object, key, value, &tyRestSubReference::reference, QStringLiteral("reference"));
+}
+
+QList<tyRestSubName> ReadSubNames(const QJsonObject &object, const QString &key)
+{
+  QList<tyRestSubName> names;
+  const QJsonArray items = object.value(key).toArray();
+  names.reserve(items.size());
+  for (const QJsonValue &item : items) {
+    tyRestSubName name;
+    ReadInteger(item.toObject(), QStringLiteral("id"), name.id);
+    ReadString(item.toObject(), QStringLiteral("name"), name.name);
+    names.append(name);
+  }
+  return names;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "uTypes.h"
+
+#include <QJsonObject>
+#include <QString>
+#include <cstdint>
+
+// Helpers that read one member of a JSON object into a record field. Each first
+// presets the target; a member that is absent, null or of another type leaves the
+// preset in place.
+
+// Preset false.
+void ParseBoolean(const QJsonObject &object, const QString &key, bool &value);
+// Preset -1, so that an absent integer reads as -1.
+void ParseInteger(const QJsonObject &object, const QString &key, std::int32_t &value);
+// Preset empty.
+void ParseString(const QJsonObject &object, const QString &key, QString &value);
+// Preset id 0 and empty text; then "id" and "name" of the member when it is an object.
+void ParseSubName(const QJsonObject &object, const QString &key, tyRestSubName &value);
+// Same with "id" and "description".
+void ParseSubDesc(const QJsonObject &object, const QString &key, tyRestSubDescription &value);
+// Same with "id" and "reference".
+void ParseSubRef(const QJsonObject &object, const QString &key, tyRestSubReference &value);
+
+// Readers that change the target only when the member is present with the right
+// type, so a record field keeps its zero value otherwise; they return whether they
+// read it. An integer must be a whole number that fits in 32 bits.
+bool ReadBoolean(const QJsonObject &object, const QString &key, bool &value);
+bool ReadInteger(const QJsonObject &object, const QString &key, std::int32_t &value);
+bool ReadString(const QJsonObject &object, const QString &key, QString &value);
+
+// Every element of the array member `key` as an {"id","name"} record, in order.
+QList<tyRestSubName> ReadSubNames(const QJsonObject &object, const QString &key);

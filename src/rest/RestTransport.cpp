@@ -1,0 +1,132 @@
+#include "RestTransport.h"
+
+#include "RestErrors.h"
+#include "core/Trace.h"
+
+#include <QBuffer>
+#include <QEventLoop>
+#include <QHostAddress>
+#include <QNetworkAccessManager>
+#include <QNetworkProxyFactory>
+#include <QNetworkReply>
+#include <QSslCertificate>
+#include <QSslError>
+#include <QTimer>
+
+namespace {
+
+const char *const CExtraCaVariable = "QUORVEX_EXTRA_CA_CERTS";
+
+// The system's proxy settings, except for the loopback interface that no proxy
+// can serve.
+class TSystemProxyFactory : public QNetworkProxyFactory
+{
+public:
+  QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery &query) override
+  {
+    const QString host = query.peerHostName();
+    if (host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0 || QHostAddress(host).isLoopback())
+      return {QNetworkProxy(QNetworkProxy::NoProxy)};
+    return systemProxyForQuery(query);
+  }
+};
+
+QSslConfiguration MakeSslConfiguration()
+{
+  QSslConfiguration ssl = QSslConfiguration::defaultConfiguration();
+  ssl.setPeerVerifyMode(QSslSocket::VerifyPeer);
+  const QString extraPath = qEnvironmentVariable(CExtraCaVariable);
+  if (extraPath.isEmpty())
+    return ssl;
+  const QList<QSslCertificate> extra = QSslCertificate::fromPath(extraPath, QSsl::Pem);
+  if (extra.isEmpty())
+    TraceError(lcRest(), QStringLiteral("%1 names \"%2\", which holds no readable PEM certificate")
+                             .arg(QLatin1String(CExtraCaVariable), extraPath));
+  ssl.addCaCertificates(extra);
+  return ssl;
+}
+
+QString HostOf(const QUrl &url)
+{
+  return url.port() > 0 ? QStringLiteral("%1:%2").arg(url.host()).arg(url.port()) : url.host();
+}
+
+QString TransportErrorText(const QUrl &url, const QNetworkReply &reply, const QList<QSslError> &sslErrors)
+{
+  const QString address = url.toString();
+  switch (reply.error()) {
+  case QNetworkReply::ConnectionRefusedError:
+    return QStringLiteral("Connection refused by %1 (%2): is the service running?").arg(HostOf(url), address);
+  case QNetworkReply::HostNotFoundError:
+    return QStringLiteral("Host \"%1\" not found (%2): check the instance name").arg(url.host(), address);
+  case QNetworkReply::SslHandshakeFailedError: {
+    QStringList reasons;
+    for (const QSslError &error : sslErrors)
+      reasons.append(error.errorString());
+    if (reasons.isEmpty())
+      reasons.append(reply.errorString());
+    return QStringLiteral("The certificate of %1 is not trusted (%2): %3")
+        .arg(HostOf(url), address, reasons.join(QLatin1String("; ")));
+  }
+  default:
+    return QStringLiteral("Network error on %1: %2").arg(address, reply.errorString());
+  }
+}
+
+} // namespace
+
+TRestTransport::TRestTransport(QNetworkAccessManager &manager) : FManager(manager), FSsl(MakeSslConfiguration())
+{
+  FManager.setProxyFactory(new TSystemProxyFactory); // the manager takes ownership
+}
+
+TRestTransport::TAnswer TRestTransport::Send(const QByteArray &method, const QUrl &url, const THeaders &headers,
+                                             const QByteArray &body, bool withBody)
+{
+  QNetworkRequest request(url);
+  request.setSslConfiguration(FSsl);
+  request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+  for (const auto &[name, value] : headers)
+    request.setRawHeader(name, value);
+
+  QBuffer outgoing;
+  outgoing.setData(body);
+  outgoing.open(QIODevice::ReadOnly);
+  QNetworkReply *const reply = FManager.sendCustomRequest(request, method, withBody ? &outgoing : nullptr);
+
+  QList<QSslError> sslErrors;
+  QObject::connect(reply, &QNetworkReply::sslErrors, reply,
+                   [&sslErrors](const QList<QSslError> &errors) { sslErrors.append(errors); });
+  bool timedOut = false;
+  QEventLoop loop;
+  QTimer timer;
+  timer.setSingleShot(true);
+  QObject::connect(&timer, &QTimer::timeout, reply, [&timedOut, reply] {
+    timedOut = true;
+    reply->abort();
+  });
+  QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+  if (!reply->isFinished()) {
+    timer.start(FTimeout);
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    timer.stop();
+  }
+
+  const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+  if (timedOut || !status.isValid()) {
+    const QString message =
+        timedOut ? QStringLiteral("No answer from %1 within %2 s (%3)")
+                       .arg(HostOf(url))
+                       .arg(FTimeout.count() / 1000.0)
+                       .arg(url.toString())
+                 : TransportErrorText(url, *reply, sslErrors);
+    reply->deleteLater();
+    throw ERestTransportError(message);
+  }
+  TAnswer answer;
+  answer.Status = status.toInt();
+  answer.StatusText = reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
+  answer.Body = reply->readAll();
+  reply->deleteLater();
+  return answer;
+}

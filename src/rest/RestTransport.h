@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QPair>
+#include <QSslConfiguration>
+#include <QString>
+#include <QUrl>
+#include <chrono>
+
+class QNetworkAccessManager;
+
+// One HTTP exchange with the service, synchronous from the caller's view: a local
+// event loop runs while the reply is pending, so windows keep painting.
+// Every request has a time-out, uses the system proxy and verifies TLS, trusting
+// the system's certificate authorities plus those of the PEM file named by the
+// environment variable QUORVEX_EXTRA_CA_CERTS.
+class TRestTransport
+{
+public:
+  using THeaders = QList<QPair<QByteArray, QByteArray>>;
+
+  struct TAnswer
+  {
+    int Status = 0;        // HTTP status code
+    QString StatusText;    // HTTP reason phrase
+    QByteArray Body;
+  };
+
+  static constexpr std::chrono::milliseconds CDefaultTimeout{60000};
+
+  explicit TRestTransport(QNetworkAccessManager &manager);
+
+  // Sends the request and waits for the answer. Any HTTP status is an answer;
+  // only a failure to get one raises ERestTransportError, whose text tells a
+  // refused connection, an unknown host, an untrusted certificate and a time-out
+  // apart. `body` is sent only when `withBody` is true, whatever the method.
+  TAnswer Send(const QByteArray &method, const QUrl &url, const THeaders &headers,
+               const QByteArray &body = {}, bool withBody = false);
+
+  void SetTimeout(std::chrono::milliseconds timeout) { FTimeout = timeout; }
+
+private:
+  QNetworkAccessManager &FManager;
+  QSslConfiguration FSsl;
+  std::chrono::milliseconds FTimeout = CDefaultTimeout;
+};

@@ -1,0 +1,134 @@
+#include "dRest.h"
+
+#include "RestErrors.h"
+#include "core/Trace.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QUrl>
+
+namespace {
+
+// The token never appears in clear in a trace: its first characters are enough
+// to tell two tokens apart.
+QString MaskToken(const QString &token)
+{
+  return token.left(6) + QChar(0x2026);
+}
+
+QByteArray FormValue(const QString &value)
+{
+  return QUrl::toPercentEncoding(value);
+}
+
+// Expiry of the stored token: (TokenValidity - 9) hours after the last request.
+// The arithmetic is that of 32-bit integers, and an overflow is an error.
+TDateTime TokenExpiry(const tyAPIAccess &api)
+{
+  std::int32_t hours = 0;
+  std::int32_t minutes = 0;
+  if (__builtin_sub_overflow(api.TokenValidity, 9, &hours) || __builtin_mul_overflow(hours, 60, &minutes))
+    throw ERangeError(QStringLiteral("Token validity of %1 hours is out of range").arg(api.TokenValidity));
+  return api.TokenRequest + minutes / (24.0 * 60.0);
+}
+
+} // namespace
+
+TdmRest::TdmRest(QNetworkAccessManager &manager) : FTransport(manager)
+{
+  const TraceScope trace(lcRest(), "TdmRest.DataModuleCreate");
+}
+
+TdmRest::~TdmRest()
+{
+  const TraceScope trace(lcRest(), "TdmRest.DataModuleDestroy");
+}
+
+QString TdmRest::GetQuorvexItsmUrl(const tyQuorvexITSM &settings)
+{
+  if (settings.SaaS)
+    return QStringLiteral("https://") + settings.Instance + u'.' + QStringLiteral(QUORVEX_SAAS_DOMAIN);
+  return QStringLiteral("https://") + settings.Instance;
+}
+
+bool TdmRest::GetToken(tyQuorvexITSM &settings)
+{
+  const TraceScope trace(lcRest(), "TdmRest.GetToken");
+  BeginCall();
+  const QString url = GetQuorvexItsmUrl(settings) + QStringLiteral("/oauth/token");
+  TraceValue(lcRest(), "URL", url);
+
+  tyAPIAccess &api = settings.API;
+  if (!api.Token.isEmpty() && TokenExpiry(api) > NowDateTime()) {
+    FToken = api.Token;
+    qCDebug(lcRest()).noquote() << QStringLiteral("Utilisation du précédent Token: ") + MaskToken(FToken);
+    return true;
+  }
+
+  const QByteArray body = "grant_type=password&client_id=" + FormValue(api.ClientID) + '&' +
+                          "client_secret=" + FormValue(api.ClientSecret) + '&' +
+                          "username=" + FormValue(api.Username) + '&' +
+                          "password=" + FormValue(api.Password) + '&' +
+                          "scope=" + FormValue(QStringLiteral("public-api"));
+  TRestTransport::TAnswer answer;
+  try {
+    answer = FTransport.Send("POST", QUrl(url), {{"Content-Type", "application/x-www-form-urlencoded"}}, body, true);
+  } catch (const ERestTransportError &error) {
+    FLastFailed = true;
+    FLastError = error.Message();
+    throw;
+  }
+  api.TokenRequest = NowDateTime();
+
+  if (answer.Status != 200) {
+    Fail(QStringLiteral("Erreur OAuth2: %1 - %2").arg(answer.Status).arg(answer.StatusText));
+    return false;
+  }
+  const QJsonValue token = QJsonDocument::fromJson(answer.Body).object().value(QStringLiteral("access_token"));
+  if (!token.isString() || token.toString().isEmpty()) {
+    Fail(QStringLiteral("Erreur : Token non trouvé dans la réponse"));
+    return false;
+  }
+  FToken = token.toString();
+  api.Token = FToken;
+  qCDebug(lcRest()).noquote() << QStringLiteral("Token reçu : ") + MaskToken(FToken);
+  return true;
+}
+
+bool TdmRest::TokenOk() const
+{
+  const TraceScope trace(lcRest(), "TdmRest.TokenOk");
+  const bool result = !FToken.isEmpty();
+  qCDebug(lcRest()).noquote() << "Result =" << (result ? "True" : "False");
+  return result;
+}
+
+void TdmRest::BeginCall()
+{
+  FLastFailed = false;
+  FLastError.clear();
+}
+
+void TdmRest::Fail(const QString &message)
+{
+  TraceError(lcRest(), message);
+  if (!FLastFailed)
+    FLastError = message;
+  FLastFailed = true;
+}
+
+QString TdmRest::QueryUrl(const tyQuorvexITSM &settings, const QString &path)
+{
+  const QString url = GetQuorvexItsmUrl(settings) + path;
+  TraceValue(lcRest(), "BaseURL", url);
+  return url;
+}
+
+QByteArray TdmRest::Execute(const QString &url, const QByteArray &method, const QByteArray *jsonBody)
+{
+  TRestTransport::THeaders headers{{"Authorization", "Bearer " + FToken.toUtf8()}};
+  if (jsonBody)
+    headers.append({QByteArrayLiteral("Content-Type"), QByteArrayLiteral("application/json")});
+  return FTransport.Send(method, QUrl(url), headers, jsonBody ? *jsonBody : QByteArray(), jsonBody != nullptr)
+      .Body;
+}

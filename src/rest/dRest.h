@@ -1,0 +1,84 @@
+#pragma once
+
+#include "RestTransport.h"
+#include "uTypes.h"
+
+#include <QJsonArray>
+#include <QString>
+#include <chrono>
+#include <cstdint>
+
+class QNetworkAccessManager;
+
+// The service client: builds the service's address, obtains and keeps the OAuth2
+// access token, and runs the queries that fill the service records. It is used
+// from the user-interface thread only; each call blocks until the service has
+// answered (windows keep painting meanwhile).
+//
+// A query never raises for a bad answer or a network failure: it writes the
+// failure to the trace and returns what it has, usually an empty list. Besides,
+// LastCallFailed() tells whether the last call could not retrieve everything, so
+// that an unattended run can tell "nothing there" from "could not retrieve".
+class TdmRest
+{
+public:
+  // The manager is used for every request and must outlive the module.
+  explicit TdmRest(QNetworkAccessManager &manager);
+  ~TdmRest();
+  TdmRest(const TdmRest &) = delete;
+  TdmRest &operator=(const TdmRest &) = delete;
+
+  // "https://" + Instance, followed by "." and the hosted service's domain when
+  // SaaS is set. No trailing slash. An on-premise Instance may carry a port
+  // ("host.example:8443").
+  static QString GetQuorvexItsmUrl(const tyQuorvexITSM &settings);
+
+  // Reuses settings.API.Token while it is younger than TokenValidity - 9 hours,
+  // otherwise asks the service for a new one with the password grant. Sets
+  // TokenRequest whenever a request was answered, and Token when a new one came.
+  // Returns whether a token is in force. A transport failure (unknown host,
+  // refused connection, untrusted certificate, time-out) raises
+  // ERestTransportError; a token validity whose hours overflow raises ERangeError.
+  bool GetToken(tyQuorvexITSM &settings);
+
+  // True when the module holds a token; a failed renewal does not clear it.
+  bool TokenOk() const;
+
+  // Every open ticket of the organization, 500 a page; `search` restricts them
+  // to the service's matches of that text when not empty.
+  tyRestTickets GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
+                                    const QString &search);
+  // Repository objects of a module and type list, e.g. "TICKETING" and "TICKET_STATUS".
+  tyRestObjects GET_Objects(const tyQuorvexITSM &settings, const QString &module, const QString &types);
+  tyRestOrganizations GET_OrganizationsList(const tyQuorvexITSM &settings);
+  // With WithOrganizations, one more request per team fills its organizations.
+  tyRestTeams GET_Teams(const tyQuorvexITSM &settings, bool WithOrganizations);
+  // The first 500 operators.
+  tyRestOperators GET_OperatorsList(const tyQuorvexITSM &settings);
+
+  // Whether the last call (token or query) failed to retrieve what it asked for,
+  // and the first failure's text. An empty list that the service really gave is
+  // not a failure.
+  bool LastCallFailed() const { return FLastFailed; }
+  QString LastError() const { return FLastError; }
+
+  void SetTimeout(std::chrono::milliseconds timeout) { FTransport.SetTimeout(timeout); }
+
+private:
+  void BeginCall();
+  // Writes the error trace and remembers the failure.
+  void Fail(const QString &message);
+  // Base address + `path`, traced as the query's address.
+  static QString QueryUrl(const tyQuorvexITSM &settings, const QString &path);
+  // Sends one request with the bearer token (and a JSON body when `jsonBody` is
+  // not null) and returns the body of the answer.
+  QByteArray Execute(const QString &url, const QByteArray &method, const QByteArray *jsonBody);
+  // Body of a list answer as a JSON array, or an empty array after the matching
+  // failure trace.
+  QJsonArray ArrayAnswer(const QByteArray &body);
+
+  TRestTransport FTransport;
+  QString FToken;
+  bool FLastFailed = false;
+  QString FLastError;
+};

@@ -1,0 +1,240 @@
+// Reference data of the service: statuses and priorities, organizations, teams,
+// operators.
+
+#include "RestErrors.h"
+#include "RestMapping.h"
+#include "RestParse.h"
+#include "core/Trace.h"
+#include "dRest.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+
+const QString CEmptyAnswer = QStringLiteral("Réponse API vide.");
+const QString CInvalidJson = QStringLiteral("Réponse JSON invalide.");
+const QString CArrayExpected = QStringLiteral("Format JSON incorrect, tableau attendu.");
+const QString CObjectExpected = QStringLiteral("Format JSON incorrect, objet attendu.");
+const QString CEmptyArray = QStringLiteral("Le tableau JSON est vide.");
+const QString CApiError = QStringLiteral("Erreur API : ");
+
+QJsonValue RequiredMember(const QJsonObject &item, const QString &key, qsizetype index, const QString &url)
+{
+  const QJsonValue value = item.value(key);
+  if (value.isUndefined())
+    throw ERestFormatError(
+        QStringLiteral("Member \"%1\" missing in item %2 of %3").arg(key).arg(index).arg(url));
+  return value;
+}
+
+QString RequiredString(const QJsonObject &item, const QString &key, qsizetype index, const QString &url)
+{
+  const QJsonValue value = RequiredMember(item, key, index, url);
+  if (!value.isString())
+    throw ERestFormatError(
+        QStringLiteral("Member \"%1\" of item %2 of %3 is not a text").arg(key).arg(index).arg(url));
+  return value.toString();
+}
+
+bool RequiredBoolean(const QJsonObject &item, const QString &key, qsizetype index, const QString &url)
+{
+  const QJsonValue value = RequiredMember(item, key, index, url);
+  if (!value.isBool())
+    throw ERestFormatError(
+        QStringLiteral("Member \"%1\" of item %2 of %3 is not a boolean").arg(key).arg(index).arg(url));
+  return value.toBool();
+}
+
+// "id" of an organization: -1 when absent, an error when not a 32-bit integer.
+std::int32_t StrictId(const QJsonObject &item, qsizetype index, const QString &url)
+{
+  if (!item.contains(QStringLiteral("id")))
+    return -1;
+  std::int32_t id = 0;
+  if (!ReadInteger(item, QStringLiteral("id"), id))
+    throw ERestFormatError(QStringLiteral("Member \"id\" of item %1 of %2 is not an integer").arg(index).arg(url));
+  return id;
+}
+
+} // namespace
+
+QJsonArray TdmRest::ArrayAnswer(const QByteArray &body)
+{
+  if (body.isEmpty()) {
+    Fail(CEmptyAnswer);
+    return {};
+  }
+  QJsonParseError error;
+  const QJsonDocument document = QJsonDocument::fromJson(body, &error);
+  if (error.error != QJsonParseError::NoError) {
+    Fail(CInvalidJson);
+    return {};
+  }
+  if (!document.isArray()) {
+    Fail(CArrayExpected);
+    return {};
+  }
+  if (document.array().isEmpty())
+    TraceError(lcRest(), CEmptyArray); // an empty list, not a failure to get it
+  return document.array();
+}
+
+tyRestObjects TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString &module, const QString &types)
+{
+  const TraceScope trace(lcRest(), "TdmRest.GET_Objects");
+  BeginCall();
+  qCDebug(lcRest()).noquote() << QStringLiteral("module = ") + module;
+  qCDebug(lcRest()).noquote() << QStringLiteral("types = ") + types;
+  tyRestObjects result;
+  try {
+    // module and types go into the address as they are: callers pass capitals
+    // and underscores only.
+    const QString url =
+        QueryUrl(settings, QStringLiteral("/api/repository/objects?module=") + module + QStringLiteral("&types=") + types);
+    const QByteArray emptyObject = "{}";
+    const QByteArray body = Execute(url, "GET", &emptyObject);
+    if (body.isEmpty()) {
+      Fail(CEmptyAnswer);
+      return result;
+    }
+    const QJsonDocument document = QJsonDocument::fromJson(body);
+    if (!document.isArray()) {
+      // Not a list of objects: nothing to show. Kept out of the error lines, but
+      // the caller still learns that nothing could be read.
+      qCDebug(lcRest()) << "The answer is not a JSON array";
+      FLastFailed = true;
+      FLastError = QStringLiteral("The answer of %1 is not a JSON array").arg(url);
+      return result;
+    }
+    const QJsonArray items = document.array();
+    TraceValue(lcRest(), "ContentArray.Count", items.size());
+    result.resize(items.size());
+    for (qsizetype i = 0; i < items.size(); ++i) {
+      const QJsonObject item = items.at(i).toObject();
+      tyRestObject &object = result[i];
+      ParseInteger(item, QStringLiteral("id"), object.id);
+      ParseString(item, QStringLiteral("module"), object.module);
+      ParseSubName(item, QStringLiteral("organization"), object.organization);
+      ParseString(item, QStringLiteral("reference"), object._reference);
+      ParseString(item, QStringLiteral("subType"), object.subType);
+      ParseString(item, QStringLiteral("type"), object._type);
+    }
+  } catch (const EQuorvexError &error) {
+    Fail(CApiError + error.Message());
+  }
+  return result;
+}
+
+tyRestOrganizations TdmRest::GET_OrganizationsList(const tyQuorvexITSM &settings)
+{
+  const TraceScope trace(lcRest(), "TdmRest.GET_OrganizationsList");
+  BeginCall();
+  tyRestOrganizations result;
+  try {
+    const QString url = QueryUrl(settings, QStringLiteral("/api/organization/list"));
+    const QJsonArray items = ArrayAnswer(Execute(url, "GET", nullptr));
+    if (items.isEmpty())
+      return result;
+    TraceValue(lcRest(), "JSONArray.Count", items.size());
+    // Read strictly: the first item that lacks a member stops the reading, and
+    // the items after it stay blank.
+    result.resize(items.size());
+    for (qsizetype i = 0; i < items.size(); ++i) {
+      const QJsonObject item = items.at(i).toObject();
+      tyRestOrganization organization;
+      organization.id = StrictId(item, i, url);
+      organization.name = RequiredString(item, QStringLiteral("name"), i, url);
+      organization.monitoringAndInfrastructureModuleEnabled =
+          RequiredBoolean(item, QStringLiteral("monitoringAndInfrastructureModuleEnabled"), i, url);
+      organization.passwordModuleEnabled = RequiredBoolean(item, QStringLiteral("passwordModuleEnabled"), i, url);
+      organization.ticketingModuleEnabled = RequiredBoolean(item, QStringLiteral("ticketingModuleEnabled"), i, url);
+      result[i] = organization;
+    }
+  } catch (const EQuorvexError &error) {
+    Fail(CApiError + error.Message());
+  }
+  return result;
+}
+
+tyRestTeams TdmRest::GET_Teams(const tyQuorvexITSM &settings, bool WithOrganizations)
+{
+  const TraceScope trace(lcRest(), "TdmRest.GET_Teams");
+  BeginCall();
+  qCDebug(lcRest()).noquote() << "WithOrganizations =" << (WithOrganizations ? "True" : "False");
+  tyRestTeams result;
+  try {
+    const QJsonArray items = ArrayAnswer(Execute(QueryUrl(settings, QStringLiteral("/api/teams")), "POST", nullptr));
+    result.resize(items.size());
+    for (qsizetype i = 0; i < items.size(); ++i) {
+      const QJsonObject item = items.at(i).toObject();
+      ParseInteger(item, QStringLiteral("id"), result[i].id);
+      ParseString(item, QStringLiteral("name"), result[i].name);
+      ParseString(item, QStringLiteral("remarks"), result[i].remarks);
+      result[i].members = ReadSubNames(item, QStringLiteral("members"));
+    }
+    if (!WithOrganizations)
+      return result;
+    for (tyRestTeam &team : result) {
+      const QByteArray body =
+          Execute(QueryUrl(settings, QStringLiteral("/api/teams/") + QString::number(team.id)), "GET", nullptr);
+      if (body.isEmpty()) {
+        Fail(CEmptyAnswer);
+        continue;
+      }
+      QJsonParseError error;
+      const QJsonDocument document = QJsonDocument::fromJson(body, &error);
+      if (error.error != QJsonParseError::NoError) {
+        Fail(CInvalidJson);
+        continue;
+      }
+      if (!document.isObject()) {
+        Fail(CObjectExpected);
+        continue;
+      }
+      std::int32_t detailId = 0;
+      ParseInteger(document.object(), QStringLiteral("id"), detailId);
+      TraceValue(lcRest(), "id", detailId);
+      team.organizations = ReadSubNames(document.object(), QStringLiteral("organizations"));
+    }
+  } catch (const EQuorvexError &error) {
+    Fail(CApiError + error.Message());
+  }
+  return result;
+}
+
+tyRestOperators TdmRest::GET_OperatorsList(const tyQuorvexITSM &settings)
+{
+  const TraceScope trace(lcRest(), "TdmRest.GET_OperatorsList");
+  BeginCall();
+  tyRestOperators result;
+  try {
+    const QString url = QueryUrl(settings, QStringLiteral("/api/operators/list"));
+    // One page of 500 only: larger accounts are not expected.
+    const QByteArray request = R"({"pageRequest":{"page":0,"pageSize":500}})";
+    const QByteArray body = Execute(url, "POST", &request);
+    if (body.isEmpty()) {
+      Fail(CEmptyAnswer);
+      return result;
+    }
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(body, &error);
+    if (error.error != QJsonParseError::NoError) {
+      Fail(CInvalidJson);
+      return result;
+    }
+    if (!document.isObject())
+      throw ERestFormatError(QStringLiteral("The answer of %1 is not a JSON object").arg(url));
+    const QJsonArray items = document.object().value(QStringLiteral("content")).toArray();
+    if (items.isEmpty())
+      return result;
+    TraceValue(lcRest(), "ContentArray.Count", items.size());
+    result.reserve(items.size());
+    for (const QJsonValue &item : items)
+      result.append(OperatorFromJson(item.toObject()));
+  } catch (const EQuorvexError &error) {
+    Fail(CApiError + error.Message());
+  }
+  return result;
+}

@@ -1,0 +1,95 @@
+// The open-ticket list, read page by page.
+
+#include "RestJson.h"
+#include "RestMapping.h"
+#include "RestParse.h"
+#include "core/Errors.h"
+#include "core/Trace.h"
+#include "dRest.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+
+constexpr std::int32_t CPageSize = 500;
+
+// The paging request travels in the body of the GET, as the service expects.
+QByteArray PageRequest(std::int32_t organizationId, std::int32_t page, const QString &search)
+{
+  QJsonObject body{{QStringLiteral("organizationId"), organizationId},
+                   {QStringLiteral("page"), page},
+                   {QStringLiteral("pageSize"), CPageSize}};
+  if (!search.isEmpty())
+    body.insert(QStringLiteral("search"), search);
+  body.insert(QStringLiteral("sort"),
+              QJsonArray{QJsonObject{{QStringLiteral("column"), QStringLiteral("assignedUser")},
+                                     {QStringLiteral("dir"), QStringLiteral("ASC")}}});
+  return AsciiJson(body); // QJsonObject keeps its members sorted, which is the order wanted
+}
+
+} // namespace
+
+tyRestTickets TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
+                                           const QString &search)
+{
+  const TraceScope trace(lcRest(), "TdmRest.GET_TicketsListOpen");
+  BeginCall();
+  TraceValue(lcRest(), "organizationId", organizationId);
+  TraceValue(lcRest(), "Search", search);
+  const QString url = QueryUrl(settings, QStringLiteral("/api/ticket/list/open"));
+
+  tyRestTickets result;
+  std::int32_t page = 0;
+  qsizetype stored = 0;
+  std::int32_t totalPages = -1;
+  std::int32_t totalElements = -1; // unknown until a page tells it
+  for (;;) {
+    TraceValue(lcRest(), "Page", page);
+    try {
+      const QByteArray request = PageRequest(organizationId, page, search);
+      const QByteArray body = Execute(url, "GET", &request);
+      if (body.isEmpty()) {
+        Fail(QStringLiteral("RESTResponse.Content = \"\""));
+        return result;
+      }
+      const QJsonDocument document = QJsonDocument::fromJson(body);
+      if (!document.isObject()) {
+        Fail(QStringLiteral("NOT Assigned(JSONResponse) OR NOT (JSONResponse IS TJSONObject)"));
+        return result;
+      }
+      const QJsonObject answer = document.object();
+      ReadInteger(answer, QStringLiteral("totalNumberOfPages"), totalPages);
+      ReadInteger(answer, QStringLiteral("totalNumberOfElements"), totalElements);
+      const QJsonValue content = answer.value(QStringLiteral("content"));
+      if (!content.isArray()) {
+        Fail(QStringLiteral("NOT JSONObject.TryGetValue<TJSONArray>('content', ContentArray)"));
+        return result;
+      }
+      const QJsonArray items = content.toArray();
+      if (items.isEmpty()) {
+        // On the first page it only means that the organization has no open
+        // ticket; a later page announced but empty leaves the list incomplete.
+        if (page == 0)
+          TraceError(lcRest(), QStringLiteral("ContentArray.Count = 0"));
+        else
+          Fail(QStringLiteral("ContentArray.Count = 0"));
+        return result;
+      }
+      result.resize(stored + items.size());
+      for (qsizetype i = 0; i < items.size(); ++i)
+        TicketFromJson(items.at(i).toObject(), result[stored + i]);
+    } catch (const EQuorvexError &error) {
+      Fail(QStringLiteral("Erreur API : ") + error.Message());
+    }
+    ++page;
+    if (page <= totalPages)
+      stored = result.size();
+    if (page + 1 > totalPages)
+      break;
+  }
+  if (totalElements >= 0 && result.size() > totalElements)
+    result.resize(totalElements);
+  return result;
+}
