@@ -1,0 +1,94 @@
+#pragma once
+
+#include "DemoCertificate.h"
+
+#include <QByteArray>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QList>
+#include <QObject>
+#include <QPair>
+#include <QSet>
+#include <QString>
+#include <memory>
+
+class QHttpServer;
+class QHttpServerRequest;
+
+// Faults the demo service can be told to make, for tests and demonstrations.
+struct TDemoFaults
+{
+  bool RefuseToken = false; // the token endpoint answers 401
+  int DelayMs = 0;          // every answer waits this long
+  int Surplus = 0;          // items added to each ticket page beyond its announced total
+  // Raw bodies given instead of the real answer: for a path ("/api/teams"), and
+  // for the open-ticket list optionally one page only (-1: every page).
+  struct TBody
+  {
+    QString Path;
+    int Page = -1;
+    QByteArray Body;
+    int Status = 200;
+  };
+  QList<TBody> Bodies;
+
+  static TDemoFaults FromJson(const QJsonObject &object);
+};
+
+// One request as the service received it.
+struct TDemoRequest
+{
+  QByteArray Method;
+  QString Target; // path and query
+  QList<QPair<QByteArray, QByteArray>> Headers;
+  QByteArray Body;
+
+  QByteArray Header(const QByteArray &name) const;
+};
+
+// A small stand-in for the Quorvex ITSM service: the token endpoint and the
+// queries of the follow-up tool, over HTTPS on 127.0.0.1, from one JSON data set
+// (see DemoData.h for its shape). Bearer tokens are checked; the paging request
+// of the ticket list is read from the body of the GET. Faults are set from code
+// or by POSTing them as JSON to /demo/faults.
+class TDemoService : public QObject
+{
+public:
+  explicit TDemoService(QJsonObject data, QObject *parent = nullptr);
+  ~TDemoService() override;
+
+  // Starts listening on 127.0.0.1 (port 0: any free one) and returns the port.
+  // Raises std::runtime_error when the port cannot be had.
+  quint16 Listen(quint16 port = 0);
+  quint16 Port() const { return FPort; }
+  QString Instance() const; // "127.0.0.1:<port>", the on-premise instance name
+  const QByteArray &CertificatePem() const { return FCertificate.CertificatePem; }
+
+  void SetFaults(const TDemoFaults &faults) { FFaults = faults; }
+  const QList<TDemoRequest> &Requests() const { return FRequests; }
+  void ClearRequests() { FRequests.clear(); }
+
+private:
+  struct TAnswer
+  {
+    int Status = 200;
+    QByteArray Body;
+  };
+
+  TAnswer Dispatch(const TDemoRequest &request);
+  TAnswer Token(const TDemoRequest &request);
+  TAnswer TicketsOpen(const TDemoRequest &request);
+  TAnswer Objects(const TDemoRequest &request) const;
+  TAnswer Team(int id) const;
+  TAnswer Operators(const TDemoRequest &request) const;
+  bool Authorized(const TDemoRequest &request) const;
+  const TDemoFaults::TBody *ReplacedBody(const QString &path, int page) const;
+
+  QJsonObject FData;
+  TDemoCertificate FCertificate;
+  std::unique_ptr<QHttpServer> FServer;
+  quint16 FPort = 0;
+  TDemoFaults FFaults;
+  QList<TDemoRequest> FRequests;
+  QSet<QByteArray> FTokens;
+};
