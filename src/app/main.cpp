@@ -10,11 +10,13 @@
 #include "core/SecretCodec.h"
 #include "core/Trace.h"
 #include "gui/TfrmMain.h"
+#include "rest/dRest.h"
 #include "state/TMainState.h"
 
 #include <QApplication>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QNetworkAccessManager>
 #include <QTextStream>
 #include <cstdio>
 #include <iostream>
@@ -61,7 +63,9 @@ int RunWindow(int argc, char *argv[], const QString &exeFileName)
     return CExitOk;
   }
 
-  TMainState state(exeFileName, [](const QString &warning) {
+  QNetworkAccessManager network;
+  TdmRest rest(network);
+  TMainState state(exeFileName, rest, [](const QString &warning) {
     QMessageBox::warning(nullptr, CApplicationTitle, warning);
   });
   try {

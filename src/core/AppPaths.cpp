@@ -12,12 +12,16 @@ namespace {
 
 QString WithExtension(const QString &fileName, const QString &extension)
 {
-  const QFileInfo info(fileName);
-  const QString base = info.suffix().isEmpty() ? info.fileName() : info.completeBaseName();
-  return base + extension;
+  return ExeBaseName(fileName) + extension;
 }
 
 } // namespace
+
+QString ExeBaseName(const QString &exeFileName)
+{
+  const QFileInfo info(exeFileName);
+  return info.suffix().isEmpty() ? info.fileName() : info.completeBaseName();
+}
 
 QString BaseFolder()
 {
@@ -27,19 +31,19 @@ QString BaseFolder()
 
 QString IniFileNameFor(const QString &exeFileName)
 {
-  QString name = WithExtension(QFileInfo(exeFileName).fileName(), QStringLiteral(".ini"));
+  QString name = WithExtension(exeFileName, QStringLiteral(".ini"));
   return name.remove(QStringLiteral("_debug"), Qt::CaseInsensitive);
 }
 
 QString LogFileNameFor(const QString &exeFileName, const QString &stamp)
 {
-  return WithExtension(QFileInfo(exeFileName).fileName(), QString()) + u'_' + stamp + QStringLiteral(".log");
+  return WithExtension(exeFileName, QString()) + u'_' + stamp + QStringLiteral(".log");
 }
 
 QString TraceLogPathFor(const QString &iniPath, const QString &exeFileName)
 {
   return QFileInfo(iniPath).absolutePath() + u'/' +
-         WithExtension(QFileInfo(exeFileName).fileName(), QStringLiteral(".log"));
+         WithExtension(exeFileName, QStringLiteral(".log"));
 }
 
 tyAppPaths InitFichIniLocation(const QString &exeFileName)

@@ -17,6 +17,9 @@ struct tyAppPaths
 // <config location>/Vellmor/vlmQuorvexITSM/. It is not created here.
 QString BaseFolder();
 
+// The executable's file name without folder and without its extension.
+QString ExeBaseName(const QString &exeFileName);
+
 // Settings file name for an executable file name (no folder): extension changed to
 // ".ini", every "_debug" removed whatever its case.
 QString IniFileNameFor(const QString &exeFileName);

@@ -6,14 +6,19 @@
 #include "rest/gui/TfrmSetQuorvexItsmConfig.h"
 #include "state/TMainState.h"
 #include "tickets/GridExport.h"
+#include "tickets/gui/TfmChooseOrga.h"
 #include "tickets/gui/TfrmFilters.h"
+#include "tickets/gui/TfrmLoading.h"
+#include "tickets/gui/TfrmStatusPriorities.h"
 #include "TfrmAbout.h"
 
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QIcon>
+#include <QDesktopServices>
 #include <QFileDialog>
+#include <QUrl>
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
@@ -48,6 +53,7 @@ static void InitIconResources() { Q_INIT_RESOURCE(icons); }
 TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FState(state)
 {
   InitIconResources();
+  FProgress = std::make_unique<TWindowProgress>(this);
   setObjectName(QStringLiteral("frmMain"));
   setWindowTitle(QStringLiteral("Quorvex ITSM tickets follow-up"));
   setWindowIcon(Icon(QStringLiteral("quorvex-followup")));
@@ -111,6 +117,34 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
 
 TfrmMain::~TfrmMain() = default;
 
+void TfrmMain::bbtGetTicketsClick()
+{
+  FState.bbtGetTicketsClick(*FProgress);
+  asgTickets->resizeColumnsToContents();
+}
+
+void TfrmMain::bbtGET_Organization_ListClick()
+{
+  FState.bbtGET_Organization_ListClick(
+      *FProgress, [this](const tyRestOrganizations &organizations, tyRestOrganizations &selectedOrganizations,
+                         const tyRestTeams &teams, tyRestTeams &selectedTeams, const tyRestOrganizationsTeams &links) {
+        return ChooseOrga(organizations, selectedOrganizations, teams, selectedTeams, links, this);
+      });
+}
+
+void TfrmMain::bbtStatusAndPropertiesClick()
+{
+  FState.bbtStatusAndPropertiesClick([this](tyRestObjects &statuses, tyRestObjects &priorities, TColourStore &colours) {
+    return EditStatusAndPriorities(statuses, priorities, colours, this);
+  });
+}
+
+void TfrmMain::bbtGenerateMailClick()
+{
+  FState.bbtGenerateMailClick(
+      [](const QString &page) { QDesktopServices::openUrl(QUrl::fromLocalFile(page)); });
+}
+
 QToolButton *TfrmMain::AddStepButton(const char *objectName, const QString &caption, const QString &icon)
 {
   auto *button = new QToolButton(FButtonPanel);
@@ -170,6 +204,10 @@ void TfrmMain::WireButtons()
     connect(button, &QToolButton::clicked, this, [this, handler] { RunStep([this, handler] { (this->*handler)(); }); });
   };
   wire(bbtQuorvexItsmApi, &TfrmMain::bbtQuorvexItsmApiClick);
+  wire(bbtGetTickets, &TfrmMain::bbtGetTicketsClick);
+  wire(bbtGET_Organization_List, &TfrmMain::bbtGET_Organization_ListClick);
+  wire(bbtStatusAndProperties, &TfrmMain::bbtStatusAndPropertiesClick);
+  wire(bbtGenerateMail, &TfrmMain::bbtGenerateMailClick);
   wire(bbtFilter, &TfrmMain::bbtFilterClick);
   wire(bbtSaveGrid, &TfrmMain::bbtSaveGridClick);
   wire(bbtAbout, &TfrmMain::bbtAboutClick);

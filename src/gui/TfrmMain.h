@@ -2,11 +2,13 @@
 
 #include <QMainWindow>
 #include <functional>
+#include <memory>
 
 class QLabel;
 class QTableView;
 class QToolButton;
 class TMainState;
+class TWindowProgress;
 
 // The main window: one button per step, the mode image and the ticket grid. It
 // holds widgets only; the state and the steps live in TMainState.
@@ -30,6 +32,10 @@ private:
   void RunStep(const std::function<void()> &step);
   void WireButtons();
   void bbtQuorvexItsmApiClick();
+  void bbtGetTicketsClick();
+  void bbtGET_Organization_ListClick();
+  void bbtStatusAndPropertiesClick();
+  void bbtGenerateMailClick();
   void bbtFilterClick();
   void bbtSaveGridClick();
   void bbtAboutClick();
@@ -39,6 +45,7 @@ private:
   QToolButton *AddIconButton(const char *objectName, const QString &toolTip, const QString &icon);
 
   TMainState &FState;
+  std::unique_ptr<TWindowProgress> FProgress;
   QLabel *imgBigBrother = nullptr;
   QLabel *imgBigBrotherRed = nullptr;
   QTableView *asgTickets = nullptr;

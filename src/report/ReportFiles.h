@@ -10,6 +10,3 @@ struct TReportOutput;
 // (the report in UTF-16 little-endian with a byte-order mark). Returns the path
 // of the .html file. Raises EWriteError naming the file that cannot be written.
 QString SaveReportFiles(const QString &base, const TReportOutput &report);
-
-// Writes `lines` to `path` atomically, each followed by `lineBreak`.
-void SaveLines(const QString &path, const QStringList &lines, const QString &lineBreak, bool utf16WithBom);

@@ -4,13 +4,28 @@
 #include "core/Settings.h"
 #include "core/Trace.h"
 #include "tickets/ColourSettings.h"
+#include "tickets/ColourStore.h"
 #include "tickets/SelectionSettings.h"
 
 #include <QFileInfo>
 
-TMainState::TMainState(QString exeFileName, TWarningSink warningSink)
-    : FExeFileName(std::move(exeFileName)), FWarningSink(std::move(warningSink))
+TMainState::TMainState(QString exeFileName, TdmRest &rest, TWarningSink warningSink)
+    : FExeFileName(std::move(exeFileName)), FRest(rest), FWarningSink(std::move(warningSink))
 {
+}
+
+TMainState::~TMainState() = default;
+
+TColourStore &TMainState::Colours()
+{
+  if (!FColours || FColours->IniPath() != FFichINI)
+    FColours = std::make_unique<TColourStore>(FFichINI);
+  return *FColours;
+}
+
+QString TMainState::OutputBase() const
+{
+  return QFileInfo(FFichINI).absolutePath() + u'/' + ExeBaseName(FExeFileName);
 }
 
 void TMainState::FormCreate()

@@ -1,11 +1,18 @@
 #pragma once
 
 #include "core/ConfigTypes.h"
+#include "core/TDateTime.h"
+#include "report/HtmlTexts.h"
 #include "rest/uTypes.h"
 #include "tickets/TicketsModel.h"
 
 #include <QStringList>
 #include <functional>
+#include <memory>
+
+class TColourStore;
+class TLoadingProgress;
+class TdmRest;
 
 // Everything the main window owns for the program's lifetime, and the steps that
 // run on it. No widget lives here: the window and the unattended run drive the
@@ -17,7 +24,16 @@ public:
   // the window shows a message box, a headless run writes to stderr.
   using TWarningSink = std::function<void(const QString &)>;
 
-  explicit TMainState(QString exeFileName, TWarningSink warningSink = {});
+  // Dialogs the steps open, given by the window (tests give their own answers).
+  using TChooseOrga = std::function<bool(const tyRestOrganizations &organizations,
+                                         tyRestOrganizations &selectedOrganizations, const tyRestTeams &teams,
+                                         tyRestTeams &selectedTeams, const tyRestOrganizationsTeams &links)>;
+  using TEditColours = std::function<bool(tyRestObjects &statuses, tyRestObjects &priorities, TColourStore &colours)>;
+  // Shows the report file of an interactive run.
+  using TOpenFile = std::function<void(const QString &path)>;
+
+  TMainState(QString exeFileName, TdmRest &rest, TWarningSink warningSink = {});
+  ~TMainState();
 
   // Fixes the file locations and reads every settings group, in the order:
   // service, SMTP, organizations and teams, filters.
@@ -37,6 +53,25 @@ public:
   void SavePriorities();
   void SaveStatus();
 
+  // "Get tickets": the open tickets of every selected organization, flagged for
+  // the ten-exchanges notice, into FTickets and the grid; counts in FslLog.
+  void bbtGetTicketsClick(TLoadingProgress &progress);
+  // "Organizations && Teams": fetches the lists still empty, links them, and
+  // lets the user choose; the choice is saved on OK.
+  void bbtGET_Organization_ListClick(TLoadingProgress &progress, const TChooseOrga &chooseOrga);
+  // "Status && Priorities": fetches the lists still empty, gives each its colour,
+  // and lets the user change them; saved on OK.
+  void bbtStatusAndPropertiesClick(const TEditColours &editColours);
+  // "Generate Mail": the report in FHtmlContent and its recipients; an
+  // interactive run also writes the .to, .cc and .html files and opens the page.
+  void bbtGenerateMailClick(const TOpenFile &openFile = {});
+
+  // Colours and priority codes of the settings file.
+  TColourStore &Colours();
+  // Problems met by the last retrieval (no token, a ticket query that failed);
+  // empty when it was complete.
+  const QStringList &RetrievalFailures() const { return FRetrievalFailures; }
+
   // Trace log path: the settings folder + the executable name with ".log".
   QString TraceLogFile() const;
 
@@ -47,13 +82,14 @@ public:
   tyRestTeamsOperators FTeamsOperators;
   tyRestOrganizations FSelectedOrganizations;
   tyRestTeams FSelectedTeams;
-  tyRestTickets FExtractionTickets;
+  TDateTime FExtractionTickets = 0; // moment of the last retrieval
   tyRestTickets FTickets;
   QStringList FHtmlContent;
   QStringList FSlRecipientTo;
   QStringList FSlRecipientCc;
   tyRestOperators FRecipientTo; // primary recipients, completed from FOperators
   tyRestOperators FRecipientCC; // recipients in copy
+  tyHtmlTexts FHtmlTexts;
   tySMTPserver FSmtp;
   bool FAutomatic = false;
   std::int32_t FNbMinutes = 0;
@@ -72,7 +108,14 @@ public:
 
 private:
   void Warn(const QStringList &warnings) const;
+  // A token in force, renewed (and saved) when needed.
+  bool EnsureToken();
+  // <settings folder>/<executable name>: base of the report files.
+  QString OutputBase() const;
 
   QString FExeFileName;
+  TdmRest &FRest;
   TWarningSink FWarningSink;
+  std::unique_ptr<TColourStore> FColours;
+  QStringList FRetrievalFailures;
 };

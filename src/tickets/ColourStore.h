@@ -27,6 +27,8 @@ public:
   // text, remembered under [PriorityLong]. Empty when the text yields none.
   QString GetPriorityText(const QString &longText);
 
+  const QString &IniPath() const { return FIniPath; }
+
   // Default colour of a status name or short priority code (white when unknown).
   static TColor DefaultColor(const QString &kind, const QString &name);
 

@@ -1,5 +1,6 @@
 #include "gui/TfrmMain.h"
 #include "state/TMainState.h"
+#include "support/OfflineRest.h"
 #include "support/TempConfig.h"
 
 #include <QLabel>
@@ -10,7 +11,8 @@
 TEST(MainWindow, ShowsEveryStepWithItsCaption)
 {
   TTempConfig config;
-  TMainState state("quorvex-followup");
+  TOfflineRest offline;
+  TMainState state("quorvex-followup", offline.Rest);
   state.FormCreate();
   TfrmMain window(state);
   window.show();
@@ -52,7 +54,8 @@ TEST(MainWindow, ShowsEveryStepWithItsCaption)
 TEST(MainWindow, ModeImagesSwapForTheUnattendedRun)
 {
   TTempConfig config;
-  TMainState state("quorvex-followup");
+  TOfflineRest offline;
+  TMainState state("quorvex-followup", offline.Rest);
   TfrmMain window(state);
   window.show();
   const auto *normal = window.findChild<QLabel *>("imgBigBrother");
@@ -69,7 +72,8 @@ TEST(MainWindow, ModeImagesSwapForTheUnattendedRun)
 TEST(MainWindow, CloseButtonClosesTheWindow)
 {
   TTempConfig config;
-  TMainState state("quorvex-followup");
+  TOfflineRest offline;
+  TMainState state("quorvex-followup", offline.Rest);
   TfrmMain window(state);
   window.show();
   window.bbtClose->click();

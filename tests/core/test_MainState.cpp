@@ -1,6 +1,7 @@
 #include "core/SecretCodec.h"
 #include "core/Trace.h"
 #include "state/TMainState.h"
+#include "support/OfflineRest.h"
 #include "support/TempConfig.h"
 
 #include <QDir>
@@ -12,7 +13,8 @@ TEST(MainState, FormCreateOnAFreshAccountRunsWithDefaults)
   TTempConfig config;
   Trace::Install(false);
   QStringList warnings;
-  TMainState state("quorvex-followup", [&](const QString &w) { warnings << w; });
+  TOfflineRest offline;
+  TMainState state("quorvex-followup", offline.Rest, [&](const QString &w) { warnings << w; });
   state.FormCreate();
   const QString base = config.Root() + "/Vellmor/vlmQuorvexITSM/";
   EXPECT_EQ(state.FFichINI, base + "quorvex-followup.ini");
@@ -47,7 +49,8 @@ TEST(MainState, DamagedSecretIsReportedToThePerson)
   QDir().mkpath(base);
   WriteTextFile(base + "quorvex-followup.ini", "[QuorvexITSM]\nPassword=garbage!\nInstance=blue\n");
   QStringList warnings;
-  TMainState state("quorvex-followup", [&](const QString &w) { warnings << w; });
+  TOfflineRest offline;
+  TMainState state("quorvex-followup", offline.Rest, [&](const QString &w) { warnings << w; });
   state.FormCreate();
   ASSERT_EQ(warnings.size(), 1);
   EXPECT_TRUE(warnings[0].contains("\"Password\""));
@@ -60,7 +63,8 @@ TEST(MainState, SavedGroupsAreReadBackByTheNextStart)
 {
   TTempConfig config;
   {
-    TMainState state("quorvex-followup");
+    TOfflineRest offline;
+    TMainState state("quorvex-followup", offline.Rest);
     state.FormCreate();
     state.FICI.API.Password = "pw";
     state.FICI.Instance = QString::fromUtf8("zürich");
@@ -72,7 +76,8 @@ TEST(MainState, SavedGroupsAreReadBackByTheNextStart)
     state.SaveConfigOrgaAndTeams();
     state.FormDestroy();
   }
-  TMainState next("quorvex-followup");
+  TOfflineRest offlineNext;
+  TMainState next("quorvex-followup", offlineNext.Rest);
   next.FormCreate();
   EXPECT_EQ(next.FICI.API.Password, "pw");
   EXPECT_EQ(next.FICI.Instance, QString::fromUtf8("zürich"));

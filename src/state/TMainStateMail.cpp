@@ -1,0 +1,52 @@
+// The report steps of the main window.
+
+#include "TMainState.h"
+
+#include "core/Trace.h"
+#include "report/MailReport.h"
+#include "report/ReportFiles.h"
+#include "rest/dRest.h"
+#include "tickets/Selection.h"
+
+void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
+{
+  const TraceScope trace(lcApp(), "TfrmMain.bbtGenerateMailClick");
+  if (FTeamsOperators.isEmpty()) {
+    FOperators = FRest.GET_OperatorsList(FICI);
+    if (!FOperators.isEmpty())
+      FTeamsOperators = UpdateListTeamsOperators(FOperators);
+  }
+
+  TReportInput input;
+  input.Tickets = FTickets;
+  input.ExtractionTickets = FExtractionTickets;
+  input.NbMinutes = FNbMinutes;
+  input.NbDays = FNbDays;
+  input.StatusToIgnore = FStatusToIgnore;
+  input.SelectedOrganizations = FSelectedOrganizations;
+  input.SelectedTeams = FSelectedTeams;
+  input.TeamsOperators = FTeamsOperators;
+  input.Operators = FOperators;
+  input.HtmlTexts = FHtmlTexts;
+  input.ServiceUrl = TdmRest::GetQuorvexItsmUrl(FICI);
+  if (!FRetrievalFailures.isEmpty())
+    input.RetrievalWarning = QStringLiteral("the retrieval of the tickets was incomplete, this report may miss "
+                                            "tickets (") +
+                             FRetrievalFailures.join(QStringLiteral("; ")) + u')';
+
+  TReportOutput report = TMailReport(input, Colours()).Generate();
+  FHtmlContent = report.HtmlContent;
+  FSlRecipientTo = report.SlRecipientTo;
+  FSlRecipientCc = report.SlRecipientCc;
+  FRecipientTo = report.RecipientTo;
+  FRecipientCC = report.RecipientCC;
+  FNbUnassigned = report.NbUnassigned;
+  FNbWithoutUpdate = report.NbWithoutUpdate;
+  FNbGt10Exch = report.NbGt10Exch;
+
+  if (FAutomatic)
+    return;
+  const QString page = SaveReportFiles(OutputBase(), report);
+  if (openFile)
+    openFile(page);
+}
