@@ -102,6 +102,8 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
   asgTickets->setSelectionBehavior(QAbstractItemView::SelectRows);
   asgTickets->setEditTriggers(QAbstractItemView::NoEditTriggers);
   asgTickets->horizontalHeader()->setHighlightSections(false);
+  asgTickets->verticalHeader()->hide();
+  asgTickets->verticalHeader()->setDefaultSectionSize(asgTickets->fontMetrics().height() + 6);
 
   layout->addWidget(FButtonPanel);
   layout->addWidget(asgTickets, 1);
