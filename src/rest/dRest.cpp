@@ -59,7 +59,8 @@ bool TdmRest::GetToken(tyQuorvexITSM &settings)
   TraceValue(lcRest(), "URL", url);
 
   tyAPIAccess &api = settings.API;
-  if (!api.Token.isEmpty() && TokenExpiry(api) > NowDateTime()) {
+  const TDateTime expiry = TokenExpiry(api);
+  if (!api.Token.isEmpty() && expiry > NowDateTime()) {
     FToken = api.Token;
     qCDebug(lcRest()).noquote() << QStringLiteral("Utilisation du précédent Token: ") + MaskToken(FToken);
     return true;

@@ -1,0 +1,53 @@
+#include "RestFixture.h"
+
+#include "core/Trace.h"
+
+RestFixture::RestFixture()
+{
+  Trace::Install(false);
+  Trace::Clear();
+  Trace::AttachFile(FConfig.File("trace.log"));
+  WriteTextFile(FConfig.File("ca.pem"), FService.CertificatePem());
+  qputenv("QUORVEX_EXTRA_CA_CERTS", FConfig.File("ca.pem").toUtf8());
+  FService.Listen();
+  FRest = std::make_unique<TdmRest>(FManager);
+  FSettings.Instance = FService.Instance();
+  FSettings.API.ClientID = CTestClientId;
+  FSettings.API.ClientSecret = CTestSecret;
+  FSettings.API.Username = CTestUser;
+  FSettings.API.Password = QString::fromUtf8(CTestPassword);
+  FSettings.API.TokenValidity = 12;
+}
+
+RestFixture::~RestFixture()
+{
+  qunsetenv("QUORVEX_EXTRA_CA_CERTS");
+  Trace::Clear();
+}
+
+void RestFixture::SignIn()
+{
+  ASSERT_TRUE(FRest->GetToken(FSettings));
+  FService.ClearRequests();
+}
+
+QString RestFixture::TraceText() const
+{
+  return ReadTextFile(FConfig.File("trace.log"));
+}
+
+QStringList RestFixture::ErrorLines() const
+{
+  QStringList errors;
+  for (const QString &line : TraceText().split(u'\n'))
+    if (line.contains(QLatin1String(" ERROR ")))
+      errors.append(line.mid(line.indexOf(QLatin1String(" ERROR ")) + 7));
+  return errors;
+}
+
+void RestFixture::ReplaceBody(const QString &path, const QByteArray &body, int page)
+{
+  TDemoFaults faults;
+  faults.Bodies.append({path, page, body, 200});
+  FService.SetFaults(faults);
+}

@@ -1,0 +1,156 @@
+#include "RestFixture.h"
+
+#include "core/Trace.h"
+
+#include <QStringList>
+#include <algorithm>
+
+namespace {
+
+QByteArray PageBody(int organizationId, int page)
+{
+  return QString(R"({"organizationId":%1,"page":%2,"pageSize":500,"sort":[{"column":"assignedUser","dir":"ASC"}]})")
+      .arg(organizationId)
+      .arg(page)
+      .toUtf8();
+}
+
+const QByteArray CNotObject = "NOT Assigned(JSONResponse) OR NOT (JSONResponse IS TJSONObject)";
+const QByteArray CNoContent = "NOT JSONObject.TryGetValue<TJSONArray>('content', ContentArray)";
+
+} // namespace
+
+using TicketsList = RestFixture;
+
+TEST_F(TicketsList, ThreePagesAreAskedWithTheirBodyInTheGetAndJoinedInOrder)
+{
+  SignIn();
+  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  EXPECT_FALSE(FRest->LastCallFailed());
+
+  ASSERT_EQ(tickets.size(), 1203);
+  EXPECT_EQ(tickets.first().organization.id, 7);
+  ASSERT_EQ(FService.Requests().size(), 3);
+  for (int page = 0; page < 3; ++page) {
+    const TDemoRequest &request = FService.Requests().at(page);
+    EXPECT_EQ(request.Method, "GET");
+    EXPECT_EQ(request.Target, "/api/ticket/list/open");
+    EXPECT_EQ(request.Body, PageBody(7, page));
+    EXPECT_EQ(request.Header("Content-Type"), "application/json");
+    EXPECT_EQ(request.Header("Authorization"), "Bearer " + FSettings.API.Token.toUtf8());
+  }
+  const QString trace = TraceText();
+  EXPECT_TRUE(trace.contains("organizationId = 7"));
+  EXPECT_TRUE(trace.contains("Search = \"\""));
+  EXPECT_TRUE(trace.contains(QString("BaseURL = \"https://%1/api/ticket/list/open\"").arg(FService.Instance())));
+  EXPECT_TRUE(trace.contains("Page = 2"));
+}
+
+TEST_F(TicketsList, SearchTextTravelsAsPureAsciiWithEscapes)
+{
+  SignIn();
+  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 1, QString::fromUtf8(CNoticeFrench));
+  ASSERT_EQ(tickets.size(), 1);
+  EXPECT_EQ(tickets.first().id, 2);
+
+  const QByteArray body = FService.Requests().first().Body;
+  EXPECT_EQ(body, R"({"organizationId":1,"page":0,"pageSize":500,"search":"10 \u00e9changes ont \u00e9t\u00e9 )"
+                  R"(ajout\u00e9s automatiquement par le superviseur, aucun \u00e9change ne sera ajout\u00e9 lors )"
+                  R"(des prochaines ex\u00e9cutions du contr\u00f4le pour ce ticket",)"
+                  R"("sort":[{"column":"assignedUser","dir":"ASC"}]})");
+  EXPECT_TRUE(std::all_of(body.begin(), body.end(), [](char c) { return c >= 32 && c < 127; }));
+}
+
+TEST_F(TicketsList, ItemsAreMappedAndAnUnassignedTicketHasNoUser)
+{
+  SignIn();
+  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 1, "");
+  ASSERT_EQ(tickets.size(), 3);
+  const auto unassigned = std::find_if(tickets.begin(), tickets.end(), [](const tyRestTicket &t) { return t.id == 1; });
+  ASSERT_NE(unassigned, tickets.end());
+  EXPECT_EQ(unassigned->assignedUser.id, 0);
+  EXPECT_TRUE(unassigned->assignedUser.name.isEmpty());
+  EXPECT_EQ(unassigned->_type, "INCIDENT");
+  EXPECT_EQ(unassigned->status._reference, "NEW");
+  EXPECT_EQ(unassigned->status.category, "OPEN");
+  EXPECT_EQ(unassigned->priority.reference, "P1");
+  EXPECT_EQ(unassigned->resolutionDelay, 0) << "an absent ticket integer stays 0";
+}
+
+TEST_F(TicketsList, SurplusBeyondTheAnnouncedTotalIsDropped)
+{
+  SignIn();
+  TDemoFaults faults;
+  faults.Surplus = 2;
+  FService.SetFaults(faults);
+  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 1, "");
+  ASSERT_EQ(tickets.size(), 3);
+  for (const tyRestTicket &ticket : tickets)
+    EXPECT_LT(ticket.id, 900000);
+}
+
+TEST_F(TicketsList, OrganizationWithoutTicketsIsEmptyButNotAFailure)
+{
+  SignIn();
+  EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 2, "").isEmpty());
+  EXPECT_FALSE(FRest->LastCallFailed());
+  EXPECT_EQ(ErrorLines(), QStringList{"ContentArray.Count = 0"});
+}
+
+TEST_F(TicketsList, BadFirstPageGivesNothingAndReportsTheFailure)
+{
+  const QList<QPair<QByteArray, QByteArray>> rows{
+      {"", R"(RESTResponse.Content = "")"},
+      {"<html>gateway</html>", CNotObject},
+      {"[1,2]", CNotObject},
+      {R"({"totalNumberOfPages":1})", CNoContent},
+      {R"({"content":{}})", CNoContent},
+  };
+  SignIn();
+  for (const auto &[body, error] : rows) {
+    Trace::Clear();
+    Trace::AttachFile(FConfig.File("trace.log"));
+    ReplaceBody("/api/ticket/list/open", body);
+    EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 1, "").isEmpty()) << body.constData();
+    EXPECT_TRUE(FRest->LastCallFailed()) << body.constData();
+    EXPECT_EQ(ErrorLines(), QStringList{QString::fromUtf8(error)}) << body.constData();
+  }
+}
+
+TEST_F(TicketsList, BadLaterPageKeepsTheEarlierPages)
+{
+  SignIn();
+  const QList<QPair<QByteArray, QByteArray>> rows{
+      {"", R"(RESTResponse.Content = "")"},
+      {"garbage", CNotObject},
+      {R"({"totalNumberOfPages":3})", CNoContent},
+      {R"({"content":[]})", "ContentArray.Count = 0"},
+  };
+  for (const auto &[body, error] : rows) {
+    Trace::Clear();
+    Trace::AttachFile(FConfig.File("trace.log"));
+    ReplaceBody("/api/ticket/list/open", body, 1);
+    EXPECT_EQ(FRest->GET_TicketsListOpen(FSettings, 7, "").size(), 500) << body.constData();
+    EXPECT_TRUE(FRest->LastCallFailed()) << body.constData();
+    EXPECT_EQ(ErrorLines(), QStringList{QString::fromUtf8(error)}) << body.constData();
+  }
+}
+
+TEST_F(TicketsList, FirstPageThatCannotBeFetchedEndsTheQuery)
+{
+  SignIn();
+  TDemoFaults faults;
+  faults.DelayMs = 1500;
+  FService.SetFaults(faults);
+  FRest->SetTimeout(std::chrono::milliseconds(200));
+  EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 7, "").isEmpty()) << "a failed first page ends the query";
+  EXPECT_TRUE(FRest->LastCallFailed());
+  ASSERT_EQ(ErrorLines().size(), 1);
+  EXPECT_TRUE(ErrorLines().first().startsWith("Erreur API : No answer from")) << ErrorLines().first().toStdString();
+}
+
+TEST_F(TicketsList, WithoutTokenTheRefusalIsAFailure)
+{
+  EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 1, "").isEmpty());
+  EXPECT_TRUE(FRest->LastCallFailed());
+}
