@@ -118,7 +118,7 @@ TEST_F(Token, RefusedRequestKeepsTheStoredTokenAndTracesTheStatus)
 
 TEST_F(Token, AnswerWithoutAccessTokenIsAFailure)
 {
-  for (const QByteArray body : {QByteArray(R"({"token_type":"bearer"})"), QByteArray("[]"), QByteArray("garbage")}) {
+  for (const QByteArray &body : {QByteArray(R"({"token_type":"bearer"})"), QByteArray("[]"), QByteArray("garbage")}) {
     Trace::Clear();
     Trace::AttachFile(FConfig.File("trace.log"));
     ReplaceBody("/oauth/token", body);

@@ -1,0 +1,98 @@
+#include "core/ConfigTypes.h"
+#include "core/Trace.h"
+#include "rest/dRest.h"
+#include "support/TempConfig.h"
+
+#include <QNetworkAccessManager>
+#include <QProcess>
+#include <gtest/gtest.h>
+#include <algorithm>
+
+namespace {
+
+// The demo service program with its sample data, started on a free port; the
+// client trusts it through the certificate file it wrote.
+class DemoServiceProgram : public ::testing::Test
+{
+protected:
+  void SetUp() override
+  {
+    Trace::Install(false);
+    FProcess.setProgram(QUORVEX_DEMO_SERVICE_EXE);
+    FProcess.setArguments({"--ca-file", FConfig.File("demo-ca.pem")});
+    FProcess.start();
+    ASSERT_TRUE(FProcess.waitForStarted(10000)) << FProcess.errorString().toStdString();
+    // The last line it prints is the user name.
+    while (!FOutput.contains("Username: ") || !FOutput.endsWith(u'\n')) {
+      ASSERT_TRUE(FProcess.waitForReadyRead(10000)) << "the service printed: " << FOutput.toStdString();
+      FOutput += QString::fromUtf8(FProcess.readAllStandardOutput());
+    }
+    qputenv("QUORVEX_EXTRA_CA_CERTS", Line("CA certificate: ").toUtf8());
+    FRest = std::make_unique<TdmRest>(FManager);
+    FSettings.Instance = Line("Instance: ");
+    FSettings.API.ClientID = Line("Client ID: ");
+    FSettings.API.ClientSecret = "demo secret&=1";
+    FSettings.API.Username = Line("Username: ");
+    FSettings.API.Password = QString::fromUtf8("Pass word&=é");
+  }
+
+  void TearDown() override
+  {
+    qunsetenv("QUORVEX_EXTRA_CA_CERTS");
+    FProcess.kill();
+    FProcess.waitForFinished(5000);
+  }
+
+  QString Line(const QString &label) const
+  {
+    for (const QString &line : FOutput.split('\n'))
+      if (line.startsWith(label))
+        return line.mid(label.size());
+    return {};
+  }
+
+  TTempConfig FConfig;
+  QProcess FProcess;
+  QString FOutput;
+  QNetworkAccessManager FManager;
+  std::unique_ptr<TdmRest> FRest;
+  tyQuorvexITSM FSettings;
+};
+
+} // namespace
+
+TEST_F(DemoServiceProgram, SampleDataIsServedToTheClient)
+{
+  EXPECT_TRUE(Line("URL: ").startsWith("https://127.0.0.1:"));
+  ASSERT_TRUE(FRest->GetToken(FSettings));
+
+  const tyRestOrganizations organizations = FRest->GET_OrganizationsList(FSettings);
+  ASSERT_EQ(organizations.size(), 3);
+  EXPECT_EQ(std::count_if(organizations.begin(), organizations.end(),
+                          [](const tyRestOrganization &o) { return o.ticketingModuleEnabled; }),
+            2);
+  const tyRestTeams teams = FRest->GET_Teams(FSettings, true);
+  ASSERT_EQ(teams.size(), 5);
+  EXPECT_FALSE(teams.first().organizations.isEmpty());
+  const tyRestOperators operators = FRest->GET_OperatorsList(FSettings);
+  EXPECT_EQ(operators.size(), 40);
+  EXPECT_TRUE(std::any_of(operators.begin(), operators.end(),
+                          [](const tyRestOperator &o) { return o.status == "INACTIVE"; }));
+  EXPECT_EQ(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS").size(), 6);
+  EXPECT_EQ(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_PRIORITY").size(), 4);
+
+  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, organizations.first().id, "");
+  EXPECT_GT(tickets.size(), 100);
+  EXPECT_TRUE(std::any_of(tickets.begin(), tickets.end(), [](const tyRestTicket &t) { return t.assignedUser.id == 0; }));
+  const QStringList types{"INCIDENT", "REQUEST", "PROBLEM", "CHANGE"};
+  for (const QString &type : types)
+    EXPECT_TRUE(std::any_of(tickets.begin(), tickets.end(), [&type](const tyRestTicket &t) { return t._type == type; }))
+        << type.toStdString();
+  const tyRestTickets english = FRest->GET_TicketsListOpen(
+      FSettings, organizations.first().id,
+      "10 exchanges have been added automatically by the supervisor, no exchanges will be added to this ticket "
+      "during the next executions of the control");
+  EXPECT_FALSE(FRest->LastCallFailed());
+  EXPECT_FALSE(english.isEmpty());
+  EXPECT_LT(english.size(), tickets.size());
+}
