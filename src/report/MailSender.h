@@ -1,0 +1,45 @@
+#pragma once
+
+#include "core/ConfigTypes.h"
+#include "core/Errors.h"
+
+#include <QString>
+#include <QStringList>
+
+// A mail that could not be delivered to the SMTP server: refused connection,
+// TLS failure, refused login or recipient, timeout. The message names the server
+// and port and carries libcurl's text and the server's last reply.
+class ESmtpError : public EQuorvexError
+{
+  using EQuorvexError::EQuorvexError;
+};
+
+struct TMailMessage
+{
+  QStringList To;
+  QStringList Cc;
+  QString Subject;
+  QString Text; // plain-text body
+  QString Html; // HTML body; when empty the mail is plain text only
+};
+
+// Sends one mail through the SMTP server of `smtp` with libcurl:
+// - UseSSL on port 465: TLS from the first byte (smtps); UseSSL on any other
+//   port: STARTTLS, required; UseSSL off: no encryption;
+// - a login when a user name is set;
+// - the server's certificate always verified against the system's authorities
+//   and those of the PEM file named by QUORVEX_EXTRA_CA_CERTS;
+// - with both bodies, a multipart/alternative message (plain text, then HTML),
+//   both UTF-8; headers Date, From (smtp.From, or the built-in no-reply address),
+//   To, Cc (when any), Subject and Message-ID.
+// Every recipient of To and Cc gets the mail. Raises ESmtpError on any failure;
+// nothing is retried.
+void SendMail(const tySMTPserver &smtp, const TMailMessage &message);
+
+// The addresses of a list typed by a person: separated by commas or semicolons,
+// blanks around them ignored, empty entries dropped.
+QStringList SplitAddresses(const QString &addresses);
+
+// The header value for a text: as it is when plain ASCII, else RFC 2047 encoded
+// words in UTF-8 (each at most 75 characters long).
+QByteArray EncodeHeaderText(const QString &text);

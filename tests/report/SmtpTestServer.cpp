@@ -1,0 +1,74 @@
+#include "SmtpTestServer.h"
+
+#include "DemoCertificate.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QTcpServer>
+
+TSmtpTestServer::TSmtpTestServer(const TOptions &options)
+{
+  const TDemoCertificate certificate = MakeDemoCertificate();
+  const QString key = FDir.filePath(QStringLiteral("key.pem"));
+  for (const auto &[path, pem] : {std::pair{CertificateFile(), certificate.CertificatePem}, std::pair{key, certificate.KeyPem}}) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(pem) != pem.size())
+      FFailure = QStringLiteral("cannot write ") + path;
+  }
+  QDir(FDir.path()).mkdir(QStringLiteral("out"));
+
+  static const char *const modes[] = {"plain", "starttls", "smtps"};
+  QStringList arguments{QStringLiteral(QUORVEX_SMTP_TEST_SERVER), QStringLiteral("--mode"),
+                        QLatin1String(modes[options.Mode]), QStringLiteral("--port"), QString::number(options.Port),
+                        QStringLiteral("--cert"), CertificateFile(), QStringLiteral("--key"), key,
+                        QStringLiteral("--out"), FDir.filePath(QStringLiteral("out"))};
+  if (!options.User.isEmpty())
+    arguments << QStringLiteral("--user") << options.User << QStringLiteral("--password") << options.Password;
+  for (const QString &refused : options.RefusedRecipients)
+    arguments << QStringLiteral("--refuse") << refused;
+
+  FProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  FProcess.start(QStringLiteral(QUORVEX_SYSTEM_PYTHON), arguments);
+  while (FProcess.waitForReadyRead(10000) || FProcess.canReadLine()) {
+    if (!FProcess.canReadLine())
+      continue;
+    const QByteArray line = FProcess.readLine().trimmed();
+    if (line.startsWith("READY ")) {
+      FPort = line.mid(6).toInt();
+      break;
+    }
+  }
+  if (FPort == 0 && FFailure.isEmpty())
+    FFailure = QStringLiteral("the SMTP test server did not start: ") + FProcess.errorString();
+  qputenv("QUORVEX_EXTRA_CA_CERTS", CertificateFile().toUtf8());
+}
+
+TSmtpTestServer::~TSmtpTestServer()
+{
+  qunsetenv("QUORVEX_EXTRA_CA_CERTS");
+  FProcess.closeWriteChannel();
+  if (!FProcess.waitForFinished(5000)) {
+    FProcess.kill();
+    FProcess.waitForFinished(2000);
+  }
+}
+
+QList<QJsonObject> TSmtpTestServer::Messages() const
+{
+  QList<QJsonObject> messages;
+  const QDir out(FDir.filePath(QStringLiteral("out")));
+  for (const QString &name : out.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name)) {
+    QFile file(out.filePath(name));
+    if (file.open(QIODevice::ReadOnly))
+      messages.append(QJsonDocument::fromJson(file.readAll()).object());
+  }
+  return messages;
+}
+
+int UnusedPort()
+{
+  QTcpServer probe;
+  probe.listen(QHostAddress::LocalHost, 0);
+  return probe.serverPort();
+}

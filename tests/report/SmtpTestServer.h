@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QList>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+// A real SMTP server (aiosmtpd, see smtp_test_server.py) on 127.0.0.1 for the
+// life of the object. Its certificate is made fresh and trusted through
+// QUORVEX_EXTRA_CA_CERTS while the object lives.
+class TSmtpTestServer
+{
+public:
+  enum TMode { Plain, StartTls, ImplicitTls };
+  struct TOptions
+  {
+    TMode Mode = Plain;
+    int Port = 0; // 0: any free port
+    QString User; // empty: no login asked
+    QString Password;
+    QStringList RefusedRecipients;
+  };
+
+  explicit TSmtpTestServer(const TOptions &options);
+  ~TSmtpTestServer();
+
+  bool Started() const { return FPort > 0; }
+  QString Failure() const { return FFailure; } // why it did not start
+  int Port() const { return FPort; }
+  QString CertificateFile() const { return FDir.filePath(QStringLiteral("cert.pem")); }
+
+  // Summaries of the messages received so far, oldest first (see the script).
+  QList<QJsonObject> Messages() const;
+
+private:
+  QTemporaryDir FDir;
+  QProcess FProcess;
+  int FPort = 0;
+  QString FFailure;
+};
+
+// A loopback port on which nothing listens.
+int UnusedPort();

@@ -1,0 +1,103 @@
+#!/usr/bin/env python3
+"""SMTP server of the mail tests, on 127.0.0.1.
+
+Prints "READY <port>" once it accepts connections and stops when its standard
+input closes. Each message received is summarised, parsed by Python's email
+package, as <n>.json in the output folder: envelope, session (TLS, login),
+headers and the text of every leaf part.
+"""
+import argparse
+import email
+import email.policy
+import json
+import logging
+import pathlib
+import socket
+import ssl
+import sys
+import warnings
+
+from aiosmtpd.controller import Controller
+from aiosmtpd.smtp import AuthResult
+
+
+class Recorder:
+    def __init__(self, folder, refused):
+        self.folder = pathlib.Path(folder)
+        self.refused = set(refused)
+        self.count = 0
+
+    async def handle_RCPT(self, server, session, envelope, address, rcpt_options):
+        if address in self.refused:
+            return "550 5.1.1 <%s>: mailbox unavailable" % address
+        envelope.rcpt_tos.append(address)
+        return "250 OK"
+
+    async def handle_DATA(self, server, session, envelope):
+        message = email.message_from_bytes(envelope.original_content, policy=email.policy.default)
+        headers = {}
+        for name in ("Subject", "From", "To", "Cc", "Date", "Message-ID", "Content-Type", "MIME-Version"):
+            if message[name] is not None:
+                headers[name] = str(message[name])
+        parts = [{"type": part.get_content_type(), "charset": part.get_content_charset(),
+                  "text": part.get_content()}
+                 for part in message.walk() if not part.is_multipart()]
+        summary = {"mail_from": envelope.mail_from, "rcpt_tos": envelope.rcpt_tos,
+                   "tls": session.ssl is not None or server.transport.get_extra_info("ssl_object") is not None,
+                   "authenticated": bool(session.authenticated),
+                   "content_type": message.get_content_type(), "headers": headers, "parts": parts}
+        self.count += 1
+        path = self.folder / ("%03d.json" % self.count)
+        path.with_suffix(".tmp").write_text(json.dumps(summary))
+        path.with_suffix(".tmp").rename(path)
+        return "250 Message accepted"
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--mode", choices=["plain", "starttls", "smtps"], default="plain")
+    parser.add_argument("--port", type=int, default=0)
+    parser.add_argument("--cert")
+    parser.add_argument("--key")
+    parser.add_argument("--user")
+    parser.add_argument("--password")
+    parser.add_argument("--refuse", action="append", default=[])
+    parser.add_argument("--out", required=True)
+    args = parser.parse_args()
+    # Refused handshakes and logins are what some tests are about: no tracebacks.
+    logging.getLogger("mail.log").setLevel(logging.CRITICAL)
+    # With smtps the whole session is TLS, which aiosmtpd's check does not see.
+    warnings.filterwarnings("ignore", message="Requiring AUTH while not requiring TLS")
+
+    port = args.port
+    if port == 0:
+        with socket.socket() as probe:
+            probe.bind(("127.0.0.1", 0))
+            port = probe.getsockname()[1]
+
+    options = {"hostname": "127.0.0.1", "port": port, "server_hostname": "localhost"}
+    if args.mode != "plain":
+        context = ssl.create_default_context(ssl.Purpose.CLIENT_AUTH)
+        context.load_cert_chain(args.cert, args.key)
+        if args.mode == "smtps":
+            options["ssl_context"] = context
+        else:
+            options["tls_context"] = context
+            options["require_starttls"] = True
+    if args.user:
+        def authenticator(server, session, envelope, mechanism, auth_data):
+            ok = auth_data.login.decode() == args.user and auth_data.password.decode() == args.password
+            return AuthResult(success=ok, handled=False)
+        options["authenticator"] = authenticator
+        options["auth_required"] = True
+        options["auth_require_tls"] = args.mode == "starttls"
+
+    controller = Controller(Recorder(args.out, args.refuse), **options)
+    controller.start()
+    print("READY %d" % port, flush=True)
+    sys.stdin.read()
+    controller.stop()
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,248 @@
+#include "SmtpTestServer.h"
+#include "report/MailSender.h"
+#include "report/ReportSending.h"
+#include "support/TempConfig.h"
+
+#include <QDateTime>
+#include <QJsonArray>
+#include <QRegularExpression>
+#include <gtest/gtest.h>
+
+namespace {
+
+const QString CUser = QStringLiteral("followup@vellmor.example");
+const QString CPassword = QStringLiteral("s3cret pass");
+
+QStringList Report()
+{
+  return {"<!DOCTYPE html>", "<html>", "  <head><title>Quorvex ITSM tickets follow-up</title></head>", "  <body>",
+          "    <h1>Quorvex ITSM tickets follow-up</h1>", "    <p>Équipe &amp; réseau</p>", "  </body>", "</html>"};
+}
+
+QStringList Strings(const QJsonValue &array)
+{
+  QStringList list;
+  for (const QJsonValue &value : array.toArray())
+    list.append(value.toString());
+  return list;
+}
+
+QString Header(const QJsonObject &message, const char *name)
+{
+  return message["headers"].toObject()[QLatin1String(name)].toString();
+}
+
+// The error raised by `send`, empty when none.
+template <typename TSend> QString ErrorOf(TSend send)
+{
+  try {
+    send();
+  } catch (const ESmtpError &error) {
+    return error.Message();
+  }
+  return {};
+}
+
+// A server that wants STARTTLS and a login, shared by the tests of the suite.
+class StartTlsSendingTest : public ::testing::Test
+{
+protected:
+  static void SetUpTestSuite()
+  {
+    FServer = new TSmtpTestServer({TSmtpTestServer::StartTls, 0, CUser, CPassword, {"nobody@vellmor.example"}});
+  }
+  static void TearDownTestSuite()
+  {
+    delete FServer;
+    FServer = nullptr;
+  }
+  void SetUp() override
+  {
+    ASSERT_TRUE(FServer->Started()) << FServer->Failure().toStdString();
+    qputenv("QUORVEX_EXTRA_CA_CERTS", FServer->CertificateFile().toUtf8());
+    FSmtp.Server = "127.0.0.1";
+    FSmtp.Port = FServer->Port();
+    FSmtp.UseSSL = true;
+    FSmtp.UserName = CUser;
+    FSmtp.Password = CPassword;
+    FSmtp.DefaultTo = "leads@vellmor.example; desk@vellmor.example";
+    FSmtp.DefaultCC = "itsm@vellmor.example,  audit@vellmor.example";
+    FSmtp.From = "noreply@vellmor.example";
+  }
+  qsizetype Received() const { return FServer->Messages().size(); }
+  QJsonObject Last() const { return FServer->Messages().last(); }
+
+  static TSmtpTestServer *FServer;
+  tySMTPserver FSmtp;
+};
+TSmtpTestServer *StartTlsSendingTest::FServer = nullptr;
+
+} // namespace
+
+TEST(SplitAddressesTest, CommasAndSemicolonsSeparateBlanksAndEmptiesAreDropped)
+{
+  EXPECT_EQ(SplitAddresses(" a@x.example ; b@x.example,c@x.example;; "),
+            (QStringList{"a@x.example", "b@x.example", "c@x.example"}));
+  EXPECT_TRUE(SplitAddresses("  ").isEmpty());
+}
+
+TEST(EncodeHeaderTextTest, AsciiStaysNonAsciiBecomesShortUtf8Words)
+{
+  EXPECT_EQ(EncodeHeaderText("Quorvex ITSM tickets follow-up"), QByteArray("Quorvex ITSM tickets follow-up"));
+  const QByteArray encoded = EncodeHeaderText(QString(40, QChar(0xE9)));
+  for (const QByteArray &word : encoded.split('\n')) {
+    EXPECT_TRUE(word.trimmed().startsWith("=?UTF-8?B?")) << word.toStdString();
+    EXPECT_LE(word.trimmed().size(), 75);
+  }
+  EXPECT_TRUE(encoded.contains("\r\n ")); // 80 bytes of UTF-8 need two words
+}
+
+TEST_F(StartTlsSendingTest, ReportReachesEveryReceiverAsAlternativeTextAndHtml)
+{
+  const QDateTime before = QDateTime::currentDateTime().addSecs(-2);
+  ASSERT_TRUE(SendReport(FSmtp, Report()));
+
+  const QJsonObject message = Last();
+  EXPECT_TRUE(message["tls"].toBool());
+  EXPECT_TRUE(message["authenticated"].toBool());
+  EXPECT_EQ(message["mail_from"].toString(), "noreply@vellmor.example");
+  EXPECT_EQ(Strings(message["rcpt_tos"]), (QStringList{"leads@vellmor.example", "desk@vellmor.example",
+                                                       "itsm@vellmor.example", "audit@vellmor.example"}));
+  EXPECT_EQ(Header(message, "Subject"), "Quorvex ITSM tickets follow-up");
+  EXPECT_EQ(Header(message, "From"), "noreply@vellmor.example");
+  EXPECT_EQ(Header(message, "To"), "leads@vellmor.example, desk@vellmor.example");
+  EXPECT_EQ(Header(message, "Cc"), "itsm@vellmor.example, audit@vellmor.example");
+  const QDateTime date = QDateTime::fromString(Header(message, "Date"), Qt::RFC2822Date);
+  EXPECT_TRUE(date.isValid()) << Header(message, "Date").toStdString();
+  EXPECT_GE(date, before);
+  EXPECT_TRUE(QRegularExpression("^<[0-9a-f-]{36}@vellmor\\.example>$").match(Header(message, "Message-ID")).hasMatch())
+      << Header(message, "Message-ID").toStdString();
+
+  EXPECT_EQ(message["content_type"].toString(), "multipart/alternative");
+  const QJsonArray parts = message["parts"].toArray();
+  ASSERT_EQ(parts.size(), 2);
+  EXPECT_EQ(parts[0]["type"].toString(), "text/plain");
+  EXPECT_EQ(parts[0]["charset"].toString(), "utf-8");
+  EXPECT_EQ(parts[0]["text"].toString(), "Quorvex ITSM tickets follow-up\r\n\r\nÉquipe & réseau");
+  EXPECT_EQ(parts[1]["type"].toString(), "text/html");
+  EXPECT_EQ(parts[1]["charset"].toString(), "utf-8");
+  EXPECT_EQ(parts[1]["text"].toString().trimmed(), Report().join("\r\n"));
+}
+
+TEST_F(StartTlsSendingTest, EmptyCopyGoesToTheMainReceiversOnly)
+{
+  FSmtp.DefaultCC = " ";
+  ASSERT_TRUE(SendReport(FSmtp, Report()));
+  const QJsonObject message = Last();
+  EXPECT_EQ(Strings(message["rcpt_tos"]), (QStringList{"leads@vellmor.example", "desk@vellmor.example"}));
+  EXPECT_FALSE(message["headers"].toObject().contains("Cc"));
+}
+
+TEST_F(StartTlsSendingTest, ReportOfFewerThanFiveLinesIsNotSent)
+{
+  const qsizetype before = Received();
+  EXPECT_FALSE(SendReport(FSmtp, Report().mid(0, 4)));
+  EXPECT_FALSE(SendReport(FSmtp, {}));
+  EXPECT_EQ(Received(), before);
+}
+
+TEST_F(StartTlsSendingTest, ServerRefusalsCarryTheServersWords)
+{
+  const QString server = QStringLiteral("127.0.0.1:%1").arg(FServer->Port());
+
+  FSmtp.Password = "wrong";
+  const QString login = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  EXPECT_TRUE(login.startsWith("Unable to send the mail through " + server + ": ")) << login.toStdString();
+  EXPECT_TRUE(login.contains("535")) << login.toStdString();
+
+  FSmtp.Password = CPassword;
+  FSmtp.DefaultCC = "nobody@vellmor.example";
+  const QString recipient = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  EXPECT_TRUE(recipient.contains(server)) << recipient.toStdString();
+  EXPECT_TRUE(recipient.contains("550 5.1.1 <nobody@vellmor.example>: mailbox unavailable")) << recipient.toStdString();
+
+  FSmtp.UseSSL = false;
+  FSmtp.DefaultCC.clear();
+  const QString clear = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  EXPECT_TRUE(clear.contains(server)) << clear.toStdString();
+  EXPECT_TRUE(clear.contains("530")) << clear.toStdString();
+}
+
+TEST_F(StartTlsSendingTest, UntrustedCertificateIsRefused)
+{
+  qunsetenv("QUORVEX_EXTRA_CA_CERTS");
+  const qsizetype before = Received();
+  const QString error = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  EXPECT_TRUE(error.contains(QStringLiteral("127.0.0.1:%1").arg(FServer->Port()))) << error.toStdString();
+  EXPECT_TRUE(error.contains("certificate", Qt::CaseInsensitive)) << error.toStdString();
+  EXPECT_EQ(Received(), before);
+}
+
+TEST_F(StartTlsSendingTest, UnreadableExtraCertificatesAreNamed)
+{
+  qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem");
+  const QString error = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  EXPECT_TRUE(error.contains("QUORVEX_EXTRA_CA_CERTS")) << error.toStdString();
+  EXPECT_TRUE(error.contains("/nonexistent/ca.pem")) << error.toStdString();
+}
+
+TEST(PlainSendingTest, GatewayTestAndEncodedSubjectWithoutEncryption)
+{
+  TSmtpTestServer server({});
+  ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
+  tySMTPserver smtp;
+  smtp.Server = "  127.0.0.1 ";
+  smtp.Port = server.Port();
+
+  SendTestMail(smtp, "tester@vellmor.example");
+  TMailMessage mail;
+  mail.To = {"a@vellmor.example"};
+  mail.Subject = QStringLiteral("Suivi des tickets – équipe réseau");
+  mail.Text = "line 1\n.\nline 3";
+  SendMail(smtp, mail);
+
+  const QList<QJsonObject> messages = server.Messages();
+  ASSERT_EQ(messages.size(), 2);
+  EXPECT_FALSE(messages[0]["tls"].toBool());
+  EXPECT_EQ(messages[0]["mail_from"].toString(), "noreply@vellmor.example");
+  EXPECT_EQ(Strings(messages[0]["rcpt_tos"]), QStringList{"tester@vellmor.example"});
+  EXPECT_EQ(Header(messages[0], "Subject"), "SMTP gateway test");
+  const QJsonArray parts = messages[0]["parts"].toArray();
+  ASSERT_EQ(parts.size(), 1);
+  EXPECT_EQ(parts[0]["type"].toString(), "text/plain");
+  EXPECT_EQ(parts[0]["text"].toString().trimmed(),
+            "This is an SMTP gateway test. If you can read this message, then the gateway is working correctly.");
+  EXPECT_EQ(Header(messages[1], "Subject"), QStringLiteral("Suivi des tickets – équipe réseau"));
+  EXPECT_EQ(messages[1]["parts"][0]["text"].toString().trimmed(), "line 1\r\n.\r\nline 3");
+}
+
+TEST(PlainSendingTest, RefusedConnectionNamesTheServer)
+{
+  tySMTPserver smtp;
+  smtp.Server = "127.0.0.1";
+  smtp.Port = UnusedPort();
+  smtp.DefaultTo = "a@vellmor.example";
+  const QString error = ErrorOf([&] { SendReport(smtp, Report()); });
+  EXPECT_TRUE(error.startsWith(QStringLiteral("Unable to send the mail through 127.0.0.1:%1: ").arg(smtp.Port)))
+      << error.toStdString();
+  EXPECT_TRUE(error.contains("connect", Qt::CaseInsensitive)) << error.toStdString();
+}
+
+TEST(ImplicitTlsSendingTest, Port465SpeaksTlsFromTheStart)
+{
+  TSmtpTestServer server({TSmtpTestServer::ImplicitTls, 465, CUser, CPassword, {}});
+  if (!server.Started())
+    GTEST_SKIP() << "port 465 is not available here: " << server.Failure().toStdString();
+  tySMTPserver smtp;
+  smtp.Server = "localhost";
+  smtp.Port = 465;
+  smtp.UseSSL = true;
+  smtp.UserName = CUser;
+  smtp.Password = CPassword;
+  smtp.DefaultTo = "leads@vellmor.example";
+  ASSERT_TRUE(SendReport(smtp, Report()));
+  const QList<QJsonObject> messages = server.Messages();
+  ASSERT_EQ(messages.size(), 1);
+  EXPECT_TRUE(messages[0]["tls"].toBool());
+  EXPECT_TRUE(messages[0]["authenticated"].toBool());
+}
