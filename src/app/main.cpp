@@ -1,5 +1,6 @@
 // Entry point of quorvex-followup: options that answer at once (--help,
-// --version, --encrypt), then the single-instance guard and the main window.
+// --version, --encrypt), then the single-instance guard, and the main window or
+// the unattended run.
 
 #include "CommandLine.h"
 #include "SingleInstance.h"
@@ -12,19 +13,20 @@
 #include "gui/TfrmMain.h"
 #include "rest/dRest.h"
 #include "state/TMainState.h"
+#include "state/UnattendedRun.h"
+#include "tickets/LoadingProgress.h"
 
 #include <QApplication>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QNetworkAccessManager>
-#include <QTextStream>
+#include <QTimer>
 #include <cstdio>
 #include <iostream>
+#include <memory>
 #include <string>
 
 namespace {
-
-enum TExitStatus { CExitOk = 0, CExitFailed = 2 };
 
 // Reads one line of standard input (the line break is not part of the secret)
 // and prints its stored form.
@@ -33,7 +35,7 @@ int EncryptFromStdin()
   std::string line;
   if (!std::getline(std::cin, line) && line.empty()) {
     std::fputs("--encrypt: no secret on standard input\n", stderr);
-    return CExitFailed;
+    return CExitStepFailed;
   }
   if (!line.empty() && line.back() == '\r')
     line.pop_back();
@@ -49,39 +51,79 @@ bool DisplayAvailable()
          qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }
 
-int RunWindow(int argc, char *argv[], const QString &exeFileName)
+void PrintLine(const QString &text)
 {
-  QApplication application(argc, argv);
-  QApplication::setApplicationName(QStringLiteral("quorvex-followup"));
-  QApplication::setApplicationVersion(QStringLiteral(QUORVEX_VERSION));
-  QApplication::setDesktopFileName(QStringLiteral("quorvex-followup"));
+  std::fputs(qPrintable(text + u'\n'), stderr);
+}
+
+// Starts the program proper: the window, or the unattended run (in the window
+// when there is a display, without any otherwise).
+int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &line)
+{
+  const bool unattended = line.Unattended();
+  const bool window = DisplayAvailable();
+  std::unique_ptr<QCoreApplication> application;
+  if (window)
+    application = std::make_unique<QApplication>(argc, argv);
+  else
+    application = std::make_unique<QCoreApplication>(argc, argv);
+  QCoreApplication::setApplicationName(QStringLiteral("quorvex-followup"));
+  QCoreApplication::setApplicationVersion(QStringLiteral(QUORVEX_VERSION));
+  if (window)
+    QGuiApplication::setDesktopFileName(QStringLiteral("quorvex-followup"));
 
   TSingleInstance instance(BaseFolder() + IniFileNameFor(exeFileName));
   if (!instance.IsPrimary()) {
+    if (unattended) {
+      PrintLine(QStringLiteral("%1: another instance is running on the same settings; this run does nothing.")
+                    .arg(exeFileName));
+      return CExitOtherInstance;
+    }
     // Another window is open on the same settings: bring it forward and leave.
     instance.AskPrimaryToRaise();
     return CExitOk;
   }
 
+  // Nobody is there to answer a message box during an unattended run.
+  const bool askPerson = window && !unattended;
+  auto tell = [askPerson](const QString &message, bool error) {
+    if (!askPerson)
+      PrintLine(message);
+    else if (error)
+      QMessageBox::critical(nullptr, CApplicationTitle, message);
+    else
+      QMessageBox::warning(nullptr, CApplicationTitle, message);
+  };
+
   QNetworkAccessManager network;
   TdmRest rest(network);
-  TMainState state(exeFileName, rest, [](const QString &warning) {
-    QMessageBox::warning(nullptr, CApplicationTitle, warning);
-  });
+  TMainState state(exeFileName, rest, [&tell](const QString &warning) { tell(warning, false); });
   try {
     state.FormCreate();
   } catch (const EQuorvexError &error) {
     TraceError(lcApp(), error.Message());
-    QMessageBox::critical(nullptr, CApplicationTitle, error.Message());
-    return CExitFailed;
+    tell(error.Message(), true);
+    return CExitStepFailed;
   }
 
+  TUnattendedOptions options;
+  options.DryRun = line.DryRun;
   int status = CExitOk;
-  {
-    TfrmMain window(state);
-    QObject::connect(&instance, &TSingleInstance::RaiseRequested, &window, &TfrmMain::RaiseToFront);
-    window.show();
-    status = application.exec();
+  if (!window) {
+    TStderrProgress progress;
+    status = TimerTimer(state, progress, options);
+  } else {
+    TfrmMain form(state);
+    QObject::connect(&instance, &TSingleInstance::RaiseRequested, &form, &TfrmMain::RaiseToFront);
+    form.show();
+    if (unattended)
+      QTimer::singleShot(100, &form, [&] {
+        status = form.RunUnattended(options);
+        form.close();
+      });
+    const int loopStatus = application->exec();
+    if (!unattended)
+      status = loopStatus;
   }
   state.FormDestroy();
   return status;
@@ -108,17 +150,11 @@ int main(int argc, char *argv[])
   Trace::Install(line.Verbose);
   if (line.Encrypt)
     return EncryptFromStdin();
-  if (line.Unattended()) {
-    std::fprintf(stderr, "%s: the unattended run (started by \"%s\") is not available in this version yet.\n",
-                 qPrintable(exeFileName), qPrintable(arguments.join(u' ')));
-    return CExitFailed;
+  if (!line.Unattended() && !DisplayAvailable()) {
+    PrintLine(QStringLiteral("%1: no display to open the window on (DISPLAY is not set). Run it from a desktop "
+                             "session, or give an argument for the unattended run (see --help).")
+                  .arg(exeFileName));
+    return CExitStepFailed;
   }
-  if (!DisplayAvailable()) {
-    std::fprintf(stderr,
-                 "%s: no display to open the window on (DISPLAY is not set). Run it from a desktop "
-                 "session, or see --help for the unattended run.\n",
-                 qPrintable(exeFileName));
-    return CExitFailed;
-  }
-  return RunWindow(argc, argv, exeFileName);
+  return Run(argc, argv, exeFileName, line);
 }

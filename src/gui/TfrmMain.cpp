@@ -141,6 +141,8 @@ void TfrmMain::bbtStatusAndPropertiesClick()
   });
 }
 
+void TfrmMain::bbtSendMailClick() { FState.bbtSendMailClick(); }
+
 void TfrmMain::bbtGenerateMailClick()
 {
   FState.bbtGenerateMailClick(
@@ -181,6 +183,15 @@ void TfrmMain::RaiseToFront()
   activateWindow();
 }
 
+TExitStatus TfrmMain::RunUnattended(const TUnattendedOptions &options)
+{
+  TUnattendedOptions shown = options;
+  shown.ShowAutomaticMode = [this](bool automatic) { ShowAutomaticMode(automatic); };
+  const TExitStatus status = TimerTimer(FState, *FProgress, shown);
+  asgTickets->resizeColumnsToContents();
+  return status;
+}
+
 void TfrmMain::ShowAutomaticMode(bool automatic)
 {
   imgBigBrother->setVisible(!automatic);
@@ -210,6 +221,7 @@ void TfrmMain::WireButtons()
   wire(bbtGET_Organization_List, &TfrmMain::bbtGET_Organization_ListClick);
   wire(bbtStatusAndProperties, &TfrmMain::bbtStatusAndPropertiesClick);
   wire(bbtGenerateMail, &TfrmMain::bbtGenerateMailClick);
+  wire(bbtSendMail, &TfrmMain::bbtSendMailClick);
   wire(bbtFilter, &TfrmMain::bbtFilterClick);
   wire(bbtSaveGrid, &TfrmMain::bbtSaveGridClick);
   wire(bbtAbout, &TfrmMain::bbtAboutClick);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "state/UnattendedRun.h"
+
 #include <QMainWindow>
 #include <functional>
 #include <memory>
@@ -26,6 +28,9 @@ public:
   // Red image while the program works on its own, the usual one otherwise.
   void ShowAutomaticMode(bool automatic);
 
+  // The unattended run, shown in this window; returns its exit status.
+  TExitStatus RunUnattended(const TUnattendedOptions &options);
+
 private:
   // Runs a button's step; an error ends the step and is shown in a message box,
   // as the toolkit would show an uncaught error.
@@ -36,6 +41,7 @@ private:
   void bbtGET_Organization_ListClick();
   void bbtStatusAndPropertiesClick();
   void bbtGenerateMailClick();
+  void bbtSendMailClick();
   void bbtFilterClick();
   void bbtSaveGridClick();
   void bbtAboutClick();

@@ -3,6 +3,7 @@
 #include "core/AppPaths.h"
 #include "core/Settings.h"
 #include "core/Trace.h"
+#include "report/HtmlTexts.h"
 #include "tickets/ColourSettings.h"
 #include "tickets/ColourStore.h"
 #include "tickets/SelectionSettings.h"
@@ -38,6 +39,7 @@ void TMainState::FormCreate()
   ReadConfigSMTP();
   ReadConfigOrgaAndTeams();
   ReadConfigFilters();
+  ReadHtmlTexts();
 }
 
 void TMainState::FormDestroy()
@@ -96,6 +98,18 @@ void TMainState::SaveConfigOrgaAndTeams()
 void TMainState::SaveConfigFilters() { ::SaveConfigFilters(FFichINI, FNbMinutes, FNbDays, FStatusToIgnore); }
 void TMainState::SavePriorities() { ::SavePriorities(FFichINI, FPriorities); }
 void TMainState::SaveStatus() { ::SaveStatus(FFichINI, FStatus); }
+
+void TMainState::ReadHtmlTexts()
+{
+  const TraceScope trace(lcApp(), "TfrmMain.ReadHtmlTexts");
+  ::ReadHtmlTexts(FFichINI, FExeFileName, FHtmlTexts);
+}
+
+void TMainState::SaveHtmlTexts()
+{
+  const TraceScope trace(lcApp(), "TfrmMain.SaveHtmlTexts");
+  ::SaveHtmlTexts(FFichINI, FExeFileName, FHtmlTexts);
+}
 
 void TMainState::Warn(const QStringList &warnings) const
 {

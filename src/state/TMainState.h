@@ -36,7 +36,7 @@ public:
   ~TMainState();
 
   // Fixes the file locations and reads every settings group, in the order:
-  // service, SMTP, organizations and teams, filters.
+  // service, SMTP, organizations and teams, filters, then the text blocks.
   void FormCreate();
   // Ends the trace with the name of its log file.
   void FormDestroy();
@@ -52,6 +52,8 @@ public:
   void SaveConfigFilters();
   void SavePriorities();
   void SaveStatus();
+  void ReadHtmlTexts();
+  void SaveHtmlTexts();
 
   // "Get tickets": the open tickets of every selected organization, flagged for
   // the ten-exchanges notice, into FTickets and the grid; counts in FslLog.
@@ -65,7 +67,12 @@ public:
   // "Generate Mail": the report in FHtmlContent and its recipients; an
   // interactive run also writes the .to, .cc and .html files and opens the page.
   void bbtGenerateMailClick(const TOpenFile &openFile = {});
+  // "Send Mail": the last generated report to the SMTP settings' recipients;
+  // nothing when no report was generated.
+  void bbtSendMailClick();
 
+  // Path of the report page written by an interactive or dry run.
+  QString ReportFile() const { return OutputBase() + QStringLiteral(".html"); }
   // Colours and priority codes of the settings file.
   TColourStore &Colours();
   // Problems met by the last retrieval (no token, a ticket query that failed);
@@ -92,6 +99,7 @@ public:
   tyHtmlTexts FHtmlTexts;
   tySMTPserver FSmtp;
   bool FAutomatic = false;
+  bool FDryRun = false; // an unattended run that writes the report files and sends nothing
   std::int32_t FNbMinutes = 0;
   std::int32_t FNbDays = 0;
   QStringList FStatusToIgnore;

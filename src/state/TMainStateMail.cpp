@@ -5,6 +5,7 @@
 #include "core/Trace.h"
 #include "report/MailReport.h"
 #include "report/ReportFiles.h"
+#include "report/ReportSending.h"
 #include "rest/dRest.h"
 #include "tickets/Selection.h"
 
@@ -44,9 +45,17 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
   FNbWithoutUpdate = report.NbWithoutUpdate;
   FNbGt10Exch = report.NbGt10Exch;
 
-  if (FAutomatic)
+  // Unattended, the report files are written only by a dry run, and never shown.
+  if (FAutomatic && !FDryRun)
     return;
   const QString page = SaveReportFiles(OutputBase(), report);
-  if (openFile)
+  if (!FAutomatic && openFile)
     openFile(page);
+}
+
+void TMainState::bbtSendMailClick()
+{
+  const TraceScope trace(lcApp(), "TfrmMain.bbtSendMailClick");
+  const bool sent = SendReport(FSmtp, FHtmlContent);
+  TraceValue(lcApp(), "Sent", sent ? 1 : 0);
 }

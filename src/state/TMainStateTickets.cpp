@@ -5,6 +5,7 @@
 
 #include "core/RunLog.h"
 #include "core/Trace.h"
+#include "rest/RestErrors.h"
 #include "rest/dRest.h"
 #include "tickets/ColourStore.h"
 #include "tickets/LoadingProgress.h"
@@ -21,8 +22,17 @@ void ProcessMessages() { QCoreApplication::processEvents(); }
 
 bool TMainState::EnsureToken()
 {
-  if (!FRest.TokenOk() && FRest.GetToken(FICI))
-    SaveConfigITSM();
+  try {
+    if (!FRest.TokenOk() && FRest.GetToken(FICI))
+      SaveConfigITSM();
+  } catch (const ERestTransportError &error) {
+    // A person sees the error; an unattended run goes on and its report says
+    // that the retrieval was incomplete.
+    if (!FAutomatic)
+      throw;
+    FRetrievalFailures.append(error.Message());
+    return false;
+  }
   if (FRest.TokenOk())
     return true;
   FRetrievalFailures.append(QStringLiteral("no access token from %1: %2")
@@ -34,8 +44,11 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGetTicketsClick");
   FRetrievalFailures.clear();
-  if (FSelectedOrganizations.isEmpty())
+  if (FSelectedOrganizations.isEmpty()) {
+    // Nothing to retrieve: a report made now would be a false "all clear".
+    FRetrievalFailures.append(QStringLiteral("no organization is selected (\"Organizations & Teams\")"));
     return;
+  }
   if (!EnsureToken())
     return;
 

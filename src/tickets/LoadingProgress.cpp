@@ -5,15 +5,16 @@
 void TStderrProgress::LoadingShow(int)
 {
   FMaximum = 0;
-  FPosition = 0;
+  FTitlePrinted = true;
 }
 
 void TStderrProgress::LoadingSetTitle(const QString &title)
 {
-  if (FMaximum > 0)
-    std::fprintf(stderr, "Loading - %s [%d/%d]\n", qPrintable(title), FPosition, FMaximum);
-  else
-    std::fprintf(stderr, "Loading - %s\n", qPrintable(title));
+  FTitle = title;
+  FTitlePrinted = false;
+  // Without a bar the title alone tells the step; with one, the next position does.
+  if (FMaximum == 0)
+    Print(QString());
 }
 
 void TStderrProgress::LoadingSetAnimation(int) {}
@@ -21,10 +22,14 @@ void TStderrProgress::LoadingSetAnimation(int) {}
 void TStderrProgress::LoadingSetProgressBar(int maximum, int position)
 {
   FMaximum = maximum;
-  FPosition = position;
+  if (!FTitlePrinted)
+    Print(QStringLiteral(" [%1/%2]").arg(position).arg(maximum));
 }
 
-void TStderrProgress::LoadingHide()
+void TStderrProgress::LoadingHide() { FMaximum = 0; }
+
+void TStderrProgress::Print(const QString &progress)
 {
-  FPosition = FMaximum;
+  std::fprintf(stderr, "Loading - %s%s\n", qPrintable(FTitle), qPrintable(progress));
+  FTitlePrinted = true;
 }

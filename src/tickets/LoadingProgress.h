@@ -21,7 +21,7 @@ public:
 };
 
 // Progress lines on stderr, for a run without a window: one line per title, with
-// the step reached.
+// the step it brings the bar to.
 class TStderrProgress : public TLoadingProgress
 {
 public:
@@ -32,6 +32,9 @@ public:
   void LoadingHide() override;
 
 private:
+  void Print(const QString &progress);
+
   int FMaximum = 0;
-  int FPosition = 0;
+  QString FTitle;
+  bool FTitlePrinted = true;
 };

@@ -2,6 +2,8 @@
 #include "core/SecretCodec.h"
 #include "support/TempConfig.h"
 
+#include <QDir>
+#include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <gtest/gtest.h>
@@ -84,12 +86,27 @@ TEST(Executable, EncryptPrintsTheStoredFormOfOneLine)
   EXPECT_TRUE(nothing.Err.contains("no secret"));
 }
 
-TEST(Executable, UnattendedRunIsRefusedUntilItExists)
+TEST(Executable, AHeadlessRunWithNothingSelectedIsNeverAnAllClear)
 {
   TTempConfig config;
-  const TRun run = RunTool({"auto"}, {}, Environment(config));
-  EXPECT_NE(run.ExitCode, 0);
-  EXPECT_TRUE(run.Err.contains("unattended run")) << run.Err.toStdString();
+  QProcessEnvironment environment = Environment(config);
+  environment.remove("DISPLAY");
+  environment.remove("WAYLAND_DISPLAY");
+  environment.remove("QT_QPA_PLATFORM");
+  const TRun run = RunTool({"--dry-run"}, {}, environment);
+  EXPECT_EQ(run.ExitCode, 3) << run.Err.toStdString();
+
+  const QString folder = config.Root() + "/Vellmor/vlmQuorvexITSM/";
+  const QStringList logs = QDir(folder).entryList({"quorvex-followup_*.log"});
+  ASSERT_EQ(logs.size(), 1);
+  const QString log = ReadTextFile(folder + logs[0]);
+  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: no organization is selected")) << log.toStdString();
+  EXPECT_TRUE(log.contains(" - END"));
+  QFile page(folder + "quorvex-followup.html");
+  ASSERT_TRUE(page.open(QIODevice::ReadOnly));
+  const QByteArray bytes = page.readAll();
+  const QString html = QString::fromUtf16(reinterpret_cast<const char16_t *>(bytes.constData() + 2), (bytes.size() - 2) / 2);
+  EXPECT_TRUE(html.contains("WARNING: the retrieval of the tickets was incomplete"));
 }
 
 TEST(Executable, WithoutADisplayTheWindowIsNotAttempted)
@@ -125,6 +142,10 @@ TEST(Executable, ASecondStartLeavesTheFirstWindowAlone)
   const TRun second = RunTool({}, {}, environment);
   EXPECT_EQ(second.ExitCode, 0) << second.Err.toStdString();
   EXPECT_EQ(first.state(), QProcess::Running);
+  // An unattended start cannot raise anything: it says why and does nothing.
+  const TRun unattended = RunTool({"auto"}, {}, environment);
+  EXPECT_EQ(unattended.ExitCode, 4);
+  EXPECT_TRUE(unattended.Err.contains("another instance")) << unattended.Err.toStdString();
 
   first.terminate();
   first.waitForFinished(10000);

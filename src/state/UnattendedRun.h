@@ -1,0 +1,28 @@
+#pragma once
+
+#include <functional>
+
+class TLoadingProgress;
+class TMainState;
+
+// Exit statuses of the program, for the scheduler that starts it.
+enum TExitStatus : int {
+  CExitOk = 0,            // done
+  CExitStepFailed = 2,    // a step failed: nothing, or not everything, was sent
+  CExitIncomplete = 3,    // report sent, but the retrieval was incomplete (and the report says so)
+  CExitOtherInstance = 4, // another instance runs on the same settings
+};
+
+struct TUnattendedOptions
+{
+  // Writes the report files and sends nothing.
+  bool DryRun = false;
+  // Shows whether the program works on its own (the window's red image).
+  std::function<void(bool automatic)> ShowAutomaticMode;
+};
+
+// The daily routine without a person, as the buttons would run it: retrieve the
+// tickets, generate the report, send it, and save the run log (FslLog) to
+// FLogFile. Never waits for anyone: an error is logged as an ERROR line, the log
+// is still saved, the message goes to stderr, and the status says what happened.
+TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUnattendedOptions &options);

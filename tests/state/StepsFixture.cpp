@@ -1,0 +1,130 @@
+#include "StepsFixture.h"
+
+#include "core/Trace.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+
+namespace {
+
+QJsonObject SubName(int id, const QString &name)
+{
+  return {{QStringLiteral("id"), id}, {QStringLiteral("name"), name}};
+}
+
+QString Stamp(double daysAgo)
+{
+  return QDateTime::currentDateTime().addSecs(static_cast<qint64>(-daysAgo * 86400)).toString(Qt::ISODateWithMs);
+}
+
+QJsonObject Ticket(int id, int organization, const QString &organizationName, const QString &user, int userId,
+                   double ageDays, double updatedDaysAgo, const QString &exchange = QString())
+{
+  return {{QStringLiteral("id"), id},
+          {QStringLiteral("type"), QStringLiteral("INCIDENT")},
+          {QStringLiteral("title"), QStringLiteral("Ticket %1").arg(id)},
+          {QStringLiteral("organization"), SubName(organization, organizationName)},
+          {QStringLiteral("assignedTeam"), SubName(10, QStringLiteral("Desk"))},
+          {QStringLiteral("assignedUser"), SubName(userId, user)},
+          {QStringLiteral("creationDate"), Stamp(ageDays)},
+          {QStringLiteral("lastUpdate"), Stamp(updatedDaysAgo)},
+          {QStringLiteral("priority"), QJsonObject{{QStringLiteral("id"), 1}, {QStringLiteral("reference"), "P1"}}},
+          {QStringLiteral("status"), QJsonObject{{QStringLiteral("id"), 1}, {QStringLiteral("reference"), "New"},
+                                                 {QStringLiteral("category"), "OPEN"}}},
+          {QStringLiteral("exchanges"), QJsonArray{exchange}}};
+}
+
+QJsonObject Operator(int id, const QString &email, const QString &status, int team)
+{
+  return {{QStringLiteral("id"), id},
+          {QStringLiteral("notificationEmail"), email},
+          {QStringLiteral("status"), status},
+          {QStringLiteral("teams"), QJsonArray{SubName(team, QString())}}};
+}
+
+QJsonObject Object(int id, const QString &reference, const QString &type, const QString &subType = QString())
+{
+  return {{QStringLiteral("id"), id}, {QStringLiteral("module"), QStringLiteral("TICKETING")},
+          {QStringLiteral("reference"), reference}, {QStringLiteral("type"), type},
+          {QStringLiteral("subType"), subType}};
+}
+
+QJsonObject StepsData()
+{
+  const QString english = QStringLiteral("10 exchanges have been added automatically by the supervisor, no exchanges "
+                                         "will be added to this ticket during the next executions of the control.");
+  const QString french = QString::fromUtf8("10 échanges ont été ajoutés automatiquement par le superviseur, aucun "
+                                           "échange ne sera ajouté lors des prochaines exécutions du contrôle pour "
+                                           "ce ticket.");
+  auto organization = [](int id, const QString &name, bool ticketing) {
+    return QJsonObject{{QStringLiteral("id"), id}, {QStringLiteral("name"), name},
+                       {QStringLiteral("monitoringAndInfrastructureModuleEnabled"), false},
+                       {QStringLiteral("passwordModuleEnabled"), false},
+                       {QStringLiteral("ticketingModuleEnabled"), ticketing}};
+  };
+  auto team = [](int id, const QString &name, const QJsonArray &organizations) {
+    return QJsonObject{{QStringLiteral("id"), id}, {QStringLiteral("name"), name},
+                       {QStringLiteral("members"), QJsonArray{}}, {QStringLiteral("remarks"), QString()},
+                       {QStringLiteral("organizations"), organizations}};
+  };
+  return {
+      {QStringLiteral("credentials"),
+       QJsonObject{{QStringLiteral("clientId"), "client"}, {QStringLiteral("clientSecret"), "secret"},
+                   {QStringLiteral("username"), "lead"}, {QStringLiteral("password"), "pw"}}},
+      {QStringLiteral("organizations"), QJsonArray{organization(1, "Acme", true), organization(2, "Beta & Co", true),
+                                                   organization(3, "Gamma", false)}},
+      {QStringLiteral("teams"), QJsonArray{team(10, "Desk", {SubName(1, "Acme"), SubName(2, "Beta & Co")}),
+                                           team(20, "Network", {SubName(2, "Beta & Co")})}},
+      {QStringLiteral("operators"),
+       QJsonArray{Operator(1, "Ann@example.org", "ACTIVE", 10), Operator(2, "bob@example.org", "ACTIVE", 10),
+                  Operator(3, "carl@example.org", "INACTIVE", 20)}},
+      {QStringLiteral("objects"),
+       QJsonArray{Object(1, "New", "TICKET_STATUS"), Object(2, "Waiting", "TICKET_STATUS"),
+                  Object(3, "new", "TICKET_STATUS"), Object(4, "Critical [P1]", "TICKET_PRIORITY", "INCIDENT")}},
+      {QStringLiteral("tickets"),
+       QJsonArray{Ticket(11, 1, "Acme", QString(), 0, 2, 30), Ticket(12, 1, "Acme", "Bob", 2, 1, 0.1, english),
+                  Ticket(13, 1, "Acme", "Bob", 2, 1, 0.1, french), Ticket(21, 2, "Beta & Co", "Ann", 1, 1, 0.1)}},
+  };
+}
+
+} // namespace
+
+StepsFixture::StepsFixture() : FService(StepsData())
+{
+  FService.Listen();
+  const QString ca = FConfig.File("ca.pem");
+  QFile file(ca);
+  file.open(QIODevice::WriteOnly);
+  file.write(FService.CertificatePem());
+  file.close();
+  qputenv("QUORVEX_EXTRA_CA_CERTS", ca.toUtf8());
+
+  Trace::Install(false);
+  FRest = std::make_unique<TdmRest>(FManager);
+  FState = std::make_unique<TMainState>(QStringLiteral("quorvex-followup"), *FRest);
+  FState->FormCreate();
+  FState->FICI.SaaS = false;
+  FState->FICI.Instance = FService.Instance();
+  FState->FICI.API.ClientID = QStringLiteral("client");
+  FState->FICI.API.ClientSecret = QStringLiteral("secret");
+  FState->FICI.API.Username = QStringLiteral("lead");
+  FState->FICI.API.Password = QStringLiteral("pw");
+}
+
+StepsFixture::~StepsFixture()
+{
+  FState->FormDestroy();
+  qunsetenv("QUORVEX_EXTRA_CA_CERTS");
+}
+
+void StepsFixture::SelectAll()
+{
+  FState->FSelectedOrganizations = {{1, "Acme", false, false, true}, {2, "Beta & Co", false, false, true}};
+  tyRestTeam desk;
+  desk.id = 10;
+  desk.name = QStringLiteral("Desk");
+  FState->FSelectedTeams = {desk};
+}
+
+QString StepsFixture::IniText() const { return ReadTextFile(FState->FFichINI); }

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "TDemoService.h"
+#include "rest/dRest.h"
+#include "state/TMainState.h"
+#include "support/TempConfig.h"
+#include "tickets/LoadingProgress.h"
+
+#include <QNetworkAccessManager>
+#include <gtest/gtest.h>
+#include <memory>
+
+// Progress calls as a list of words, e.g. "show 1", "bar 8/3", "title Acme", "hide".
+class TRecordedProgress : public TLoadingProgress
+{
+public:
+  QStringList Calls;
+  void LoadingShow(int animation) override { Calls << QStringLiteral("show %1").arg(animation); }
+  void LoadingSetTitle(const QString &title) override { Calls << QStringLiteral("title ") + title; }
+  void LoadingSetAnimation(int animation) override { Calls << QStringLiteral("animation %1").arg(animation); }
+  void LoadingSetProgressBar(int maximum, int position) override
+  {
+    Calls << QStringLiteral("bar %1/%2").arg(maximum).arg(position);
+  }
+  void LoadingHide() override { Calls << QStringLiteral("hide"); }
+};
+
+// The main window's state over a demo service on 127.0.0.1 that serves a small
+// data set: organization 1 "Acme" (three tickets: 11 unassigned and stale, 12
+// carrying the English notice, 13 the French one), organization 2 "Beta & Co"
+// (one ticket), organization 3 without the ticketing module; teams 10 "Desk" and
+// 20 "Network"; operators 1 to 3 (3 inactive).
+class StepsFixture : public ::testing::Test
+{
+protected:
+  StepsFixture();
+  ~StepsFixture() override;
+
+  // Selects organizations 1 and 2 and team 10.
+  void SelectAll();
+  QString IniText() const;
+
+  TTempConfig FConfig;
+  TDemoService FService;
+  QNetworkAccessManager FManager;
+  std::unique_ptr<TdmRest> FRest; // made once the certificate is trusted
+  std::unique_ptr<TMainState> FState;
+  TRecordedProgress FProgress;
+};

@@ -1,0 +1,213 @@
+#include "StepsFixture.h"
+
+#include "core/IniFile.h"
+#include "core/SecretCodec.h"
+#include "rest/RestErrors.h"
+#include "state/UnattendedRun.h"
+#include "tickets/ColourStore.h"
+
+#include <QFile>
+#include <QRegularExpression>
+
+namespace {
+
+// A run-log line: a date and time, then the text.
+::testing::AssertionResult IsLogLine(const QString &line, const QString &text)
+{
+  if (line.endsWith(text) && QRegularExpression(QStringLiteral("^\\S+ \\S+")).match(line).hasMatch() &&
+      line.size() > text.size())
+    return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << '"' << line.toStdString() << "\" is not a log line ending in \""
+                                       << text.toStdString() << '"';
+}
+
+QList<std::int32_t> Ids(const tyRestTickets &tickets)
+{
+  QList<std::int32_t> ids;
+  for (const tyRestTicket &ticket : tickets)
+    ids << ticket.id;
+  return ids;
+}
+
+} // namespace
+
+TEST_F(StepsFixture, GetTicketsQueriesEachOrganizationThreeTimesAndFlagsTheNotices)
+{
+  SelectAll();
+  FState->bbtGetTicketsClick(FProgress);
+
+  EXPECT_EQ(Ids(FState->FTickets), (QList<std::int32_t>{11, 12, 13, 21}));
+  EXPECT_FALSE(FState->FTickets[0].tenExchangesAdded);
+  EXPECT_TRUE(FState->FTickets[1].tenExchangesAdded); // English notice
+  EXPECT_TRUE(FState->FTickets[2].tenExchangesAdded); // French notice
+  EXPECT_EQ(FState->FTicketsGrid.rowCount(), 4);
+  EXPECT_TRUE(FState->RetrievalFailures().isEmpty());
+
+  const QStringList &log = FState->FslLog;
+  ASSERT_EQ(log.size(), 11) << log.join('\n').toStdString();
+  EXPECT_EQ(log[0], "");
+  EXPECT_TRUE(IsLogLine(log[1], " - * Acme ....................... : 3"));
+  EXPECT_TRUE(IsLogLine(log[2], " - * Acme / > 10 exchanges (E) .. : 1"));
+  EXPECT_TRUE(IsLogLine(log[3], QString::fromUtf8(" - * Acme / > 10 échanges (F) ... : 1")));
+  EXPECT_EQ(log[4], "");
+  EXPECT_TRUE(IsLogLine(log[5], " - * Beta & Co ....................... : 1"));
+  EXPECT_TRUE(IsLogLine(log[9], " - * Nb tickets: 4"));
+  EXPECT_EQ(log[10], "");
+
+  EXPECT_EQ(FProgress.Calls.first(), "show 1");
+  EXPECT_EQ(FProgress.Calls[1], "animation 2");
+  EXPECT_EQ(FProgress.Calls[2], "bar 8/0");
+  EXPECT_TRUE(FProgress.Calls.contains(QString::fromUtf8("title Beta & Co / > 10 échanges")));
+  EXPECT_EQ(FProgress.Calls[FProgress.Calls.size() - 2], "bar 8/8");
+  EXPECT_EQ(FProgress.Calls.last(), "hide");
+
+  // The renewed token is kept for the next start.
+  const TIniFile ini(FState->FFichINI);
+  EXPECT_FALSE(ini.ReadString("QuorvexITSM", "Token", "").isEmpty());
+  EXPECT_EQ(Decrypt(ini.ReadString("QuorvexITSM", "Password", "")), "pw");
+}
+
+TEST_F(StepsFixture, NothingSelectedOrNoTokenLeavesTheTicketsAndSaysWhy)
+{
+  FState->bbtGetTicketsClick(FProgress);
+  EXPECT_TRUE(FProgress.Calls.isEmpty());
+  ASSERT_EQ(FState->RetrievalFailures().size(), 1);
+  EXPECT_TRUE(FState->RetrievalFailures()[0].contains("no organization"));
+
+  SelectAll();
+  FState->FICI.API.Password = "wrong";
+  FState->bbtGetTicketsClick(FProgress);
+  EXPECT_TRUE(FProgress.Calls.isEmpty());
+  EXPECT_TRUE(FState->FTickets.isEmpty());
+  ASSERT_EQ(FState->RetrievalFailures().size(), 1);
+  EXPECT_TRUE(FState->RetrievalFailures()[0].contains(FService.Instance()));
+}
+
+TEST_F(StepsFixture, OrganizationsStepLinksTheListsAndSavesTheChoice)
+{
+  bool asked = false;
+  FState->bbtGET_Organization_ListClick(
+      FProgress, [&](const tyRestOrganizations &organizations, tyRestOrganizations &selectedOrganizations,
+                     const tyRestTeams &teams, tyRestTeams &selectedTeams, const tyRestOrganizationsTeams &links) {
+        asked = true;
+        EXPECT_EQ(organizations.size(), 3);
+        EXPECT_EQ(teams.size(), 2);
+        EXPECT_EQ(links.size(), 3); // Desk serves two organizations, Network one
+        selectedOrganizations = {organizations[1]};
+        selectedTeams = {teams[1]};
+        return true;
+      });
+  ASSERT_TRUE(asked);
+  EXPECT_EQ(FState->FTeamsOperators.size(), 3);
+  EXPECT_EQ(FProgress.Calls.first(), "show 2");
+  EXPECT_TRUE(FProgress.Calls.contains("title Get Operators / Teams"));
+  EXPECT_TRUE(IniText().contains("[Organizations]\nNb=1\nid_1=2\nname_1=Beta & Co\n")) << IniText().toStdString();
+  EXPECT_TRUE(IniText().contains("[Teams]\nNb=1\nid_1=20\nname_1=Network\n"));
+}
+
+TEST_F(StepsFixture, OrganizationsStepWithAFailedListShowsNoDialog)
+{
+  TDemoFaults faults;
+  faults.Bodies.append({QStringLiteral("/api/teams"), -1, QByteArray("[]"), 200});
+  FService.SetFaults(faults);
+  FState->bbtGET_Organization_ListClick(FProgress, [](auto &&...) -> bool {
+    ADD_FAILURE() << "the dialog must not open";
+    return false;
+  });
+  EXPECT_EQ(FProgress.Calls.last(), "hide");
+  EXPECT_EQ(FState->FOrganizations.size(), 3); // what was fetched stays
+}
+
+TEST_F(StepsFixture, StatusStepColoursAndSavesOnOk)
+{
+  FState->bbtStatusAndPropertiesClick([](tyRestObjects &statuses, tyRestObjects &priorities, TColourStore &) {
+    EXPECT_EQ(statuses.size(), 2); // "New" and "new" are one
+    EXPECT_EQ(priorities.size(), 1);
+    EXPECT_EQ(priorities[0]._reference, "INCIDENT - Critical [P1]");
+    EXPECT_EQ(priorities[0].Text, "P1");
+    statuses[0].BgColor = 42;
+    return true;
+  });
+  const QString ini = IniText();
+  EXPECT_TRUE(ini.contains("[Status]\nNew=42\nWaiting=")) << ini.toStdString();
+  EXPECT_TRUE(ini.contains("[PriorityLong]\nINCIDENT - Critical [P1]=P1\n"));
+}
+
+TEST_F(StepsFixture, GenerateMailWritesTheFilesOfAnInteractiveRun)
+{
+  SelectAll();
+  FState->bbtGetTicketsClick(FProgress);
+  QString opened;
+  FState->bbtGenerateMailClick([&](const QString &page) { opened = page; });
+  EXPECT_EQ(opened, FState->ReportFile());
+  EXPECT_TRUE(QFile::exists(opened));
+  EXPECT_EQ(FState->FNbUnassigned, 1);
+  EXPECT_EQ(FState->FNbGt10Exch, 2);
+  EXPECT_EQ(FState->FSlRecipientTo, (QStringList{"ann@example.org", "bob@example.org"}));
+  EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("/operators/tickets/all/11"));
+}
+
+TEST_F(StepsFixture, DryRunLogsEveryStepWritesTheReportAndSendsNothing)
+{
+  SelectAll();
+  TUnattendedOptions options;
+  options.DryRun = true;
+  bool red = false;
+  options.ShowAutomaticMode = [&](bool automatic) { red = automatic; };
+  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitOk);
+  EXPECT_TRUE(red);
+  EXPECT_TRUE(QFile::exists(FState->ReportFile()));
+
+  const QStringList log = ReadTextFile(FState->FLogFile).split('\n');
+  EXPECT_TRUE(IsLogLine(log.first(), " - BEGIN"));
+  EXPECT_TRUE(IsLogLine(log[1], " - Retrieve all tickets"));
+  const qsizetype generate = log.indexOf(QRegularExpression(".* - Generate email$"));
+  ASSERT_GT(generate, 1);
+  EXPECT_TRUE(IsLogLine(log[generate + 1], " - * Unassigned: 1"));
+  EXPECT_TRUE(IsLogLine(log[generate + 2], " - * Without update: 1"));
+  EXPECT_TRUE(IsLogLine(log[generate + 3], " - * >10 exchanges: 2"));
+  EXPECT_TRUE(IsLogLine(log[generate + 4], " - * To: 2"));
+  EXPECT_TRUE(IsLogLine(log[generate + 5], " - * Cc: 0"));
+  EXPECT_TRUE(IsLogLine(log[generate + 6], " - Send email"));
+  EXPECT_TRUE(log[generate + 7].contains("Dry run: nothing sent"));
+  EXPECT_TRUE(IsLogLine(log[generate + 8], " - END"));
+}
+
+TEST_F(StepsFixture, IncompleteRetrievalIsReportedAndNeverAnAllClear)
+{
+  SelectAll();
+  TDemoFaults faults;
+  faults.Bodies.append({QStringLiteral("/api/ticket/list/open"), -1, QByteArray("garbage"), 200});
+  FService.SetFaults(faults);
+  TUnattendedOptions options;
+  options.DryRun = true;
+  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
+  EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("WARNING: the retrieval of the tickets was incomplete"));
+  EXPECT_TRUE(ReadTextFile(FState->FLogFile).contains("WARNING incomplete retrieval: Acme"));
+}
+
+TEST_F(StepsFixture, AStepErrorIsLoggedAndTheLogStillSaved)
+{
+  SelectAll();
+  // The report files cannot be written: a folder stands where the page goes.
+  QDir().mkpath(FState->ReportFile());
+  TUnattendedOptions options;
+  options.DryRun = true;
+  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitStepFailed);
+  const QString log = ReadTextFile(FState->FLogFile);
+  EXPECT_TRUE(log.contains(" - ERROR Unable to write to " + FState->ReportFile())) << log.toStdString();
+  EXPECT_FALSE(log.contains(" - END"));
+}
+
+TEST_F(StepsFixture, UnreachableServiceStopsAPersonButNotTheUnattendedRun)
+{
+  SelectAll();
+  FState->FICI.Instance = QStringLiteral("127.0.0.1:1"); // nothing listens there
+  EXPECT_THROW(FState->bbtGetTicketsClick(FProgress), ERestTransportError);
+
+  TUnattendedOptions options;
+  options.DryRun = true;
+  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
+  EXPECT_TRUE(ReadTextFile(FState->FLogFile).contains("127.0.0.1:1")) << ReadTextFile(FState->FLogFile).toStdString();
+  EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("WARNING"));
+}
