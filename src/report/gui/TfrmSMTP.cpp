@@ -1,0 +1,165 @@
+#include "TfrmSMTP.h"
+
+#include "core/Errors.h"
+#include "core/uTools.h"
+#include "report/ReportSending.h"
+
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRegularExpressionValidator>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr std::int32_t CDefaultPort = 25;
+
+QLineEdit *NamedEdit(const char *name)
+{
+  auto *edit = new QLineEdit;
+  edit->setObjectName(QLatin1String(name));
+  edit->setMinimumWidth(280);
+  return edit;
+}
+
+} // namespace
+
+TfrmSMTP::TTestActions TfrmSMTP::DefaultTestActions()
+{
+  TTestActions actions;
+  actions.AskRecipient = [](QWidget *parent, const QString &proposed) {
+    return QInputDialog::getText(parent, CTestSubject, QStringLiteral("Recipient's email"), QLineEdit::Normal,
+                                 proposed);
+  };
+  actions.Send = SendTestMail;
+  actions.Inform = [](QWidget *parent, const QString &text) {
+    QMessageBox::information(parent, QStringLiteral("SMTP"), text, QMessageBox::Ok);
+  };
+  actions.ShowError = [](QWidget *parent, const QString &text) {
+    QMessageBox::critical(parent, QStringLiteral("SMTP"), text, QMessageBox::Ok);
+  };
+  return actions;
+}
+
+TfrmSMTP::TfrmSMTP(QWidget *parent, TTestActions actions) : QDialog(parent), FActions(std::move(actions))
+{
+  setObjectName(QStringLiteral("frmSMTP"));
+  setWindowTitle(QStringLiteral("SMTP"));
+
+  ledtServer = NamedEdit("ledtServer");
+  ledtPort = NamedEdit("ledtPort");
+  ledtPort->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d*")), ledtPort));
+  ledtPort->setMinimumWidth(0);
+  ledtPort->setMaximumWidth(80);
+  chkSSL = new QCheckBox(QStringLiteral("SSL"));
+  chkSSL->setObjectName(QStringLiteral("chkSSL"));
+  ledtUsername = NamedEdit("ledtUsername");
+  ledtPassword = NamedEdit("ledtPassword");
+  ledtPassword->setEchoMode(QLineEdit::Password);
+  ledtPassword->setStyleSheet(QStringLiteral("lineedit-password-character: 42")); // "*"
+  ledtDefaultTo = NamedEdit("ledtDefaultTo");
+  ledtDefaultCc = NamedEdit("ledtDefaultCc");
+  ledtFrom = NamedEdit("ledtFrom");
+
+  auto *portRow = new QHBoxLayout;
+  portRow->addWidget(ledtPort);
+  portRow->addSpacing(12);
+  portRow->addWidget(chkSSL);
+  portRow->addStretch(1);
+
+  auto *form = new QFormLayout;
+  form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+  form->addRow(QStringLiteral("SMTP Server"), ledtServer);
+  form->addRow(QStringLiteral("Port"), portRow);
+  form->addRow(QStringLiteral("Username"), ledtUsername);
+  form->addRow(QStringLiteral("Password"), ledtPassword);
+  form->addRow(QStringLiteral("Default receiver \"To\""), ledtDefaultTo);
+  form->addRow(QStringLiteral("Default receiver \"Cc\""), ledtDefaultCc);
+  form->addRow(QStringLiteral("Sender address"), ledtFrom);
+
+  BitBtn1 = new QPushButton(QStringLiteral("Test"));
+  BitBtn1->setObjectName(QStringLiteral("BitBtn1"));
+  BitBtn1->setAutoDefault(false);
+  connect(BitBtn1, &QPushButton::clicked, this, &TfrmSMTP::BitBtn1Click);
+  auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+  buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("bbtOk"));
+  buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("bbtCancel"));
+  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  auto *bottom = new QHBoxLayout;
+  bottom->addWidget(BitBtn1);
+  bottom->addStretch(1);
+  bottom->addWidget(buttons);
+
+  auto *layout = new QVBoxLayout(this);
+  layout->addLayout(form);
+  layout->addSpacing(8);
+  layout->addLayout(bottom);
+  layout->setSizeConstraint(QLayout::SetFixedSize); // fixed dialog border
+}
+
+void TfrmSMTP::Fill(const tySMTPserver &smtp)
+{
+  ledtServer->setText(smtp.Server);
+  ledtPort->setText(QString::number(smtp.Port));
+  chkSSL->setChecked(smtp.UseSSL);
+  ledtUsername->setText(smtp.UserName);
+  ledtPassword->setText(smtp.Password);
+  ledtDefaultTo->setText(smtp.DefaultTo);
+  ledtDefaultCc->setText(smtp.DefaultCC);
+  ledtFrom->setText(smtp.From);
+}
+
+tySMTPserver TfrmSMTP::TypedValues() const
+{
+  tySMTPserver smtp;
+  smtp.Server = ledtServer->text();
+  bool ok = false;
+  smtp.Port = ledtPort->text().toInt(&ok, 10);
+  if (!ok)
+    smtp.Port = CDefaultPort;
+  smtp.UseSSL = chkSSL->isChecked();
+  smtp.UserName = ledtUsername->text();
+  smtp.Password = ledtPassword->text();
+  smtp.DefaultTo = ledtDefaultTo->text();
+  smtp.DefaultCC = ledtDefaultCc->text();
+  smtp.From = ledtFrom->text();
+  return smtp;
+}
+
+tySMTPserver TfrmSMTP::Values() const
+{
+  tySMTPserver smtp = TypedValues();
+  smtp.Server = TrimBlanks(smtp.Server);
+  smtp.UserName = TrimBlanks(smtp.UserName);
+  return smtp;
+}
+
+void TfrmSMTP::BitBtn1Click()
+{
+  const QString recipient = FActions.AskRecipient(this, ledtDefaultTo->text());
+  if (recipient.isEmpty())
+    return;
+  try {
+    FActions.Send(TypedValues(), recipient);
+  } catch (const EQuorvexError &error) {
+    FActions.ShowError(this, error.Message());
+    return;
+  }
+  FActions.Inform(this, QStringLiteral("Check your inbox, the email has been sent."));
+}
+
+bool ConfigureSMTPserver(tySMTPserver &smtp, QWidget *parent, TfrmSMTP::TTestActions actions)
+{
+  TfrmSMTP dialog(parent, std::move(actions));
+  dialog.Fill(smtp);
+  if (dialog.exec() != QDialog::Accepted)
+    return false;
+  smtp = dialog.Values();
+  return true;
+}

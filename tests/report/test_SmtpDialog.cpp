@@ -1,0 +1,189 @@
+#include "SmtpTestServer.h"
+#include "report/MailSender.h"
+#include "report/gui/TfrmSMTP.h"
+#include "support/TempConfig.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QJsonArray>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+#include <QValidator>
+#include <gtest/gtest.h>
+
+namespace {
+
+tySMTPserver Settings()
+{
+  tySMTPserver smtp;
+  smtp.Server = "mail.vellmor.example";
+  smtp.Port = 587;
+  smtp.UseSSL = true;
+  smtp.UserName = "followup@vellmor.example";
+  smtp.Password = " pass word ";
+  smtp.DefaultTo = "leads@vellmor.example";
+  smtp.DefaultCC = "itsm@vellmor.example";
+  smtp.From = "noreply@vellmor.example";
+  return smtp;
+}
+
+bool Same(const tySMTPserver &a, const tySMTPserver &b)
+{
+  return a.Server == b.Server && a.Port == b.Port && a.UseSSL == b.UseSSL && a.UserName == b.UserName &&
+         a.Password == b.Password && a.DefaultTo == b.DefaultTo && a.DefaultCC == b.DefaultCC && a.From == b.From;
+}
+
+// Test actions that record what the dialog did.
+struct TRecorder
+{
+  QString Answer;
+  QString Proposed;
+  QList<std::pair<tySMTPserver, QString>> Sent;
+  QString Failure; // raised by Send when set
+  QStringList Informed;
+  QStringList Errors;
+
+  TfrmSMTP::TTestActions Actions()
+  {
+    return {[this](QWidget *, const QString &proposed) {
+              Proposed = proposed;
+              return Answer;
+            },
+            [this](const tySMTPserver &smtp, const QString &recipient) {
+              if (!Failure.isEmpty())
+                throw ESmtpError(Failure);
+              Sent.append({smtp, recipient});
+            },
+            [this](QWidget *, const QString &text) { Informed.append(text); },
+            [this](QWidget *, const QString &text) { Errors.append(text); }};
+  }
+};
+
+} // namespace
+
+TEST(SmtpDialogTest, ShowsEveryFieldWithItsLabel)
+{
+  TfrmSMTP dialog;
+  dialog.Fill(Settings());
+  EXPECT_EQ(dialog.windowTitle(), "SMTP");
+  EXPECT_EQ(dialog.ledtPort->text(), "587");
+  EXPECT_TRUE(dialog.chkSSL->isChecked());
+  EXPECT_EQ(dialog.chkSSL->text(), "SSL");
+  EXPECT_EQ(dialog.ledtPassword->echoMode(), QLineEdit::Password);
+  EXPECT_EQ(dialog.BitBtn1->text(), "Test");
+  QStringList labels;
+  for (const QLabel *label : dialog.findChildren<QLabel *>())
+    labels.append(label->text());
+  for (const char *label : {"SMTP Server", "Port", "Username", "Password", "Default receiver \"To\"",
+                            "Default receiver \"Cc\"", "Sender address"})
+    EXPECT_TRUE(labels.contains(QLatin1String(label))) << label;
+  EXPECT_TRUE(Same(dialog.Values(), Settings()));
+}
+
+TEST(SmtpDialogTest, OkTrimsServerAndUserOnlyAndFallsBackToPort25)
+{
+  TfrmSMTP dialog;
+  dialog.Fill(Settings());
+  dialog.ledtServer->setText("  mail.vellmor.example\t");
+  dialog.ledtUsername->setText(" followup ");
+  dialog.ledtDefaultTo->setText(" a@x.example ");
+  dialog.ledtPort->setText("abc"); // pasted past the digits-only check
+  const tySMTPserver kept = dialog.Values();
+  EXPECT_EQ(kept.Server, "mail.vellmor.example");
+  EXPECT_EQ(kept.UserName, "followup");
+  EXPECT_EQ(kept.Password, " pass word ");
+  EXPECT_EQ(kept.DefaultTo, " a@x.example ");
+  EXPECT_EQ(kept.Port, 25);
+
+  dialog.ledtPort->setText("99999999999");
+  EXPECT_EQ(dialog.Values().Port, 25);
+  QString typed = "12a";
+  int position = 3;
+  EXPECT_EQ(dialog.ledtPort->validator()->validate(typed, position), QValidator::Invalid);
+}
+
+TEST(SmtpDialogTest, TestSendsTheTypedValuesAndConfirms)
+{
+  TRecorder recorder;
+  recorder.Answer = "tester@vellmor.example";
+  TfrmSMTP dialog(nullptr, recorder.Actions());
+  dialog.Fill(Settings());
+  dialog.ledtServer->setText(" mail.vellmor.example ");
+  dialog.ledtPort->setText("abc");
+  dialog.BitBtn1->click();
+
+  EXPECT_EQ(recorder.Proposed, "leads@vellmor.example");
+  ASSERT_EQ(recorder.Sent.size(), 1);
+  EXPECT_EQ(recorder.Sent[0].first.Server, " mail.vellmor.example ");
+  EXPECT_EQ(recorder.Sent[0].first.Port, 25);
+  EXPECT_EQ(recorder.Sent[0].second, "tester@vellmor.example");
+  EXPECT_EQ(recorder.Informed, QStringList{"Check your inbox, the email has been sent."});
+  EXPECT_TRUE(recorder.Errors.isEmpty());
+}
+
+TEST(SmtpDialogTest, NoRecipientNoTestAndAFailureKeepsTheValues)
+{
+  TRecorder recorder;
+  TfrmSMTP dialog(nullptr, recorder.Actions());
+  dialog.Fill(Settings());
+  dialog.BitBtn1->click();
+  EXPECT_TRUE(recorder.Sent.isEmpty());
+  EXPECT_TRUE(recorder.Informed.isEmpty());
+
+  recorder.Answer = "tester@vellmor.example";
+  recorder.Failure = "Unable to send the mail through mail.vellmor.example:587: Login denied";
+  dialog.show();
+  dialog.BitBtn1->click();
+  EXPECT_EQ(recorder.Errors, QStringList{recorder.Failure});
+  EXPECT_TRUE(recorder.Informed.isEmpty());
+  EXPECT_TRUE(dialog.isVisible());
+  EXPECT_TRUE(Same(dialog.Values(), Settings()));
+}
+
+TEST(SmtpDialogTest, CancelAfterARealTestLeavesTheSettingsUnchanged)
+{
+  TSmtpTestServer server({});
+  ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
+  TfrmSMTP::TTestActions actions = TfrmSMTP::DefaultTestActions();
+  actions.AskRecipient = [](QWidget *, const QString &) { return QStringLiteral("tester@vellmor.example"); };
+  QStringList informed;
+  actions.Inform = [&](QWidget *, const QString &text) { informed.append(text); };
+
+  tySMTPserver smtp = Settings();
+  QTimer::singleShot(0, [&] {
+    auto *dialog = qobject_cast<TfrmSMTP *>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    dialog->ledtServer->setText(" 127.0.0.1 ");
+    dialog->ledtPort->setText(QString::number(server.Port()));
+    dialog->chkSSL->setChecked(false);
+    dialog->ledtUsername->clear();
+    dialog->BitBtn1->click();
+    dialog->reject();
+  });
+  EXPECT_FALSE(ConfigureSMTPserver(smtp, nullptr, actions));
+
+  EXPECT_TRUE(Same(smtp, Settings()));
+  EXPECT_EQ(informed, QStringList{"Check your inbox, the email has been sent."});
+  const QList<QJsonObject> messages = server.Messages();
+  ASSERT_EQ(messages.size(), 1);
+  EXPECT_EQ(messages[0]["headers"].toObject()["Subject"].toString(), "SMTP gateway test");
+  EXPECT_EQ(messages[0]["rcpt_tos"].toArray().first().toString(), "tester@vellmor.example");
+}
+
+TEST(SmtpDialogTest, OkCopiesTheEditedValuesBack)
+{
+  tySMTPserver smtp = Settings();
+  QTimer::singleShot(0, [] {
+    auto *dialog = qobject_cast<TfrmSMTP *>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    dialog->ledtServer->setText(" smtp.other.example ");
+    dialog->ledtFrom->setText("robot@other.example");
+    dialog->findChild<QPushButton *>("bbtOk")->click();
+  });
+  EXPECT_TRUE(ConfigureSMTPserver(smtp));
+  EXPECT_EQ(smtp.Server, "smtp.other.example");
+  EXPECT_EQ(smtp.From, "robot@other.example");
+  EXPECT_EQ(smtp.DefaultTo, Settings().DefaultTo);
+}
