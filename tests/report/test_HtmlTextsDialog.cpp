@@ -1,0 +1,145 @@
+#include "report/gui/HtmlHighlighter.h"
+#include "report/gui/TfrmHtmlTexts.h"
+#include "support/TempConfig.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextLayout>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+namespace {
+
+tyHtmlTexts Sample()
+{
+  tyHtmlTexts texts = DefaultHtmlTexts();
+  texts.Unassigned_Without = {};
+  texts.More10 = {"<h2>More</h2>", "", "<p>end</p>"};
+  return texts;
+}
+
+QStringList TabTexts(const QTabWidget *tabs)
+{
+  QStringList texts;
+  for (int i = 0; i < tabs->count(); ++i)
+    texts.append(tabs->tabText(i));
+  return texts;
+}
+
+bool SameTexts(const tyHtmlTexts &a, const tyHtmlTexts &b)
+{
+  for (const auto block : CHtmlTextBlocks)
+    if (a.*block != b.*block)
+      return false;
+  return true;
+}
+
+// Runs `edit` on the dialog once it is shown modally.
+void WhenShown(const std::function<void(TfrmHtmlTexts &)> &edit)
+{
+  QTimer::singleShot(0, [edit] {
+    auto *dialog = qobject_cast<TfrmHtmlTexts *>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    edit(*dialog);
+  });
+}
+
+// The format the highlighter gave to the character at `position` of the block.
+QTextCharFormat FormatAt(const QTextBlock &block, int position)
+{
+  for (const QTextLayout::FormatRange &range : block.layout()->formats())
+    if (position >= range.start && position < range.start + range.length)
+      return range.format;
+  return {};
+}
+
+} // namespace
+
+TEST(HtmlTextsDialogTest, FourTabsWithTheSectionPagesAndOneEditorPerBlock)
+{
+  TfrmHtmlTexts dialog;
+  EXPECT_EQ(dialog.windowTitle(), "Texts");
+  EXPECT_EQ(TabTexts(dialog.PageControl), (QStringList{"Unassigned", "Without Update", "> 10 Exchanges", "Why ?"}));
+  const QStringList pages{"Title", "If tickets are found", "If everything is OK"};
+  EXPECT_EQ(TabTexts(dialog.pcUnassigned), pages);
+  EXPECT_EQ(TabTexts(dialog.pcWithoutUpdate), pages);
+  for (const int number : {10, 11, 12, 20, 21, 22, 30, 40}) {
+    ASSERT_NE(dialog.Editor(number), nullptr) << number;
+    ASSERT_NE(dialog.Preview(number), nullptr) << number;
+    EXPECT_EQ(dialog.Editor(number)->property("Tag").toInt(), number);
+  }
+  EXPECT_TRUE(dialog.pcWithoutUpdate->widget(1)->isAncestorOf(dialog.Editor(21)));
+  EXPECT_TRUE(dialog.PageControl->widget(3)->isAncestorOf(dialog.Preview(40)));
+}
+
+TEST(HtmlTextsDialogTest, BlocksGoToTheirEditorsAndComeBackUnchanged)
+{
+  TfrmHtmlTexts dialog;
+  dialog.Fill(Sample());
+  EXPECT_EQ(dialog.Editor(30)->toPlainText(), "<h2>More</h2>\n\n<p>end</p>");
+  EXPECT_EQ(dialog.Editor(21)->toPlainText(), Sample().WithoutUpdate_With.join('\n'));
+  EXPECT_TRUE(SameTexts(dialog.Texts(), Sample()));
+}
+
+TEST(HtmlTextsDialogTest, PreviewsAreFilledOnShowAndFollowTheirEditor)
+{
+  TfrmHtmlTexts dialog;
+  dialog.Fill(Sample());
+  dialog.Preview(40)->clear();
+  dialog.show();
+  EXPECT_EQ(dialog.Preview(40)->text(), Sample().Why.join('\n'));
+  EXPECT_EQ(dialog.Preview(40)->textFormat(), Qt::RichText);
+
+  dialog.Editor(21)->setPlainText("<p>Changed %NBDAYS%</p>");
+  EXPECT_EQ(dialog.Preview(21)->text(), "<p>Changed %NBDAYS%</p>");
+  EXPECT_EQ(dialog.Preview(20)->text(), Sample().WithoutUpdate_Title.join('\n'));
+  EXPECT_EQ(dialog.Preview(22)->text(), Sample().WithoutUpdate_Without.join('\n'));
+}
+
+TEST(HtmlTextsDialogTest, OkCopiesEveryBlockBackCancelTouchesNothing)
+{
+  tyHtmlTexts texts = Sample();
+  WhenShown([](TfrmHtmlTexts &dialog) {
+    dialog.Editor(12)->setPlainText("<p>All good</p>\n<p>really</p>");
+    dialog.findChild<QPushButton *>("bbtOk")->click();
+  });
+  ASSERT_TRUE(EditHtmlTexts(texts));
+  tyHtmlTexts expected = Sample();
+  expected.Unassigned_Without = {"<p>All good</p>", "<p>really</p>"};
+  EXPECT_TRUE(SameTexts(texts, expected));
+
+  WhenShown([](TfrmHtmlTexts &dialog) {
+    dialog.Editor(40)->clear();
+    dialog.findChild<QPushButton *>("bbtCancel")->click();
+  });
+  EXPECT_FALSE(EditHtmlTexts(texts));
+  EXPECT_TRUE(SameTexts(texts, expected));
+}
+
+TEST(HtmlHighlighterTest, TagsAttributesValuesEntitiesCommentsAndPlaceholders)
+{
+  QTextDocument document;
+  THtmlHighlighter highlighter(&document);
+  document.setPlainText("<p class=\"note\">a &amp; b %NBDAYS%</p> <!-- one\ntwo --> <a\nhref='x'>");
+  highlighter.rehighlight();
+  const QTextBlock first = document.firstBlock();
+  const QString line = first.text();
+  EXPECT_EQ(FormatAt(first, 0), highlighter.FTag);                          // <p
+  EXPECT_EQ(FormatAt(first, line.indexOf("class")), highlighter.FAttribute);
+  EXPECT_EQ(FormatAt(first, line.indexOf("\"note\"")), highlighter.FValue);
+  EXPECT_EQ(FormatAt(first, line.indexOf("&amp;")), highlighter.FEntity);
+  EXPECT_EQ(FormatAt(first, line.indexOf("%NBDAYS%")), highlighter.FPlaceholder);
+  EXPECT_EQ(FormatAt(first, line.indexOf(" b ")), QTextCharFormat());       // plain text
+  EXPECT_EQ(FormatAt(first, line.indexOf("one")), highlighter.FComment);
+  const QTextBlock second = first.next();
+  EXPECT_EQ(FormatAt(second, 0), highlighter.FComment);                     // comment goes on
+  EXPECT_EQ(FormatAt(second, second.text().indexOf("<a")), highlighter.FTag);
+  const QTextBlock third = second.next();
+  EXPECT_EQ(FormatAt(third, 0), highlighter.FAttribute);                    // tag goes on
+  EXPECT_EQ(FormatAt(third, third.text().indexOf("'x'")), highlighter.FValue);
+}
