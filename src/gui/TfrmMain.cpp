@@ -3,6 +3,8 @@
 #include "core/AppInfo.h"
 #include "core/Errors.h"
 #include "core/Trace.h"
+#include "report/gui/TfrmHtmlTexts.h"
+#include "report/gui/TfrmSMTP.h"
 #include "rest/gui/TfrmSetQuorvexItsmConfig.h"
 #include "state/TMainState.h"
 #include "tickets/GridExport.h"
@@ -143,6 +145,20 @@ void TfrmMain::bbtStatusAndPropertiesClick()
 
 void TfrmMain::bbtSendMailClick() { FState.bbtSendMailClick(); }
 
+void TfrmMain::bbtTextsClick()
+{
+  const TraceScope trace(lcApp(), "TfrmMain.bbtTextsClick");
+  if (EditHtmlTexts(FState.FHtmlTexts, this))
+    FState.SaveHtmlTexts();
+}
+
+void TfrmMain::bbtSmtpServerClick()
+{
+  const TraceScope trace(lcApp(), "TfrmMain.bbtSmtpServerClick");
+  if (ConfigureSMTPserver(FState.FSmtp, this))
+    FState.SaveConfigSMTP();
+}
+
 void TfrmMain::bbtGenerateMailClick()
 {
   FState.bbtGenerateMailClick(
@@ -222,6 +238,8 @@ void TfrmMain::WireButtons()
   wire(bbtStatusAndProperties, &TfrmMain::bbtStatusAndPropertiesClick);
   wire(bbtGenerateMail, &TfrmMain::bbtGenerateMailClick);
   wire(bbtSendMail, &TfrmMain::bbtSendMailClick);
+  wire(bbtTexts, &TfrmMain::bbtTextsClick);
+  wire(bbtSmtpServer, &TfrmMain::bbtSmtpServerClick);
   wire(bbtFilter, &TfrmMain::bbtFilterClick);
   wire(bbtSaveGrid, &TfrmMain::bbtSaveGridClick);
   wire(bbtAbout, &TfrmMain::bbtAboutClick);

@@ -42,6 +42,8 @@ private:
   void bbtStatusAndPropertiesClick();
   void bbtGenerateMailClick();
   void bbtSendMailClick();
+  void bbtTextsClick();
+  void bbtSmtpServerClick();
   void bbtFilterClick();
   void bbtSaveGridClick();
   void bbtAboutClick();
