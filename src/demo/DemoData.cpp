@@ -83,16 +83,16 @@ QJsonArray Objects()
     QString Type;
   };
   const QList<TObject> objects{
-      {201, QStringLiteral("NEW"), QStringLiteral("TICKET_STATUS")},
-      {202, QStringLiteral("ASSIGNED"), QStringLiteral("TICKET_STATUS")},
-      {203, QStringLiteral("IN_PROGRESS"), QStringLiteral("TICKET_STATUS")},
-      {204, QStringLiteral("WAITING_CUSTOMER"), QStringLiteral("TICKET_STATUS")},
-      {205, QStringLiteral("WAITING_SUPPLIER"), QStringLiteral("TICKET_STATUS")},
-      {206, QStringLiteral("SCHEDULED"), QStringLiteral("TICKET_STATUS")},
-      {301, QStringLiteral("P1"), QStringLiteral("TICKET_PRIORITY")},
-      {302, QStringLiteral("P2"), QStringLiteral("TICKET_PRIORITY")},
-      {303, QStringLiteral("P3"), QStringLiteral("TICKET_PRIORITY")},
-      {304, QStringLiteral("P4"), QStringLiteral("TICKET_PRIORITY")},
+      {201, QStringLiteral("New"), QStringLiteral("TICKET_STATUS")},
+      {202, QStringLiteral("Acknowledged"), QStringLiteral("TICKET_STATUS")},
+      {203, QStringLiteral("In progress"), QStringLiteral("TICKET_STATUS")},
+      {204, QStringLiteral("Waiting"), QStringLiteral("TICKET_STATUS")},
+      {205, QStringLiteral("To validate"), QStringLiteral("TICKET_STATUS")},
+      {206, QStringLiteral("Planned (without SLA)"), QStringLiteral("TICKET_STATUS")},
+      {301, QStringLiteral("Critical P1"), QStringLiteral("TICKET_PRIORITY")},
+      {302, QStringLiteral("High P2"), QStringLiteral("TICKET_PRIORITY")},
+      {303, QStringLiteral("Medium P3"), QStringLiteral("TICKET_PRIORITY")},
+      {304, QStringLiteral("Low P4"), QStringLiteral("TICKET_PRIORITY")},
   };
   QJsonArray array;
   for (const TObject &object : objects)
@@ -100,7 +100,9 @@ QJsonArray Objects()
                              {QStringLiteral("module"), QStringLiteral("TICKETING")},
                              {QStringLiteral("organization"), SubName(0, QString())},
                              {QStringLiteral("reference"), object.Reference},
-                             {QStringLiteral("subType"), QString()},
+                             {QStringLiteral("subType"), object.Type == QLatin1String("TICKET_PRIORITY")
+                                                             ? QStringLiteral("INCIDENT")
+                                                             : QString()},
                              {QStringLiteral("type"), object.Type}});
   return array;
 }
@@ -177,9 +179,10 @@ QJsonArray OperatorsJson(const QList<TOperator> &operators, const QDateTime &now
 QJsonArray TicketsJson(TDice &dice, const QList<TOperator> &operators, const QDateTime &now)
 {
   const QStringList types{"INCIDENT", "REQUEST", "PROBLEM", "CHANGE"};
-  const QList<QPair<int, QString>> statuses{{201, "NEW"}, {202, "ASSIGNED"}, {203, "IN_PROGRESS"},
-                                            {204, "WAITING_CUSTOMER"}, {205, "WAITING_SUPPLIER"}, {206, "SCHEDULED"}};
-  const QList<QPair<int, QString>> priorities{{301, "P1"}, {302, "P2"}, {303, "P3"}, {304, "P4"}};
+  const QList<QPair<int, QString>> statuses{{201, "New"},     {202, "Acknowledged"}, {203, "In progress"},
+                                            {204, "Waiting"}, {205, "To validate"},  {206, "Planned (without SLA)"}};
+  const QList<QPair<int, QString>> priorities{
+      {301, "Critical P1"}, {302, "High P2"}, {303, "Medium P3"}, {304, "Low P4"}};
   const QStringList subjects{"Printer on floor 2 jams", "VPN drops every hour", "New laptop for a newcomer",
                              "SAP transaction VA01 slow", "Mailbox quota exceeded", "Database backup failed",
                              "Wi-Fi unreachable in meeting room", "Access to the shared drive \"Finance\"",
@@ -256,7 +259,7 @@ QJsonArray TicketsJson(TDice &dice, const QList<TOperator> &operators, const QDa
                       QJsonObject{{QStringLiteral("changelogType"), QStringLiteral("NORMAL")},
                                   {QStringLiteral("reason"), QStringLiteral("End of support of the current version")},
                                   {QStringLiteral("rollbackPlan"), QStringLiteral("Restore the snapshot")}});
-      if (status.second == QLatin1String("WAITING_CUSTOMER"))
+      if (status.second == QLatin1String("Waiting"))
         ticket.insert(QStringLiteral("waitingDate"), Stamp(updated));
       QJsonArray exchanges{QStringLiteral("Ticket received.")};
       const int notice = dice.Roll(15);
