@@ -1,0 +1,235 @@
+// The built program against the demo service program over HTTPS and a real SMTP
+// server, as a scheduler would start it: no display, settings of its own.
+
+#include "../report/SmtpTestServer.h"
+#include "core/IniFile.h"
+#include "core/SecretCodec.h"
+#include "support/TempConfig.h"
+
+#include <QDir>
+#include <QEventLoop>
+#include <QFile>
+#include <QJsonArray>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QProcess>
+#include <QSslConfiguration>
+#include <QSslCertificate>
+#include <gtest/gtest.h>
+
+namespace {
+
+class EndToEnd : public ::testing::Test
+{
+protected:
+  void SetUp() override
+  {
+    StartService({});
+    ASSERT_TRUE(FSmtp.Started()) << FSmtp.Failure().toStdString();
+    WriteSettings(FSmtp.Port());
+  }
+
+  void TearDown() override { StopService(); }
+
+  void StartService(const QStringList &options)
+  {
+    FOutput.clear();
+    FService.setProgram(QUORVEX_DEMO_SERVICE_EXE);
+    FService.setArguments(QStringList{"--ca-file", FConfig.File("demo-ca.pem")} + options);
+    FService.start();
+    ASSERT_TRUE(FService.waitForStarted(10000));
+    while (!FOutput.contains("Username: ") || !FOutput.endsWith(u'\n')) {
+      ASSERT_TRUE(FService.waitForReadyRead(10000)) << FOutput.toStdString();
+      FOutput += QString::fromUtf8(FService.readAllStandardOutput());
+    }
+  }
+
+  void StopService()
+  {
+    FService.kill();
+    FService.waitForFinished(5000);
+  }
+
+  QString Printed(const QString &label) const
+  {
+    for (const QString &line : FOutput.split('\n'))
+      if (line.startsWith(label))
+        return line.mid(label.size());
+    return {};
+  }
+
+  QString Folder() const { return FConfig.Root() + "/Vellmor/vlmQuorvexITSM/"; }
+
+  // The demo's account, organizations 101 and 102, teams 11 and 12, and the SMTP
+  // server on `smtpPort` without encryption.
+  void WriteSettings(int smtpPort)
+  {
+    QDir().mkpath(Folder());
+    WriteTextFile(Folder() + "quorvex-followup.ini",
+                  QStringLiteral("[QuorvexITSM]\nSaaS=0\nInstance=%1\nClientID=followup-demo\nClientSecret=%2\n"
+                                 "Username=lead@vellmor.example\nPassword=%3\n"
+                                 "[SMTP]\nServer=127.0.0.1\nPort=%4\nUseSSL=0\nUserName=\nPassword=\n"
+                                 "DefaultTo=leads@example.org; desk@example.org\nDefaultCC=boss@example.org\n"
+                                 "From=followup@example.org\n"
+                                 "[Organizations]\nNb=2\nid_1=101\nname_1=Northwind Logistics\n"
+                                 "ticketingModuleEnabled_1=1\nid_2=102\nname_2=Brasserie Lefèvre & Fils\n"
+                                 "ticketingModuleEnabled_2=1\n"
+                                 "[Teams]\nNb=2\nid_1=11\nname_1=Service Desk\nid_2=12\nname_2=Network & Security\n")
+                      .arg(Printed("Instance: "), Encrypt("demo secret&=1"), Encrypt(QString::fromUtf8("Pass word&=é")))
+                      .arg(smtpPort)
+                      .toUtf8());
+  }
+
+  struct TRun
+  {
+    int ExitCode = -1;
+    QString Err;
+    QString Log;
+  };
+
+  TRun RunTool(const QStringList &arguments)
+  {
+    for (const QString &old : QDir(Folder()).entryList({"quorvex-followup_*.log"}))
+      QFile::remove(Folder() + old);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("DISPLAY");
+    environment.remove("WAYLAND_DISPLAY");
+    environment.remove("QT_QPA_PLATFORM");
+    environment.insert("XDG_CONFIG_HOME", FConfig.Root());
+    environment.insert("XDG_RUNTIME_DIR", FConfig.Root());
+    environment.insert("QUORVEX_EXTRA_CA_CERTS", Printed("CA certificate: "));
+    QProcess tool;
+    tool.setProcessEnvironment(environment);
+    tool.start(QUORVEX_FOLLOWUP_EXE, arguments);
+    EXPECT_TRUE(tool.waitForFinished(120000));
+    TRun run{tool.exitCode(), QString::fromUtf8(tool.readAllStandardError()), {}};
+    const QStringList logs = QDir(Folder()).entryList({"quorvex-followup_*.log"});
+    if (logs.size() == 1)
+      run.Log = ReadTextFile(Folder() + logs[0]);
+    return run;
+  }
+
+  // Sets faults of the running demo service.
+  void SetFaults(const QByteArray &json)
+  {
+    QNetworkAccessManager manager;
+    QNetworkRequest request(QUrl("https://" + Printed("Instance: ") + "/demo/faults"));
+    QSslConfiguration ssl = QSslConfiguration::defaultConfiguration();
+    ssl.addCaCertificates(QSslCertificate::fromPath(Printed("CA certificate: ")));
+    request.setSslConfiguration(ssl);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, "application/json");
+    QNetworkReply *reply = manager.post(request, json);
+    QEventLoop loop;
+    QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    loop.exec();
+    EXPECT_EQ(reply->error(), QNetworkReply::NoError) << reply->errorString().toStdString();
+    reply->deleteLater();
+  }
+
+  QString PartText(const QJsonObject &message, const QString &type) const
+  {
+    for (const QJsonValue &part : message["parts"].toArray())
+      if (part["type"].toString() == type)
+        return part["text"].toString();
+    return {};
+  }
+
+  TTempConfig FConfig;
+  QProcess FService;
+  QString FOutput;
+  TSmtpTestServer FSmtp{TSmtpTestServer::TOptions{}};
+};
+
+} // namespace
+
+TEST_F(EndToEnd, FullRunSendsTheReportToTheDefaultRecipientsAndLogsEveryStep)
+{
+  const TRun run = RunTool({"auto"});
+  ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString() << run.Log.toStdString();
+
+  for (const char *step : {" - BEGIN", " - Retrieve all tickets", " - * Northwind Logistics ....................... : ",
+                           " - * Nb tickets: 320", " - Generate email", " - * Unassigned: ", " - * To: ",
+                           " - Send email", " - END"})
+    EXPECT_TRUE(run.Log.contains(step)) << step << "\n" << run.Log.toStdString();
+  EXPECT_FALSE(run.Log.contains("ERROR"));
+
+  const QList<QJsonObject> messages = FSmtp.Messages();
+  ASSERT_EQ(messages.size(), 1);
+  const QJsonObject mail = messages[0];
+  EXPECT_EQ(mail["headers"]["Subject"].toString(), "Quorvex ITSM tickets follow-up");
+  EXPECT_EQ(mail["content_type"].toString(), "multipart/alternative");
+  QStringList recipients;
+  for (const QJsonValue &to : mail["rcpt_tos"].toArray())
+    recipients << to.toString();
+  recipients.sort();
+  EXPECT_EQ(recipients, (QStringList{"boss@example.org", "desk@example.org", "leads@example.org"}));
+  const QString html = PartText(mail, "text/html");
+  EXPECT_TRUE(html.contains("<h2>DEBUG</h2>"));
+  EXPECT_TRUE(html.contains("@vellmor.example")); // the computed recipients, listed for information
+  EXPECT_TRUE(html.contains("Brasserie Lefèvre & Fils"));
+  EXPECT_FALSE(html.contains("WARNING"));
+  EXPECT_TRUE(PartText(mail, "text/plain").contains("Quorvex ITSM tickets follow-up"));
+
+  // Unattended, no report file is left beside the settings.
+  EXPECT_FALSE(QFile::exists(Folder() + "quorvex-followup.html"));
+  EXPECT_FALSE(QFile::exists(Folder() + "quorvex-followup.to"));
+}
+
+TEST_F(EndToEnd, ASecondRunReusesTheSavedToken)
+{
+  ASSERT_EQ(RunTool({"auto"}).ExitCode, 0);
+  const TIniFile first(Folder() + "quorvex-followup.ini");
+  const QString token = first.ReadString("QuorvexITSM", "Token", "");
+  const QString requested = first.ReadString("QuorvexITSM", "TokenRequest", "");
+  ASSERT_FALSE(token.isEmpty());
+
+  ASSERT_EQ(RunTool({"auto"}).ExitCode, 0);
+  const TIniFile second(Folder() + "quorvex-followup.ini");
+  EXPECT_EQ(second.ReadString("QuorvexITSM", "Token", ""), token);
+  EXPECT_EQ(second.ReadString("QuorvexITSM", "TokenRequest", ""), requested); // no new request
+  EXPECT_EQ(FSmtp.Messages().size(), 2);
+}
+
+TEST_F(EndToEnd, DryRunWritesTheReportFilesAndSendsNothing)
+{
+  const TRun run = RunTool({"--dry-run"});
+  EXPECT_EQ(run.ExitCode, 0) << run.Err.toStdString();
+  EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.html"));
+  EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.to"));
+  EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.cc"));
+  EXPECT_TRUE(run.Log.contains("Dry run: nothing sent"));
+  EXPECT_TRUE(FSmtp.Messages().isEmpty());
+}
+
+TEST_F(EndToEnd, RefusedTokenStillSendsAReportThatSaysSo)
+{
+  StopService();
+  StartService({"--refuse-token"});
+  WriteSettings(FSmtp.Port());
+  const TRun run = RunTool({"auto"});
+  EXPECT_EQ(run.ExitCode, 3) << run.Err.toStdString();
+  EXPECT_TRUE(run.Log.contains("WARNING incomplete retrieval: no access token")) << run.Log.toStdString();
+  ASSERT_EQ(FSmtp.Messages().size(), 1);
+  EXPECT_TRUE(PartText(FSmtp.Messages()[0], "text/html").contains("WARNING: the retrieval of the tickets was incomplete"));
+}
+
+TEST_F(EndToEnd, GarbageTicketPageMakesTheRetrievalIncomplete)
+{
+  SetFaults(R"({"bodies":[{"path":"/api/ticket/list/open","page":0,"body":"garbage","status":200}]})");
+  const TRun run = RunTool({"auto"});
+  EXPECT_EQ(run.ExitCode, 3) << run.Err.toStdString();
+  EXPECT_TRUE(run.Log.contains("WARNING incomplete retrieval: Northwind Logistics")) << run.Log.toStdString();
+  EXPECT_EQ(FSmtp.Messages().size(), 1);
+}
+
+TEST_F(EndToEnd, AbsentMailServerFailsTheRunButKeepsItsLog)
+{
+  WriteSettings(UnusedPort());
+  const TRun run = RunTool({"auto"});
+  EXPECT_EQ(run.ExitCode, 2);
+  EXPECT_TRUE(run.Log.contains(" - Send email"));
+  EXPECT_TRUE(run.Log.contains(" - ERROR ")) << run.Log.toStdString();
+  EXPECT_TRUE(run.Log.contains("127.0.0.1"));
+  EXPECT_FALSE(run.Log.contains(" - END"));
+  EXPECT_TRUE(run.Err.contains("127.0.0.1")) << run.Err.toStdString();
+}
