@@ -10,11 +10,11 @@
 
 namespace {
 
+// The error line of the log; the trace channel also puts it on stderr.
 void Fail(TMainState &state, const QString &message)
 {
   state.FslLog.append(LogLine(QStringLiteral(" - ERROR ") + message));
   TraceError(lcApp(), message);
-  std::fprintf(stderr, "%s\n", qPrintable(message));
 }
 
 } // namespace
