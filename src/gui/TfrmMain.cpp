@@ -25,6 +25,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QScreen>
+#include <QStatusBar>
 #include <QStyle>
 #include <QTableView>
 #include <QToolButton>
@@ -125,6 +126,16 @@ void TfrmMain::bbtGetTicketsClick()
 {
   FState.bbtGetTicketsClick(*FProgress);
   asgTickets->resizeColumnsToContents();
+  ShowRetrievalStatus();
+}
+
+void TfrmMain::ShowRetrievalStatus()
+{
+  const QStringList &failures = FState.RetrievalFailures();
+  if (failures.isEmpty())
+    statusBar()->showMessage(tr("%n open ticket(s) retrieved", nullptr, static_cast<int>(FState.FTickets.size())));
+  else
+    statusBar()->showMessage(tr("Retrieval incomplete: %1").arg(failures.join(QStringLiteral("; "))));
 }
 
 void TfrmMain::bbtGET_Organization_ListClick()
@@ -205,6 +216,7 @@ TExitStatus TfrmMain::RunUnattended(const TUnattendedOptions &options)
   shown.ShowAutomaticMode = [this](bool automatic) { ShowAutomaticMode(automatic); };
   const TExitStatus status = TimerTimer(FState, *FProgress, shown);
   asgTickets->resizeColumnsToContents();
+  ShowRetrievalStatus();
   return status;
 }
 

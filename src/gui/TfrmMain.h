@@ -36,6 +36,8 @@ private:
   // as the toolkit would show an uncaught error.
   void RunStep(const std::function<void()> &step);
   void WireButtons();
+  // Tells in the status bar how many tickets came, or why the list is incomplete.
+  void ShowRetrievalStatus();
   void bbtQuorvexItsmApiClick();
   void bbtGetTicketsClick();
   void bbtGET_Organization_ListClick();

@@ -4,6 +4,7 @@
 #include "support/TempConfig.h"
 
 #include <QLabel>
+#include <QStatusBar>
 #include <QTableView>
 #include <QToolButton>
 #include <gtest/gtest.h>
@@ -78,4 +79,18 @@ TEST(MainWindow, CloseButtonClosesTheWindow)
   window.show();
   window.bbtClose->click();
   EXPECT_FALSE(window.isVisible());
+}
+
+TEST(MainWindow, GetTicketsSaysWhyNothingCame)
+{
+  TTempConfig config;
+  TOfflineRest offline;
+  TMainState state("quorvex-followup", offline.Rest);
+  state.FormCreate();
+  TfrmMain window(state);
+  window.show();
+  window.bbtGetTickets->click();
+  EXPECT_TRUE(window.statusBar()->currentMessage().startsWith("Retrieval incomplete: no organization is selected"))
+      << window.statusBar()->currentMessage().toStdString();
+  state.FormDestroy();
 }
