@@ -4,6 +4,7 @@
 #include "../report/SmtpTestServer.h"
 #include "core/IniFile.h"
 #include "core/SecretCodec.h"
+#include "support/DemoServiceProcess.h"
 #include "support/TempConfig.h"
 
 #include <QDir>
@@ -33,30 +34,13 @@ protected:
 
   void StartService(const QStringList &options)
   {
-    FOutput.clear();
-    FService.setProgram(QUORVEX_DEMO_SERVICE_EXE);
-    FService.setArguments(QStringList{"--ca-file", FConfig.File("demo-ca.pem")} + options);
-    FService.start();
-    ASSERT_TRUE(FService.waitForStarted(10000));
-    while (!FOutput.contains("Username: ") || !FOutput.endsWith(u'\n')) {
-      ASSERT_TRUE(FService.waitForReadyRead(10000)) << FOutput.toStdString();
-      FOutput += QString::fromUtf8(FService.readAllStandardOutput());
-    }
+    const QString failure = FService.Start(FConfig.File("demo-ca.pem"), options);
+    ASSERT_TRUE(failure.isEmpty()) << failure.toStdString();
   }
 
-  void StopService()
-  {
-    FService.kill();
-    FService.waitForFinished(5000);
-  }
+  void StopService() { FService.Stop(); }
 
-  QString Printed(const QString &label) const
-  {
-    for (const QString &line : FOutput.split('\n'))
-      if (line.startsWith(label))
-        return line.mid(label.size());
-    return {};
-  }
+  QString Printed(const QString &label) const { return FService.Printed(label); }
 
   QString Folder() const { return FConfig.Root() + "/Vellmor/vlmQuorvexITSM/"; }
 
@@ -135,8 +119,7 @@ protected:
   }
 
   TTempConfig FConfig;
-  QProcess FService;
-  QString FOutput;
+  TDemoServiceProcess FService;
   TSmtpTestServer FSmtp{TSmtpTestServer::TOptions{}};
 };
 

@@ -1,10 +1,10 @@
 #include "core/ConfigTypes.h"
 #include "core/Trace.h"
 #include "rest/dRest.h"
+#include "support/DemoServiceProcess.h"
 #include "support/TempConfig.h"
 
 #include <QNetworkAccessManager>
-#include <QProcess>
 #include <gtest/gtest.h>
 #include <algorithm>
 
@@ -18,15 +18,8 @@ protected:
   void SetUp() override
   {
     Trace::Install(false);
-    FProcess.setProgram(QUORVEX_DEMO_SERVICE_EXE);
-    FProcess.setArguments({"--ca-file", FConfig.File("demo-ca.pem")});
-    FProcess.start();
-    ASSERT_TRUE(FProcess.waitForStarted(10000)) << FProcess.errorString().toStdString();
-    // The last line it prints is the user name.
-    while (!FOutput.contains("Username: ") || !FOutput.endsWith(u'\n')) {
-      ASSERT_TRUE(FProcess.waitForReadyRead(10000)) << "the service printed: " << FOutput.toStdString();
-      FOutput += QString::fromUtf8(FProcess.readAllStandardOutput());
-    }
+    const QString failure = FService.Start(FConfig.File("demo-ca.pem"));
+    ASSERT_TRUE(failure.isEmpty()) << failure.toStdString();
     qputenv("QUORVEX_EXTRA_CA_CERTS", Line("CA certificate: ").toUtf8());
     FRest = std::make_unique<TdmRest>(FManager);
     FSettings.Instance = Line("Instance: ");
@@ -36,24 +29,12 @@ protected:
     FSettings.API.Password = QString::fromUtf8("Pass word&=é");
   }
 
-  void TearDown() override
-  {
-    qunsetenv("QUORVEX_EXTRA_CA_CERTS");
-    FProcess.kill();
-    FProcess.waitForFinished(5000);
-  }
+  void TearDown() override { qunsetenv("QUORVEX_EXTRA_CA_CERTS"); }
 
-  QString Line(const QString &label) const
-  {
-    for (const QString &line : FOutput.split('\n'))
-      if (line.startsWith(label))
-        return line.mid(label.size());
-    return {};
-  }
+  QString Line(const QString &label) const { return FService.Printed(label); }
 
   TTempConfig FConfig;
-  QProcess FProcess;
-  QString FOutput;
+  TDemoServiceProcess FService;
   QNetworkAccessManager FManager;
   std::unique_ptr<TdmRest> FRest;
   tyQuorvexITSM FSettings;
