@@ -68,6 +68,17 @@ bool Matches(const QJsonObject &ticket, const QString &search)
   });
 }
 
+// "delivery": "never" or "cut" ("whole" when absent).
+TDemoFaults::TDelivery DeliveryOf(const QJsonObject &body)
+{
+  const QString delivery = body.value(QStringLiteral("delivery")).toString();
+  if (delivery == QLatin1String("never"))
+    return TDemoFaults::TDelivery::Never;
+  if (delivery == QLatin1String("cut"))
+    return TDemoFaults::TDelivery::CutMidBody;
+  return TDemoFaults::TDelivery::Whole;
+}
+
 } // namespace
 
 TDemoFaults TDemoFaults::FromJson(const QJsonObject &object)
@@ -80,7 +91,7 @@ TDemoFaults TDemoFaults::FromJson(const QJsonObject &object)
     const QJsonObject body = value.toObject();
     faults.Bodies.append({body.value(QStringLiteral("path")).toString(), body.value(QStringLiteral("page")).toInt(-1),
                           body.value(QStringLiteral("body")).toString().toUtf8(),
-                          body.value(QStringLiteral("status")).toInt(200)});
+                          body.value(QStringLiteral("status")).toInt(200), DeliveryOf(body)});
   }
   return faults;
 }
@@ -105,21 +116,37 @@ TDemoService::TDemoService(QJsonObject data, QObject *parent)
       received.Target += u'?' + request.url().query();
     FRequests.append(received);
     const TAnswer answer = Dispatch(received);
-    const auto send = [answer](QHttpServerResponder &to) {
-      to.write(answer.Body, "application/json", static_cast<QHttpServerResponder::StatusCode>(answer.Status));
-    };
+    if (answer.Delivery == TDemoFaults::TDelivery::Never) {
+      FUnanswered.push_back(std::make_unique<QHttpServerResponder>(std::move(responder)));
+      return;
+    }
     if (FFaults.DelayMs <= 0) {
-      send(responder);
+      Deliver(answer, responder);
       return;
     }
     // Answer later; the client may have given up and closed the socket by then.
     auto later = std::make_shared<QHttpServerResponder>(std::move(responder));
     QPointer<QTcpSocket> socket = later->socket();
-    QTimer::singleShot(FFaults.DelayMs, this, [later, socket, send] {
+    QTimer::singleShot(FFaults.DelayMs, this, [this, later, socket, answer] {
       if (socket && socket->state() == QAbstractSocket::ConnectedState)
-        send(*later);
+        Deliver(answer, *later);
     });
   });
+}
+
+void TDemoService::Deliver(const TAnswer &answer, QHttpServerResponder &responder)
+{
+  if (answer.Delivery != TDemoFaults::TDelivery::CutMidBody) {
+    responder.write(answer.Body, "application/json", static_cast<QHttpServerResponder::StatusCode>(answer.Status));
+    return;
+  }
+  // The head announces the whole body, then the connection closes halfway.
+  QTcpSocket *const socket = responder.socket();
+  socket->write("HTTP/1.1 " + QByteArray::number(answer.Status) +
+                " Cut\r\nContent-Type: application/json\r\nContent-Length: " +
+                QByteArray::number(answer.Body.size()) + "\r\n\r\n");
+  socket->write(answer.Body.left(answer.Body.size() / 2));
+  socket->disconnectFromHost();
 }
 
 TDemoService::~TDemoService() = default;
@@ -167,7 +194,7 @@ TDemoService::TAnswer TDemoService::Dispatch(const TDemoRequest &request)
 
   const int page = QJsonDocument::fromJson(request.Body).object().value(QStringLiteral("page")).toInt();
   if (const TDemoFaults::TBody *replaced = ReplacedBody(path, page))
-    return {replaced->Status, replaced->Body};
+    return {replaced->Status, replaced->Body, replaced->Delivery};
 
   static const QRegularExpression teamPath(QStringLiteral("^/api/teams/(-?\\d+)$"));
   if (request.Method == "GET" && path == QLatin1String("/api/ticket/list/open"))
@@ -197,7 +224,7 @@ TDemoService::TAnswer TDemoService::Token(const TDemoRequest &request)
   if (FFaults.RefuseToken)
     return {401, ErrorBody(QStringLiteral("unauthorized"), QStringLiteral("Token requests are refused"))};
   if (const TDemoFaults::TBody *replaced = ReplacedBody(QStringLiteral("/oauth/token"), -1))
-    return {replaced->Status, replaced->Body};
+    return {replaced->Status, replaced->Body, replaced->Delivery};
   const QUrlQuery form = FormOf(request.Body);
   const QJsonObject expected = FData.value(QStringLiteral("credentials")).toObject();
   const bool granted = FormValue(form, "grant_type") == QLatin1String("password") &&

@@ -11,9 +11,11 @@
 #include <QSet>
 #include <QString>
 #include <memory>
+#include <vector>
 
 class QHttpServer;
 class QHttpServerRequest;
+class QHttpServerResponder;
 
 // Faults the demo service can be told to make, for tests and demonstrations.
 struct TDemoFaults
@@ -21,6 +23,15 @@ struct TDemoFaults
   bool RefuseToken = false; // the token endpoint answers 401
   int DelayMs = 0;          // every answer waits this long
   int Surplus = 0;          // items added to each ticket page beyond its announced total
+  // How a replaced answer reaches the client: whole, never (the request hangs
+  // until the client gives up), or cut after half of its body (the connection
+  // closes although the announced length is not reached).
+  enum class TDelivery
+  {
+    Whole,
+    Never,
+    CutMidBody
+  };
   // Raw bodies given instead of the real answer: for a path ("/api/teams"), and
   // for the open-ticket list optionally one page only (-1: every page).
   struct TBody
@@ -29,6 +40,7 @@ struct TDemoFaults
     int Page = -1;
     QByteArray Body;
     int Status = 200;
+    TDelivery Delivery = TDelivery::Whole;
   };
   QList<TBody> Bodies;
 
@@ -73,7 +85,11 @@ private:
   {
     int Status = 200;
     QByteArray Body;
+    TDemoFaults::TDelivery Delivery = TDemoFaults::TDelivery::Whole;
   };
+
+  // Sends the answer as its delivery says.
+  void Deliver(const TAnswer &answer, QHttpServerResponder &responder);
 
   TAnswer Dispatch(const TDemoRequest &request);
   TAnswer Token(const TDemoRequest &request);
@@ -91,4 +107,5 @@ private:
   TDemoFaults FFaults;
   QList<TDemoRequest> FRequests;
   QSet<QByteArray> FTokens;
+  std::vector<std::unique_ptr<QHttpServerResponder>> FUnanswered; // requests left hanging on purpose
 };

@@ -51,12 +51,21 @@ QString HostOf(const QUrl &url)
   return url.port() > 0 ? QStringLiteral("%1:%2").arg(url.host()).arg(url.port()) : url.host();
 }
 
+// Network and proxy failures, as opposed to the errors Qt derives from an HTTP
+// status: with a status already read they mean that the body was cut short.
+bool BrokenOff(QNetworkReply::NetworkError error)
+{
+  return error != QNetworkReply::NoError && error < QNetworkReply::ContentAccessDenied;
+}
+
 QString TransportErrorText(const QUrl &url, const QNetworkReply &reply, const QList<QSslError> &sslErrors)
 {
   const QString address = url.toString();
   switch (reply.error()) {
   case QNetworkReply::ConnectionRefusedError:
     return QStringLiteral("Connection refused by %1 (%2): is the service running?").arg(HostOf(url), address);
+  case QNetworkReply::RemoteHostClosedError:
+    return QStringLiteral("%1 closed the connection before the whole answer came (%2)").arg(HostOf(url), address);
   case QNetworkReply::HostNotFoundError:
     return QStringLiteral("Host \"%1\" not found (%2): check the instance name").arg(url.host(), address);
   case QNetworkReply::SslHandshakeFailedError: {
@@ -97,6 +106,13 @@ TRestTransport::TAnswer TRestTransport::Send(const QByteArray &method, const QUr
   QList<QSslError> sslErrors;
   QObject::connect(reply, &QNetworkReply::sslErrors, reply,
                    [&sslErrors](const QList<QSslError> &errors) { sslErrors.append(errors); });
+  bool tooBig = false;
+  QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [&tooBig, reply](qint64 received, qint64 announced) {
+    if (received > CMaxAnswerBytes || announced > CMaxAnswerBytes) {
+      tooBig = true;
+      reply->abort();
+    }
+  });
   bool timedOut = false;
   QEventLoop loop;
   QTimer timer;
@@ -113,13 +129,15 @@ TRestTransport::TAnswer TRestTransport::Send(const QByteArray &method, const QUr
   }
 
   const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-  if (timedOut || !status.isValid()) {
-    const QString message =
-        timedOut ? QStringLiteral("No answer from %1 within %2 s (%3)")
-                       .arg(HostOf(url))
-                       .arg(FTimeout.count() / 1000.0)
-                       .arg(url.toString())
-                 : TransportErrorText(url, *reply, sslErrors);
+  if (timedOut || tooBig || !status.isValid() || BrokenOff(reply->error())) {
+    const QString message = timedOut ? QStringLiteral("No answer from %1 within %2 s (%3)")
+                                           .arg(HostOf(url))
+                                           .arg(FTimeout.count() / 1000.0)
+                                           .arg(url.toString())
+                            : tooBig ? QStringLiteral("The answer of %1 exceeds %2 MiB and was refused")
+                                           .arg(url.toString())
+                                           .arg(CMaxAnswerBytes >> 20)
+                                     : TransportErrorText(url, *reply, sslErrors);
     reply->deleteLater();
     throw ERestTransportError(message);
   }

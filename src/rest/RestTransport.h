@@ -28,13 +28,17 @@ public:
   };
 
   static constexpr std::chrono::milliseconds CDefaultTimeout{60000};
+  // Largest answer accepted: a page of 500 tickets with long descriptions stays
+  // far below it, and a runaway answer cannot fill the memory.
+  static constexpr qint64 CMaxAnswerBytes = qint64(32) << 20;
 
   explicit TRestTransport(QNetworkAccessManager &manager);
 
   // Sends the request and waits for the answer. Any HTTP status is an answer;
   // only a failure to get one raises ERestTransportError, whose text tells a
-  // refused connection, an unknown host, an untrusted certificate and a time-out
-  // apart. `body` is sent only when `withBody` is true, whatever the method.
+  // refused connection, an unknown host, an untrusted certificate, a time-out,
+  // a connection lost mid-answer and an answer above CMaxAnswerBytes apart.
+  // `body` is sent only when `withBody` is true, whatever the method.
   TAnswer Send(const QByteArray &method, const QUrl &url, const THeaders &headers,
                const QByteArray &body = {}, bool withBody = false);
 

@@ -108,13 +108,14 @@ void TdmRest::BeginCall()
 {
   FLastFailed = false;
   FLastError.clear();
+  FLastRefusal.clear();
 }
 
 void TdmRest::Fail(const QString &message)
 {
   TraceError(lcRest(), message);
   if (!FLastFailed)
-    FLastError = message;
+    FLastError = FLastRefusal.isEmpty() ? message : message + QStringLiteral(" (") + FLastRefusal + u')';
   FLastFailed = true;
 }
 
@@ -130,6 +131,12 @@ QByteArray TdmRest::Execute(const QString &url, const QByteArray &method, const 
   TRestTransport::THeaders headers{{"Authorization", "Bearer " + FToken.toUtf8()}};
   if (jsonBody)
     headers.append({QByteArrayLiteral("Content-Type"), QByteArrayLiteral("application/json")});
-  return FTransport.Send(method, QUrl(url), headers, jsonBody ? *jsonBody : QByteArray(), jsonBody != nullptr)
-      .Body;
+  const TRestTransport::TAnswer answer =
+      FTransport.Send(method, QUrl(url), headers, jsonBody ? *jsonBody : QByteArray(), jsonBody != nullptr);
+  FLastRefusal = answer.Status / 100 == 2 ? QString()
+                                          : QStringLiteral("%1 answered HTTP %2 %3")
+                                                .arg(url)
+                                                .arg(answer.Status)
+                                                .arg(answer.StatusText);
+  return answer.Body;
 }

@@ -81,4 +81,7 @@ private:
   QString FToken;
   bool FLastFailed = false;
   QString FLastError;
+  // The last answer that was not a success, which a failure's text then names
+  // (its trace stays the body's diagnosis alone).
+  QString FLastRefusal;
 };

@@ -1,0 +1,95 @@
+// The unattended run against a service that misbehaves: it ends, within the
+// time-out, with a log line naming what went wrong and the status of an
+// incomplete retrieval.
+
+#include "StepsFixture.h"
+
+#include "rest/RestTransport.h"
+#include "state/UnattendedRun.h"
+
+#include <chrono>
+
+namespace {
+
+const QString CTicketsPath = QStringLiteral("/api/ticket/list/open");
+
+} // namespace
+
+class ServiceFaultsTest : public StepsFixture
+{
+protected:
+  ServiceFaultsTest()
+  {
+    SelectAll();
+    FRest->SetTimeout(std::chrono::milliseconds(500));
+  }
+
+  // Runs the dry run with the fault on the first page of every ticket query and
+  // returns the saved run log.
+  QString RunWith(const QByteArray &body, int status, TDemoFaults::TDelivery delivery)
+  {
+    TDemoFaults faults;
+    faults.Bodies.append({CTicketsPath, 0, body, status, delivery});
+    FService.SetFaults(faults);
+    TUnattendedOptions options;
+    options.DryRun = true;
+    EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
+    EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("WARNING"));
+    return ReadTextFile(FState->FLogFile);
+  }
+
+  QString TicketsUrl() const { return "https://" + FService.Instance() + CTicketsPath; }
+};
+
+TEST_F(ServiceFaultsTest, AServiceThatNeverAnswersTimesOut)
+{
+  const QString log = RunWith("{}", 200, TDemoFaults::TDelivery::Never);
+  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: Acme: Erreur API : No answer from " + FService.Instance() +
+                           " within 0.5 s (" + TicketsUrl() + ")"))
+      << log.toStdString();
+  EXPECT_TRUE(log.contains(" - END"));
+}
+
+TEST_F(ServiceFaultsTest, ATokenRequestThatNeverAnswersTimesOut)
+{
+  TDemoFaults faults;
+  faults.Bodies.append({QStringLiteral("/oauth/token"), -1, "{}", 200, TDemoFaults::TDelivery::Never});
+  FService.SetFaults(faults);
+  TUnattendedOptions options;
+  options.DryRun = true;
+  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
+  const QString log = ReadTextFile(FState->FLogFile);
+  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: No answer from " + FService.Instance() + " within 0.5 s"))
+      << log.toStdString();
+}
+
+TEST_F(ServiceFaultsTest, AnInternalServerErrorNamesTheStatusAndTheAddress)
+{
+  const QString log = RunWith(R"({"error":"internal"})", 500, TDemoFaults::TDelivery::Whole);
+  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: Acme: NOT JSONObject.TryGetValue<TJSONArray>('content', "
+                           "ContentArray) (" +
+                           TicketsUrl() + " answered HTTP 500"))
+      << log.toStdString();
+}
+
+TEST_F(ServiceFaultsTest, AConnectionClosedMidBodyIsAFailureOfThatQuery)
+{
+  const QByteArray page = R"({"content":[{"id":1,"title":"cut"}],"totalNumberOfElements":1,"totalNumberOfPages":1})";
+  const QString log = RunWith(page, 200, TDemoFaults::TDelivery::CutMidBody);
+  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: Acme: Erreur API : " + FService.Instance() +
+                           " closed the connection before the whole answer came (" + TicketsUrl() + ")"))
+      << log.toStdString();
+}
+
+TEST_F(ServiceFaultsTest, AnAnswerAboveTheLimitIsRefusedBeforeItFillsTheMemory)
+{
+  FRest->SetTimeout(std::chrono::seconds(60));
+  QByteArray huge(50 << 20, ' ');
+  huge.front() = '[';
+  huge.back() = ']';
+  ASSERT_GT(huge.size(), TRestTransport::CMaxAnswerBytes);
+  const QString log = RunWith(huge, 200, TDemoFaults::TDelivery::Whole);
+  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: Acme: Erreur API : The answer of " + TicketsUrl() +
+                           " exceeds 32 MiB and was refused"))
+      << log.toStdString();
+}
