@@ -185,6 +185,8 @@ TDemoService::TAnswer TDemoService::Dispatch(const TDemoRequest &request)
     SetFaults(TDemoFaults::FromJson(QJsonDocument::fromJson(request.Body).object()));
     return {200, "{}"};
   }
+  if (request.Method == "GET" && path == QLatin1String("/demo/requests")) // how many came before this one
+    return {200, JsonBytes(QJsonObject{{QStringLiteral("count"), FRequests.size() - 1}})};
   if (request.Method == "POST" && path == QLatin1String("/oauth/token"))
     return Token(request);
   if (!path.startsWith(QLatin1String("/api/")))

@@ -62,7 +62,8 @@ struct TDemoRequest
 // queries of the follow-up tool, over HTTPS on 127.0.0.1, from one JSON data set
 // (see DemoData.h for its shape). Bearer tokens are checked; the paging request
 // of the ticket list is read from the body of the GET. Faults are set from code
-// or by POSTing them as JSON to /demo/faults.
+// or by POSTing them as JSON to /demo/faults; GET /demo/requests tells how many
+// requests came so far (for benchmarks).
 class TDemoService : public QObject
 {
 public:
