@@ -32,9 +32,14 @@ TDateTime DateTimeFromQDateTime(const QDateTime &value)
 
 QDateTime QDateTimeFromDateTime(TDateTime value)
 {
-  const double days = std::floor(value);
-  const auto milliseconds = static_cast<qint64>(std::llround((value - days) * CMillisecondsPerDay));
-  return QDateTime(DayZero().addDays(static_cast<qint64>(days)), QTime(0, 0)).addMSecs(milliseconds);
+  auto days = static_cast<qint64>(std::floor(value));
+  auto milliseconds = static_cast<qint64>(std::llround((value - static_cast<double>(days)) * CMillisecondsPerDay));
+  if (milliseconds >= CMillisecondsPerDay) { // rounded up to the next midnight
+    ++days;
+    milliseconds -= CMillisecondsPerDay;
+  }
+  // Date and time of day at once: each local-time conversion costs a time-zone look-up.
+  return QDateTime(DayZero().addDays(days), QTime::fromMSecsSinceStartOfDay(static_cast<int>(milliseconds)));
 }
 
 TDateTime NowDateTime()

@@ -124,10 +124,16 @@ QString DateTimeToStr(const QDateTime &moment)
   const QString date = locale.toString(moment.date(), QLocale::ShortFormat);
   if (moment.time() == QTime(0, 0))
     return date;
-  // The long time format without its time-zone name: the time is local.
-  QString timeFormat = locale.timeFormat(QLocale::LongFormat);
-  timeFormat.remove(QRegularExpression(QStringLiteral("\\s*\\bt+\\b\\s*")));
-  return date + u' ' + locale.toString(moment.time(), timeFormat.trimmed());
+  // The long time format without its time-zone name: the time is local. Kept
+  // for the last locale format seen, as a report formats thousands of dates.
+  static thread_local QString longFormat;
+  static thread_local QString timeFormat;
+  if (const QString format = locale.timeFormat(QLocale::LongFormat); format != longFormat) {
+    static const QRegularExpression zoneName(QStringLiteral("\\s*\\bt+\\b\\s*"));
+    longFormat = format;
+    timeFormat = QString(format).remove(zoneName).trimmed();
+  }
+  return date + u' ' + locale.toString(moment.time(), timeFormat);
 }
 
 QString Timestamp(bool withMilliseconds)

@@ -3,8 +3,9 @@
 #include "core/IniFile.h"
 #include "core/uTools.h"
 
-#include <QFileInfo>
+#include <QFile>
 #include <QHash>
+#include <sys/stat.h>
 
 namespace {
 
@@ -62,19 +63,28 @@ QString AsciiUpper(const QString &text)
 
 } // namespace
 
-TColourStore::TColourStore(QString iniPath) : FIniPath(std::move(iniPath)) {}
+TColourStore::TColourStore(QString iniPath) : FIniPath(std::move(iniPath)), FEncodedPath(QFile::encodeName(FIniPath))
+{
+}
 
 TColourStore::~TColourStore() = default;
 
+TColourStore::TStamp TColourStore::Stamp() const
+{
+  // One stat call per look-up: the report asks for thousands of colours, and a
+  // QFileInfo would also convert the time to local time each time.
+  struct stat status;
+  if (::stat(FEncodedPath.constData(), &status) != 0)
+    return {};
+  return {status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
 TIniFile &TColourStore::Ini()
 {
-  const QFileInfo info(FIniPath);
-  const qint64 size = info.exists() ? info.size() : -1;
-  const QDateTime modified = info.exists() ? info.lastModified() : QDateTime();
-  if (!FIni || size != FSize || modified != FModified) {
+  const TStamp stamp = Stamp();
+  if (!FIni || stamp != FStamp) {
     FIni = std::make_unique<TIniFile>(FIniPath);
-    FSize = size;
-    FModified = modified;
+    FStamp = stamp;
   }
   return *FIni;
 }
@@ -82,9 +92,7 @@ TIniFile &TColourStore::Ini()
 void TColourStore::Save()
 {
   FIni->UpdateFile();
-  const QFileInfo info(FIniPath);
-  FSize = info.size();
-  FModified = info.lastModified();
+  FStamp = Stamp();
 }
 
 TColor TColourStore::DefaultColor(const QString &kind, const QString &name)

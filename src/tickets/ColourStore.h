@@ -2,7 +2,7 @@
 
 #include "core/TColor.h"
 
-#include <QDateTime>
+#include <QByteArray>
 #include <QString>
 #include <memory>
 
@@ -33,11 +33,20 @@ public:
   static TColor DefaultColor(const QString &kind, const QString &name);
 
 private:
+  // Size and modification time of the file; all -1 when it does not exist.
+  struct TStamp
+  {
+    qint64 Size = -1;
+    qint64 Seconds = -1;
+    qint64 Nanoseconds = -1;
+    bool operator==(const TStamp &) const = default;
+  };
+  TStamp Stamp() const;
   TIniFile &Ini();
   void Save();
 
   QString FIniPath;
+  QByteArray FEncodedPath;
   std::unique_ptr<TIniFile> FIni;
-  qint64 FSize = -1;
-  QDateTime FModified;
+  TStamp FStamp;
 };
