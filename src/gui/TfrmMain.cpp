@@ -21,9 +21,11 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QUrl>
+#include <QCloseEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
+#include <QScopeGuard>
 #include <QScreen>
 #include <QStatusBar>
 #include <QStyle>
@@ -214,7 +216,10 @@ TExitStatus TfrmMain::RunUnattended(const TUnattendedOptions &options)
 {
   TUnattendedOptions shown = options;
   shown.ShowAutomaticMode = [this](bool automatic) { ShowAutomaticMode(automatic); };
+  SetStepsEnabled(false);
+  FStepRunning = true;
   const TExitStatus status = TimerTimer(FState, *FProgress, shown);
+  FStepRunning = false;
   asgTickets->resizeColumnsToContents();
   ShowRetrievalStatus();
   return status;
@@ -226,8 +231,34 @@ void TfrmMain::ShowAutomaticMode(bool automatic)
   imgBigBrotherRed->setVisible(automatic);
 }
 
+void TfrmMain::SetStepsEnabled(bool enabled)
+{
+  for (QToolButton *button : FButtonPanel->findChildren<QToolButton *>())
+    button->setEnabled(enabled);
+}
+
+void TfrmMain::closeEvent(QCloseEvent *event)
+{
+  // A step lets window events through while it waits for the service; closing
+  // the window then would pull its state away from under it.
+  if (FStepRunning) {
+    statusBar()->showMessage(tr("Wait for the current step to end before closing."));
+    event->ignore();
+    return;
+  }
+  QMainWindow::closeEvent(event);
+}
+
 void TfrmMain::RunStep(const std::function<void()> &step)
 {
+  // The buttons stay disabled while a step runs, so that no step starts inside
+  // another one while the network wait lets clicks through.
+  SetStepsEnabled(false);
+  FStepRunning = true;
+  const auto restore = qScopeGuard([this] {
+    FStepRunning = false;
+    SetStepsEnabled(true);
+  });
   try {
     step();
   } catch (const EQuorvexError &error) {

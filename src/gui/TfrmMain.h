@@ -31,7 +31,12 @@ public:
   // The unattended run, shown in this window; returns its exit status.
   TExitStatus RunUnattended(const TUnattendedOptions &options);
 
+protected:
+  void closeEvent(QCloseEvent *event) override;
+
 private:
+  // Enables or disables every button of the window.
+  void SetStepsEnabled(bool enabled);
   // Runs a button's step; an error ends the step and is shown in a message box,
   // as the toolkit would show an uncaught error.
   void RunStep(const std::function<void()> &step);
@@ -61,6 +66,7 @@ private:
   QTableView *asgTickets = nullptr;
   QWidget *FButtonPanel = nullptr;
   QWidget *FIconRow = nullptr;
+  bool FStepRunning = false;
 
 public:
   QToolButton *bbtQuorvexItsmApi = nullptr;

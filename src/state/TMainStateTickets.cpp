@@ -14,6 +14,7 @@
 #include "tickets/TenExchanges.h"
 
 #include <QCoreApplication>
+#include <QScopeGuard>
 
 namespace {
 // Keeps windows painted between two service calls of a long step.
@@ -55,6 +56,7 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   const int maximum = 4 * static_cast<int>(FSelectedOrganizations.size());
   int step = 0;
   progress.LoadingShow(1);
+  const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
   progress.LoadingSetAnimation(2);
   progress.LoadingSetProgressBar(maximum, 0);
 
@@ -91,7 +93,6 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
     ProcessMessages();
     FslLog.append(QString());
   }
-  progress.LoadingHide();
 
   TraceValue(lcApp(), "Nb tickets", FTickets.size());
   FslLog.append(LogLine(QStringLiteral(" - * Nb tickets: ") + QString::number(FTickets.size())));
@@ -103,43 +104,46 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGET_Organization_ListClick");
   int errors = 0;
-  progress.LoadingShow(2);
-  progress.LoadingSetTitle(QStringLiteral("GetToken"));
-  if (!EnsureToken()) {
-    ++errors;
-  } else {
-    if (FOrganizations.isEmpty()) {
-      progress.LoadingSetTitle(QStringLiteral("Get Organizations"));
-      FOrganizations = FRest.GET_OrganizationsList(FICI);
-      if (FOrganizations.isEmpty())
-        ++errors;
-    }
-    if (FTeams.isEmpty()) {
-      progress.LoadingSetTitle(QStringLiteral("Get Teams"));
-      FTeams = FRest.GET_Teams(FICI, true);
-      if (FTeams.isEmpty()) {
-        ++errors;
-      } else {
-        progress.LoadingSetAnimation(3);
-        progress.LoadingSetTitle(QStringLiteral("Get Organizations / Teams"));
-        FOrganizationsTeams = UpdateListOrganizationsTeams(FTeams);
-        progress.LoadingSetAnimation(2);
+  {
+    // The progress window goes away however the fetching ends, an error included.
+    progress.LoadingShow(2);
+    const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
+    progress.LoadingSetTitle(QStringLiteral("GetToken"));
+    if (!EnsureToken()) {
+      ++errors;
+    } else {
+      if (FOrganizations.isEmpty()) {
+        progress.LoadingSetTitle(QStringLiteral("Get Organizations"));
+        FOrganizations = FRest.GET_OrganizationsList(FICI);
+        if (FOrganizations.isEmpty())
+          ++errors;
       }
-    }
-    if (FOperators.isEmpty()) {
-      progress.LoadingSetTitle(QStringLiteral("Get Operators"));
-      FOperators = FRest.GET_OperatorsList(FICI);
+      if (FTeams.isEmpty()) {
+        progress.LoadingSetTitle(QStringLiteral("Get Teams"));
+        FTeams = FRest.GET_Teams(FICI, true);
+        if (FTeams.isEmpty()) {
+          ++errors;
+        } else {
+          progress.LoadingSetAnimation(3);
+          progress.LoadingSetTitle(QStringLiteral("Get Organizations / Teams"));
+          FOrganizationsTeams = UpdateListOrganizationsTeams(FTeams);
+          progress.LoadingSetAnimation(2);
+        }
+      }
       if (FOperators.isEmpty()) {
-        ++errors;
-      } else {
-        progress.LoadingSetAnimation(3);
-        progress.LoadingSetTitle(QStringLiteral("Get Operators / Teams"));
-        FTeamsOperators = UpdateListTeamsOperators(FOperators);
-        progress.LoadingSetAnimation(2);
+        progress.LoadingSetTitle(QStringLiteral("Get Operators"));
+        FOperators = FRest.GET_OperatorsList(FICI);
+        if (FOperators.isEmpty()) {
+          ++errors;
+        } else {
+          progress.LoadingSetAnimation(3);
+          progress.LoadingSetTitle(QStringLiteral("Get Operators / Teams"));
+          FTeamsOperators = UpdateListTeamsOperators(FOperators);
+          progress.LoadingSetAnimation(2);
+        }
       }
     }
   }
-  progress.LoadingHide();
   TraceValue(lcApp(), "Errors", errors);
   if (errors == 0 &&
       chooseOrga(FOrganizations, FSelectedOrganizations, FTeams, FSelectedTeams, FOrganizationsTeams))
