@@ -19,11 +19,12 @@ TSingleInstance::TSingleInstance(const QString &key, QObject *parent) : QObject(
   const QByteArray digest = QCryptographicHash::hash(key.toUtf8(), QCryptographicHash::Sha256).toHex().left(16);
   FServerName = QStringLiteral("quorvex-followup-%1-%2").arg(getuid()).arg(QString::fromLatin1(digest));
 
-  // The per-user runtime folder when the session has one (cron jobs often do not).
-  QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-  if (folder.isEmpty() || !QFileInfo(folder).isDir())
-    folder = QDir::tempPath();
-  FLock = std::make_unique<QLockFile>(folder + u'/' + FServerName + QStringLiteral(".lock"));
+  // The lock lies beside the settings file, so that every start on these
+  // settings meets it, from a desktop session or from cron alike (their
+  // environments differ: cron has no XDG_RUNTIME_DIR, for one).
+  const QFileInfo settings(key);
+  QDir().mkpath(settings.absolutePath());
+  FLock = std::make_unique<QLockFile>(settings.absoluteFilePath() + QStringLiteral(".lock"));
   // A lock left by a process that died is taken over (QLockFile checks its PID).
   FPrimary = FLock->tryLock(0);
   if (!FPrimary)

@@ -15,7 +15,8 @@ class TSingleInstance : public QObject
   Q_OBJECT
 
 public:
-  // `key` names the settings file the instance works on.
+  // `key` is the path of the settings file the instance works on; its lock file
+  // is made beside it.
   explicit TSingleInstance(const QString &key, QObject *parent = nullptr);
   ~TSingleInstance() override;
 

@@ -142,8 +142,14 @@ TEST(Executable, ASecondStartLeavesTheFirstWindowAlone)
   const TRun second = RunTool({}, {}, environment);
   EXPECT_EQ(second.ExitCode, 0) << second.Err.toStdString();
   EXPECT_EQ(first.state(), QProcess::Running);
-  // An unattended start cannot raise anything: it says why and does nothing.
-  const TRun unattended = RunTool({"auto"}, {}, environment);
+  // An unattended start cannot raise anything: it says why and does nothing,
+  // even from cron's environment, which has no session runtime folder.
+  QProcessEnvironment cron = environment;
+  cron.remove("XDG_RUNTIME_DIR");
+  cron.remove("QT_QPA_PLATFORM");
+  cron.remove("DISPLAY");
+  cron.remove("WAYLAND_DISPLAY");
+  const TRun unattended = RunTool({"auto"}, {}, cron);
   EXPECT_EQ(unattended.ExitCode, 4);
   EXPECT_TRUE(unattended.Err.contains("another instance")) << unattended.Err.toStdString();
 
