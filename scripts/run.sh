@@ -25,6 +25,11 @@ trap 'kill "$service" "$smtp" 2>/dev/null || true' EXIT
 for _ in $(seq 100); do grep -q '^Username: ' "$out" && break; sleep 0.1; done
 instance="$(sed -n 's/^Instance: //p' "$out")"
 [ -n "$instance" ] || { echo "The demo service did not start: $(cat "$out")" >&2; exit 1; }
+for _ in $(seq 100); do
+  /usr/bin/python3 -c "import socket,sys; socket.create_connection(('127.0.0.1', int(sys.argv[1])), 1)" \
+    "$smtp_port" 2>/dev/null && break
+  sleep 0.1
+done
 
 export XDG_CONFIG_HOME="$config"
 export QUORVEX_EXTRA_CA_CERTS="$config/demo-ca.pem"

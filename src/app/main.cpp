@@ -45,10 +45,16 @@ int EncryptFromStdin()
   return CExitOk;
 }
 
+// A window can be opened: on X11 or Wayland when their display is named, or on
+// a platform that needs none (offscreen, vnc, ...). A QT_QPA_PLATFORM of xcb or
+// wayland alone, as a scheduler's environment may carry, is not a display.
 bool DisplayAvailable()
 {
-  return qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qEnvironmentVariableIsSet("DISPLAY") ||
-         qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+  const QString platform = qEnvironmentVariable("QT_QPA_PLATFORM");
+  if (!platform.isEmpty() && !platform.startsWith(QLatin1String("xcb")) &&
+      !platform.startsWith(QLatin1String("wayland")))
+    return true;
+  return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
 void PrintLine(const QString &text)
@@ -97,17 +103,22 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
 
   QNetworkAccessManager network;
   TdmRest rest(network);
+  TUnattendedOptions options;
+  options.DryRun = line.DryRun;
+  options.Echo = PrintLine;
+
   TMainState state(exeFileName, rest, [&tell](const QString &warning) { tell(warning, false); });
   try {
     state.FormCreate();
   } catch (const EQuorvexError &error) {
-    TraceError(lcApp(), error.Message());
-    tell(error.Message(), true);
+    if (unattended) {
+      SaveStartFailureLog(state, error.Message(), options);
+    } else {
+      TraceError(lcApp(), error.Message());
+      tell(error.Message(), true);
+    }
     return CExitStepFailed;
   }
-
-  TUnattendedOptions options;
-  options.DryRun = line.DryRun;
   int status = CExitOk;
   if (!window) {
     TStderrProgress progress;

@@ -10,12 +10,42 @@
 
 namespace {
 
-// The error line of the log; the trace channel also puts it on stderr.
+// The error line of the log, also kept in the trace.
 void Fail(TMainState &state, const QString &message)
 {
   state.FslLog.append(LogLine(QStringLiteral(" - ERROR ") + message));
   TraceError(lcApp(), message);
 }
+
+// Saves the run log; a log that cannot be written fails the run.
+TExitStatus SaveLog(TMainState &state, TExitStatus status)
+{
+  try {
+    SaveLines(state.FLogFile, state.FslLog, QStringLiteral("\n"), TTextEncoding::Utf8);
+  } catch (const EQuorvexError &error) {
+    std::fprintf(stderr, "%s\n", qPrintable(error.Message()));
+    return CExitStepFailed;
+  }
+  return status;
+}
+
+// Hands the log lines written since the last call to the options' echo.
+class TLogEcho
+{
+public:
+  TLogEcho(const QStringList &log, const TUnattendedOptions &options) : FLog(log), FOptions(options) {}
+  void Flush()
+  {
+    for (; FEchoed < FLog.size(); ++FEchoed)
+      if (FOptions.Echo)
+        FOptions.Echo(FLog[FEchoed]);
+  }
+
+private:
+  const QStringList &FLog;
+  const TUnattendedOptions &FOptions;
+  qsizetype FEchoed = 0;
+};
 
 } // namespace
 
@@ -30,11 +60,20 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
   state.FAutomatic = true;
   state.FDryRun = options.DryRun;
 
+  TLogEcho echo(log, options);
+  echo.Flush();
   TExitStatus status = CExitOk;
   try {
     log.append(LogLine(QStringLiteral(" - Retrieve all tickets")));
+    echo.Flush();
     state.bbtGetTicketsClick(progress);
+    if (!state.RetrievalFailures().isEmpty()) {
+      status = CExitIncomplete;
+      for (const QString &failure : state.RetrievalFailures())
+        log.append(LogLine(QStringLiteral(" - WARNING incomplete retrieval: ") + failure));
+    }
     log.append(LogLine(QStringLiteral(" - Generate email")));
+    echo.Flush();
     state.bbtGenerateMailClick();
     log.append(LogLine(QStringLiteral(" - * Unassigned: ") + QString::number(state.FNbUnassigned)));
     log.append(LogLine(QStringLiteral(" - * Without update: ") + QString::number(state.FNbWithoutUpdate)));
@@ -42,15 +81,11 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     log.append(LogLine(QStringLiteral(" - * To: ") + QString::number(state.FSlRecipientTo.size())));
     log.append(LogLine(QStringLiteral(" - * Cc: ") + QString::number(state.FSlRecipientCc.size())));
     log.append(LogLine(QStringLiteral(" - Send email")));
+    echo.Flush();
     if (options.DryRun)
       log.append(LogLine(QStringLiteral(" - * Dry run: nothing sent; the report is ") + state.ReportFile()));
     else
       state.bbtSendMailClick();
-    if (!state.RetrievalFailures().isEmpty()) {
-      status = CExitIncomplete;
-      for (const QString &failure : state.RetrievalFailures())
-        log.append(LogLine(QStringLiteral(" - WARNING incomplete retrieval: ") + failure));
-    }
     log.append(LogLine(QStringLiteral(" - END")));
   } catch (const EQuorvexError &error) {
     Fail(state, error.Message());
@@ -59,12 +94,16 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     Fail(state, QString::fromLocal8Bit(error.what()));
     status = CExitStepFailed;
   }
+  echo.Flush();
+  return SaveLog(state, status);
+}
 
-  try {
-    SaveLines(state.FLogFile, log, QStringLiteral("\n"), TTextEncoding::Utf8);
-  } catch (const EQuorvexError &error) {
-    std::fprintf(stderr, "%s\n", qPrintable(error.Message()));
-    status = CExitStepFailed;
-  }
-  return status;
+void SaveStartFailureLog(TMainState &state, const QString &message, const TUnattendedOptions &options)
+{
+  state.FslLog.clear();
+  state.FslLog.append(LogLine(QStringLiteral(" - BEGIN")));
+  Fail(state, message);
+  TLogEcho(state.FslLog, options).Flush();
+  if (!state.FLogFile.isEmpty())
+    SaveLog(state, CExitStepFailed);
 }

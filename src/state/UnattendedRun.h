@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <functional>
 
 class TLoadingProgress;
@@ -19,6 +20,9 @@ struct TUnattendedOptions
   bool DryRun = false;
   // Shows whether the program works on its own (the window's red image).
   std::function<void(bool automatic)> ShowAutomaticMode;
+  // Receives each line of the run log as soon as it is written (progress on
+  // stderr for whoever watches the run, cron's mail for instance).
+  std::function<void(const QString &line)> Echo;
 };
 
 // The daily routine without a person, as the buttons would run it: retrieve the
@@ -26,3 +30,7 @@ struct TUnattendedOptions
 // FLogFile. Never waits for anyone: an error is logged as an ERROR line, the log
 // is still saved, the message goes to stderr, and the status says what happened.
 TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUnattendedOptions &options);
+
+// The run log of an unattended run that could not even start (the settings
+// could not be read): BEGIN and the ERROR line, saved to FLogFile when known.
+void SaveStartFailureLog(TMainState &state, const QString &message, const TUnattendedOptions &options);
