@@ -109,6 +109,8 @@ tyRestObjects TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString 
       return result;
     }
     const QJsonArray items = document.array();
+    if (items.isEmpty())
+      return result;
     TraceValue(lcRest(), "ContentArray.Count", items.size());
     result.resize(items.size());
     for (qsizetype i = 0; i < items.size(); ++i) {

@@ -93,7 +93,7 @@ TEST(TicketMapping, EveryMemberReachesItsFieldAndAbsentOnesStayZero)
 
 TEST(AsciiJson, CharactersOutsideAsciiBecomeEscapes)
 {
-  const QJsonObject object{{"a", QString::fromUtf8("é\x7f\t😀")}};
-  EXPECT_EQ(AsciiJson(object), "{\"a\":\"\\u00e9\x7f\\t\\ud83d\\ude00\"}");
+  const QJsonObject object{{"a", QString::fromUtf8("é\x7f\t😀\n\x01\\\"")}};
+  EXPECT_EQ(AsciiJson(object), "{\"a\":\"\\u00e9\x7f\\u0009\\ud83d\\ude00\\u000a\\u0001\\\\\\\"\"}");
   EXPECT_EQ(QJsonDocument::fromJson(AsciiJson(object)).object(), object);
 }
