@@ -136,6 +136,11 @@ void TIniFile::EraseSection(const QString &section)
 
 void TIniFile::UpdateFile()
 {
+  // The new file replaces the old one by a rename, which a read-only file would
+  // not stop: its mode is honoured here.
+  const QFileInfo existing(FPath);
+  if (existing.exists() && (!existing.isWritable() || !existing.permissions().testFlag(QFileDevice::WriteOwner)))
+    throw EWriteError(QStringLiteral("Unable to write to ") + FPath);
   std::string text;
   QSaveFile file(FPath);
   if (FData->Ini.Save(text) < 0 || !file.open(QIODevice::WriteOnly) ||

@@ -8,6 +8,7 @@
 #include "rest/gui/TfrmSetQuorvexItsmConfig.h"
 #include "state/TMainState.h"
 #include "tickets/GridExport.h"
+#include "tickets/TicketsModel.h"
 #include "tickets/gui/TfmChooseOrga.h"
 #include "tickets/gui/TfrmFilters.h"
 #include "tickets/gui/TfrmLoading.h"
@@ -107,6 +108,9 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
   asgTickets->setSelectionBehavior(QAbstractItemView::SelectRows);
   asgTickets->setEditTriggers(QAbstractItemView::NoEditTriggers);
   asgTickets->horizontalHeader()->setHighlightSections(false);
+  QFont headerFont = asgTickets->horizontalHeader()->font();
+  headerFont.setBold(true);
+  asgTickets->horizontalHeader()->setFont(headerFont);
   asgTickets->verticalHeader()->hide();
   asgTickets->verticalHeader()->setDefaultSectionSize(asgTickets->fontMetrics().height() + 6);
 
@@ -127,8 +131,16 @@ TfrmMain::~TfrmMain() = default;
 void TfrmMain::bbtGetTicketsClick()
 {
   FState.bbtGetTicketsClick(*FProgress);
-  asgTickets->resizeColumnsToContents();
+  FitColumns();
   ShowRetrievalStatus();
+}
+
+void TfrmMain::FitColumns()
+{
+  constexpr int CPadding = 5;
+  asgTickets->resizeColumnsToContents();
+  for (int column = 0; column < TTicketsModel::ColumnCount; ++column)
+    asgTickets->setColumnWidth(column, asgTickets->columnWidth(column) + CPadding);
 }
 
 void TfrmMain::ShowRetrievalStatus()
@@ -220,7 +232,7 @@ TExitStatus TfrmMain::RunUnattended(const TUnattendedOptions &options)
   FStepRunning = true;
   const TExitStatus status = TimerTimer(FState, *FProgress, shown);
   FStepRunning = false;
-  asgTickets->resizeColumnsToContents();
+  FitColumns();
   ShowRetrievalStatus();
   return status;
 }
@@ -316,6 +328,7 @@ void TfrmMain::bbtSaveGridClick()
 
 void TfrmMain::bbtAboutClick()
 {
+  const TraceScope trace(lcApp(), "TfrmMain.bbtAboutClick");
   TfrmAbout(this).exec();
 }
 

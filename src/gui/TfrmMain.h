@@ -41,6 +41,8 @@ private:
   // as the toolkit would show an uncaught error.
   void RunStep(const std::function<void()> &step);
   void WireButtons();
+  // Columns as wide as their contents, plus a little air.
+  void FitColumns();
   // Tells in the status bar how many tickets came, or why the list is incomplete.
   void ShowRetrievalStatus();
   void bbtQuorvexItsmApiClick();

@@ -2,8 +2,6 @@
 
 #include "core/uTools.h"
 
-#include <QLocale>
-
 namespace {
 const QStringList CHeaders{QStringLiteral("Type"),         QStringLiteral("Id"),
                            QStringLiteral("Organization"), QStringLiteral("Priority"),
@@ -48,13 +46,13 @@ QVariant TTicketsModel::data(const QModelIndex &index, int role) const
   case colPriority: return ticket.priority.reference;
   case colTitle: return ticket.title;
   case colCreationDate:
-    return role == Qt::DisplayRole ? QVariant(QLocale().toString(row.CreationDate, QLocale::ShortFormat))
+    return role == Qt::DisplayRole ? QVariant(DateTimeToStr(row.CreationDate))
                                    : QVariant(row.CreationDate);
   case colStatus: return ticket.status._reference;
   case colAssignedTeam: return ticket.assignedTeam.name;
   case colAssignedUser: return ticket.assignedUser.name;
   case colLastUpdate:
-    return role == Qt::DisplayRole ? QVariant(QLocale().toString(row.LastUpdate, QLocale::ShortFormat))
+    return role == Qt::DisplayRole ? QVariant(DateTimeToStr(row.LastUpdate))
                                    : QVariant(row.LastUpdate);
   default: return {};
   }

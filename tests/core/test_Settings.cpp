@@ -309,6 +309,20 @@ TEST_F(SettingsTest, ColourSectionsAreErasedBeforeBeingRewritten)
   EXPECT_TRUE(text.contains("P1=INCIDENT - P1")); // other sections untouched
 }
 
+TEST_F(SettingsTest, ReadOnlySettingsFileIsNotReplaced)
+{
+  SaveConfigFilters(FPath, 20, 7, {"Waiting"});
+  const QString before = ReadTextFile(FPath);
+  QFile(FPath).setPermissions(QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+  try {
+    SaveConfigFilters(FPath, 1, 1, {});
+    FAIL() << "no error raised";
+  } catch (const EWriteError &error) {
+    EXPECT_EQ(error.Message(), "Unable to write to " + FPath);
+  }
+  EXPECT_EQ(ReadTextFile(FPath), before);
+}
+
 TEST_F(SettingsTest, RefusedWriteRaisesAnErrorNamingTheFile)
 {
   WriteTextFile(FConfig.File("blocker"), "a file, not a folder");

@@ -152,6 +152,8 @@ QWidget *TfrmFilters::StatusPage()
   layout->addLayout(row);
 
   connect(ListBox, &QListWidget::itemSelectionChanged, this, &TfrmFilters::ListClick);
+  // A click on the line already selected also brings its text back to the edit.
+  connect(ListBox, &QListWidget::itemClicked, this, &TfrmFilters::ListClick);
   connect(Edit, &QLineEdit::textEdited, this, &TfrmFilters::EditKeyUp);
   return page;
 }

@@ -168,7 +168,7 @@ void TfrmStatusPriorities::ShowPriorities()
   for (const tyRestObject &priority : FPriorities)
     if (priority.Text.size() == 2 && !codes.contains(priority.Text))
       codes.append(priority.Text);
-  codes.sort();
+  codes.sort(Qt::CaseInsensitive);
   const QSignalBlocker comboBlocker(cbPriority);
   const QString current = cbPriority->currentText();
   cbPriority->clear();
