@@ -147,6 +147,39 @@ TEST_F(ReferenceQueries, TeamDetailThatIsNotAnObjectIsAFailure)
   EXPECT_TRUE(FRest->LastCallFailed());
 }
 
+TEST_F(ReferenceQueries, TeamDetailEmptyOrUnreadableHasItsOwnErrorLine)
+{
+  const QList<QPair<QByteArray, QString>> rows{{"", "Réponse API vide."}, {"{oops", "Réponse JSON invalide."}};
+  for (const auto &[body, error] : rows) {
+    RestartTrace();
+    TDemoFaults faults;
+    faults.Bodies.append({"/api/teams/12", -1, body, 200});
+    FService.SetFaults(faults);
+    const tyRestTeams teams = FRest->GET_Teams(FSettings, true);
+    ASSERT_EQ(teams.size(), 3);
+    EXPECT_TRUE(teams[1].organizations.isEmpty());
+    EXPECT_EQ(ErrorLines(), QStringList{error});
+    EXPECT_TRUE(FRest->LastCallFailed());
+  }
+}
+
+TEST_F(ReferenceQueries, ServiceThatDoesNotAnswerIsAnApiErrorOfEachQuery)
+{
+  TDemoFaults faults;
+  faults.DelayMs = 1500;
+  FService.SetFaults(faults);
+  FRest->SetTimeout(std::chrono::milliseconds(200));
+  EXPECT_TRUE(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS").isEmpty());
+  EXPECT_TRUE(FRest->GET_OrganizationsList(FSettings).isEmpty());
+  EXPECT_TRUE(FRest->GET_Teams(FSettings, false).isEmpty());
+  EXPECT_TRUE(FRest->GET_OperatorsList(FSettings).isEmpty());
+  EXPECT_TRUE(FRest->LastCallFailed());
+  const QStringList errors = ErrorLines();
+  ASSERT_EQ(errors.size(), 4);
+  for (const QString &error : errors)
+    EXPECT_TRUE(error.startsWith("Erreur API : No answer from")) << error.toStdString();
+}
+
 TEST_F(ReferenceQueries, OperatorsFirstPageWithHelpersPresets)
 {
   const tyRestOperators operators = FRest->GET_OperatorsList(FSettings);

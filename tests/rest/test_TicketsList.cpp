@@ -149,6 +149,26 @@ TEST_F(TicketsList, FirstPageThatCannotBeFetchedEndsTheQuery)
   EXPECT_TRUE(ErrorLines().first().startsWith("Erreur API : No answer from")) << ErrorLines().first().toStdString();
 }
 
+TEST_F(TicketsList, LaterPageCutOffIsSkippedAndTheNextPagesStillCome)
+{
+  SignIn();
+  const tyRestTickets all = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  ASSERT_EQ(all.size(), 1203);
+  FService.ClearRequests();
+  TDemoFaults faults;
+  faults.Bodies.append({"/api/ticket/list/open", 1, QByteArray(4000, ' '), 200, TDemoFaults::TDelivery::CutMidBody});
+  FService.SetFaults(faults);
+  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  EXPECT_EQ(FService.Requests().size(), 3);
+  ASSERT_EQ(tickets.size(), 703) << "pages 0 and 2";
+  EXPECT_EQ(tickets[499].id, all[499].id);
+  EXPECT_EQ(tickets[500].id, all[1000].id) << "page 2 follows page 0 directly";
+  EXPECT_EQ(tickets[702].id, all[1202].id);
+  EXPECT_TRUE(FRest->LastCallFailed());
+  ASSERT_EQ(ErrorLines().size(), 1);
+  EXPECT_TRUE(ErrorLines().first().startsWith("Erreur API : ")) << ErrorLines().first().toStdString();
+}
+
 TEST_F(TicketsList, WithoutTokenTheRefusalIsAFailure)
 {
   EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 1, "").isEmpty());

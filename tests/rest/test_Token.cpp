@@ -83,11 +83,17 @@ TEST_F(Token, ValidityOfNineHoursOrLessOrAnEmptyTokenAlwaysAsks)
   ASSERT_TRUE(FRest->GetToken(FSettings));
   EXPECT_EQ(FService.Requests().size(), 1);
 
+  FSettings.API.Token = "previous-token";
+  FSettings.API.TokenRequest = NowDateTime();
+  FSettings.API.TokenValidity = 5; // an expiry before the request itself
+  ASSERT_TRUE(FRest->GetToken(FSettings));
+  EXPECT_EQ(FService.Requests().size(), 2);
+
   FSettings.API.Token.clear();
   FSettings.API.TokenRequest = NowDateTime();
   FSettings.API.TokenValidity = 1000;
   ASSERT_TRUE(FRest->GetToken(FSettings));
-  EXPECT_EQ(FService.Requests().size(), 2);
+  EXPECT_EQ(FService.Requests().size(), 3);
 }
 
 TEST_F(Token, ValidityWhoseHoursOverflowIsAnError)
