@@ -158,7 +158,8 @@ int main(int argc, char *argv[])
     std::printf("%s %s\n", qPrintable(exeFileName), QUORVEX_VERSION);
     return CExitOk;
   }
-  Trace::Install(line.Verbose);
+  // Logging rules set in the environment ask for the trace on stderr as well.
+  Trace::Install(line.Verbose || qEnvironmentVariableIsSet("QT_LOGGING_RULES"));
   if (line.Encrypt)
     return EncryptFromStdin();
   if (!line.Unattended() && !DisplayAvailable()) {

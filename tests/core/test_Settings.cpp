@@ -24,13 +24,13 @@ tyQuorvexITSM SampleITSM()
   tyQuorvexITSM ici;
   ici.SaaS = false;
   ici.Instance = QString::fromUtf8("itsm.société.example");
-  ici.API.ClientID = "client-42";
+  ici.API.ClientID = QString::fromUtf8("client-42-ß");
   ici.API.ClientSecret = QString(200, u'z') + " with trailing blank ";
   ici.API.Username = QString::fromUtf8("jürgen");
   ici.API.Password = " pass word ";
   ici.API.TokenRequest = 46341.2534722222;
   ici.API.TokenValidity = 33;
-  ici.API.Token = "eyJhbGciOi.token.value";
+  ici.API.Token = QString::fromUtf8("eyJhbGciOi.token.valeur-été");
   return ici;
 }
 
@@ -77,6 +77,21 @@ TEST_F(SettingsTest, MissingFileGivesEveryDefault)
   EXPECT_FALSE(QFile::exists(FPath)); // reading never writes
 }
 
+TEST_F(SettingsTest, EmptyFileGivesTheDefaultsToo)
+{
+  WriteTextFile(FPath, "");
+  tyQuorvexITSM ici;
+  ReadConfigITSM(FPath, ici, FWarnings);
+  EXPECT_EQ(ici.Instance, "acme");
+  EXPECT_EQ(ici.API.TokenValidity, 24);
+  std::int32_t minutes = 0, days = 0;
+  QStringList ignored;
+  ReadConfigFilters(FPath, minutes, days, ignored);
+  EXPECT_EQ(minutes, 15);
+  EXPECT_EQ(ignored, QStringList{"Planned (without SLA)"});
+  EXPECT_TRUE(FWarnings.isEmpty());
+}
+
 TEST_F(SettingsTest, ServiceGroupRoundTripsWithSecretsEnciphered)
 {
   const tyQuorvexITSM written = SampleITSM();
@@ -85,7 +100,7 @@ TEST_F(SettingsTest, ServiceGroupRoundTripsWithSecretsEnciphered)
   const QString text = ReadTextFile(FPath);
   EXPECT_FALSE(text.contains("zzzzzzzz")) << "client secret stored in clear";
   EXPECT_FALSE(text.contains("pass word"));
-  EXPECT_TRUE(text.contains("Token=eyJhbGciOi.token.value")); // the token is kept in clear
+  EXPECT_TRUE(text.contains(QString::fromUtf8("Token=eyJhbGciOi.token.valeur-été"))); // the token is kept in clear
   // Keys in their fixed order.
   const QStringList order{"[QuorvexITSM]", "SaaS=0", "Instance=", "ClientID=", "ClientSecret=", "Username=",
                           "Password=", "TokenRequest=", "TokenValidity=33", "Token="};
@@ -130,14 +145,14 @@ TEST_F(SettingsTest, TokenTimeFollowsTheLocaleOfTheReader)
 TEST_F(SettingsTest, SmtpGroupRoundTrips)
 {
   tySMTPserver smtp;
-  smtp.Server = "smtp.example.org";
+  smtp.Server = QString::fromUtf8("smtp.bücher.example");
   smtp.Port = 587;
   smtp.UseSSL = false;
   smtp.UserName = QString::fromUtf8("boîte@example.org");
   smtp.Password = "S3cret%_";
-  smtp.DefaultTo = "a@example.org;b@example.org";
+  smtp.DefaultTo = QString::fromUtf8("a@example.org;zoë@example.org");
   smtp.DefaultCC = "";
-  smtp.From = "noreply@example.org";
+  smtp.From = QString::fromUtf8("équipe@example.org");
   SaveConfigSMTP(FPath, smtp);
   EXPECT_FALSE(ReadTextFile(FPath).contains("S3cret"));
 
@@ -278,6 +293,10 @@ TEST_F(SettingsTest, IgnoredStatusesCountFromZero)
 
   // No status at all cannot be kept: the default one comes back.
   SaveConfigFilters(FPath, 30, 7, {});
+  ReadConfigFilters(FPath, minutes, days, ignored);
+  EXPECT_EQ(ignored, QStringList{"Planned (without SLA)"});
+  // Nor can a negative count written by hand, whatever entries follow it.
+  WriteTextFile(FPath, "[Filters]\nNbIgnore=-2\nStatus_0=Waiting\n");
   ReadConfigFilters(FPath, minutes, days, ignored);
   EXPECT_EQ(ignored, QStringList{"Planned (without SLA)"});
 }
