@@ -222,7 +222,8 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
   const QByteArray fromBytes = AngleAddress(from);
   const QByteArray user = smtp.UserName.toUtf8();
   const QByteArray password = smtp.Password.toUtf8();
-  const QByteArray authorities = TrustedAuthorities(curl, smtp);
+  // Certificates matter only when TLS is used; a plain send never reads them.
+  const QByteArray authorities = smtp.UseSSL ? TrustedAuthorities(curl, smtp) : QByteArray();
   char errorText[CURL_ERROR_SIZE] = {};
   TTranscript transcript;
 

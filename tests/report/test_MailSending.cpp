@@ -216,6 +216,21 @@ TEST(PlainSendingTest, GatewayTestAndEncodedSubjectWithoutEncryption)
   EXPECT_EQ(messages[1]["parts"][0]["text"].toString().trimmed(), "line 1\r\n.\r\nline 3");
 }
 
+TEST(PlainSendingTest, ExtraCertificatesAreNotNeededWithoutTls)
+{
+  TSmtpTestServer server({});
+  ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
+  const QByteArray previous = qgetenv("QUORVEX_EXTRA_CA_CERTS");
+  qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem");
+  tySMTPserver smtp;
+  smtp.Server = "127.0.0.1";
+  smtp.Port = server.Port();
+  smtp.UseSSL = false;
+  EXPECT_NO_THROW(SendTestMail(smtp, "tester@vellmor.example"));
+  qputenv("QUORVEX_EXTRA_CA_CERTS", previous);
+  EXPECT_EQ(server.Messages().size(), 1);
+}
+
 TEST(PlainSendingTest, RefusedConnectionNamesTheServer)
 {
   tySMTPserver smtp;
