@@ -3,9 +3,11 @@
 #include "support/OfflineRest.h"
 #include "support/TempConfig.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QStatusBar>
 #include <QTableView>
+#include <QTimer>
 #include <QToolButton>
 #include <gtest/gtest.h>
 
@@ -92,5 +94,32 @@ TEST(MainWindow, GetTicketsSaysWhyNothingCame)
   window.bbtGetTickets->click();
   EXPECT_TRUE(window.statusBar()->currentMessage().startsWith("Retrieval incomplete: no organization is selected"))
       << window.statusBar()->currentMessage().toStdString();
+  state.FormDestroy();
+}
+
+TEST(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)
+{
+  TTempConfig config;
+  TOfflineRest offline;
+  TMainState state("quorvex-followup", offline.Rest);
+  state.FormCreate();
+  TfrmMain window(state);
+  window.show();
+  // While the filters dialog is open, the window's buttons are off and the
+  // window stays; they come back once the dialog is gone.
+  bool checked = false;
+  QTimer::singleShot(0, [&] {
+    checked = true;
+    EXPECT_FALSE(window.bbtGetTickets->isEnabled());
+    EXPECT_FALSE(window.bbtClose->isEnabled());
+    EXPECT_FALSE(window.close());
+    EXPECT_TRUE(window.isVisible());
+    QApplication::activeModalWidget()->close();
+  });
+  window.bbtFilter->click();
+  EXPECT_TRUE(checked);
+  EXPECT_TRUE(window.bbtGetTickets->isEnabled());
+  EXPECT_TRUE(window.bbtClose->isEnabled());
+  EXPECT_TRUE(window.close());
   state.FormDestroy();
 }

@@ -67,6 +67,21 @@ TEST_F(StepsFixture, GetTicketsQueriesEachOrganizationThreeTimesAndFlagsTheNotic
   EXPECT_EQ(Decrypt(ini.ReadString("QuorvexITSM", "Password", "")), "pw");
 }
 
+TEST_F(StepsFixture, OrganizationWithoutTicketsGivesZeroLinesAndAnEmptyGrid)
+{
+  FState->FSelectedOrganizations = {{3, "Gamma", false, false, false}};
+  FState->bbtGetTicketsClick(FProgress);
+  EXPECT_TRUE(FState->FTickets.isEmpty());
+  EXPECT_EQ(FState->FTicketsGrid.rowCount(), 0);
+  EXPECT_TRUE(FState->RetrievalFailures().isEmpty()) << "no ticket is not a failure";
+  const QStringList &log = FState->FslLog;
+  ASSERT_EQ(log.size(), 7) << log.join('\n').toStdString();
+  EXPECT_TRUE(IsLogLine(log[1], " - * Gamma ....................... : 0"));
+  EXPECT_TRUE(IsLogLine(log[5], " - * Nb tickets: 0"));
+  EXPECT_EQ(FProgress.Calls[2], "bar 4/0");
+  EXPECT_EQ(FProgress.Calls[FProgress.Calls.size() - 2], "bar 4/4");
+}
+
 TEST_F(StepsFixture, NothingSelectedOrNoTokenLeavesTheTicketsAndSaysWhy)
 {
   FState->bbtGetTicketsClick(FProgress);
@@ -116,6 +131,31 @@ TEST_F(StepsFixture, OrganizationsStepWithAFailedListShowsNoDialog)
   });
   EXPECT_EQ(FProgress.Calls.last(), "hide");
   EXPECT_EQ(FState->FOrganizations.size(), 3); // what was fetched stays
+}
+
+TEST_F(StepsFixture, OrganizationsStepHidesItsProgressWhenTheServiceCannotBeReached)
+{
+  FState->FICI.Instance = QStringLiteral("127.0.0.1:1"); // nothing listens there
+  EXPECT_THROW(FState->bbtGET_Organization_ListClick(FProgress,
+                                                     [](auto &&...) -> bool {
+                                                       ADD_FAILURE() << "the dialog must not open";
+                                                       return false;
+                                                     }),
+               ERestTransportError);
+  ASSERT_FALSE(FProgress.Calls.isEmpty());
+  EXPECT_EQ(FProgress.Calls.first(), "show 2");
+  EXPECT_EQ(FProgress.Calls.last(), "hide");
+}
+
+TEST_F(StepsFixture, StatusStepWithoutTokenShowsNoDialog)
+{
+  FState->FICI.API.Password = "wrong";
+  FState->bbtStatusAndPropertiesClick([](tyRestObjects &, tyRestObjects &, TColourStore &) {
+    ADD_FAILURE() << "the dialog must not open";
+    return false;
+  });
+  EXPECT_TRUE(FState->FStatus.isEmpty());
+  EXPECT_FALSE(IniText().contains("[Status]"));
 }
 
 TEST_F(StepsFixture, StatusStepColoursAndSavesOnOk)
