@@ -144,6 +144,9 @@ TRestTransport::TAnswer TRestTransport::Send(const QByteArray &method, const QUr
   TAnswer answer;
   answer.Status = status.toInt();
   answer.StatusText = reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
+  // HTTP/2 carries no reason phrase; Qt's own words for the status stand in.
+  if (answer.StatusText.isEmpty() && reply->error() != QNetworkReply::NoError)
+    answer.StatusText = reply->errorString();
   answer.Body = reply->readAll();
   reply->deleteLater();
   return answer;
