@@ -31,6 +31,15 @@ tyRestTicket Ticket(std::int32_t id, const QString &type = "INCIDENT")
   return ticket;
 }
 
+// An assigned ticket last updated `days` ago.
+tyRestTicket Stale(std::int32_t id, double days)
+{
+  tyRestTicket ticket = Ticket(id);
+  ticket.assignedUser = {100 + id, QStringLiteral("User %1").arg(id)};
+  ticket.lastUpdate = Stamp(QDateTimeFromDateTime(CNow - days));
+  return ticket;
+}
+
 tyRestOperator Operator(std::int32_t id, const QString &email, const QString &status = "ACTIVE")
 {
   tyRestOperator op;
@@ -171,17 +180,11 @@ TEST_F(MailReportTest, UnassignedTableLineByLine)
 
 TEST_F(MailReportTest, WithoutUpdateHonoursDaysStatusesAndTeams)
 {
-  auto stale = [](std::int32_t id, double days) {
-    tyRestTicket ticket = Ticket(id);
-    ticket.assignedUser = {100 + id, QStringLiteral("User %1").arg(id)};
-    ticket.lastUpdate = Stamp(QDateTimeFromDateTime(CNow - days));
-    return ticket;
-  };
-  tyRestTicket ignored = stale(3, 20);
+  tyRestTicket ignored = Stale(3, 20);
   ignored.status._reference = "planned (WITHOUT sla)";
-  tyRestTicket otherTeam = stale(4, 20);
+  tyRestTicket otherTeam = Stale(4, 20);
   otherTeam.assignedTeam = {99, "Other"};
-  FIn.Tickets = {stale(1, 14.5), stale(2, 13.9), ignored, otherTeam};
+  FIn.Tickets = {Stale(1, 14.5), Stale(2, 13.9), ignored, otherTeam};
   const TReportOutput out = Generate();
   EXPECT_EQ(out.NbWithoutUpdate, 1);
   const QStringList &html = out.HtmlContent;
@@ -193,14 +196,8 @@ TEST_F(MailReportTest, WithoutUpdateHonoursDaysStatusesAndTeams)
 
 TEST_F(MailReportTest, WithoutUpdateThresholdIsStrict)
 {
-  auto stale = [](std::int32_t id, double days) {
-    tyRestTicket ticket = Ticket(id);
-    ticket.assignedUser = {100 + id, QStringLiteral("User %1").arg(id)};
-    ticket.lastUpdate = Stamp(QDateTimeFromDateTime(CNow - days));
-    return ticket;
-  };
   // Exactly 14 days is not "longer than 14 days"; a minute more is.
-  FIn.Tickets = {stale(1, 14.0), stale(2, 14.0 + 1.0 / 1440)};
+  FIn.Tickets = {Stale(1, 14.0), Stale(2, 14.0 + 1.0 / 1440)};
   const TReportOutput out = Generate();
   EXPECT_EQ(out.NbWithoutUpdate, 1);
   const QString html = out.HtmlContent.join('\n');
