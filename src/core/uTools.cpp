@@ -86,14 +86,14 @@ namespace {
 // text there is not a decimal integer. Out-of-range values raise ERangeError.
 std::optional<std::uint16_t> TimestampField(const QString &text, qsizetype from, qsizetype to)
 {
-  const QString part = text.mid(from - 1, to - from + 1);
+  const QStringView part = QStringView(text).mid(from - 1, to - from + 1);
   bool ok = false;
   const qlonglong number = part.toLongLong(&ok, 10);
   if (!ok)
     return std::nullopt;
   if (number < 0 || number > 65535)
     throw ERangeError(QStringLiteral("Range check error: \"%1\" at positions %2 to %3 of the time stamp \"%4\"")
-                          .arg(part).arg(from).arg(to).arg(text));
+                          .arg(part.toString()).arg(from).arg(to).arg(text));
   return static_cast<std::uint16_t>(number);
 }
 

@@ -245,14 +245,11 @@ TDemoService::TAnswer TDemoService::Token(const TDemoRequest &request)
                                      {QStringLiteral("scope"), QStringLiteral("public-api")}})};
 }
 
-TDemoService::TAnswer TDemoService::TicketsOpen(const TDemoRequest &request)
+QJsonArray TDemoService::Found(int organizationId, const QString &search)
 {
-  const QJsonObject query = QJsonDocument::fromJson(request.Body).object();
-  const int organizationId = query.value(QStringLiteral("organizationId")).toInt(-1);
-  const int page = query.value(QStringLiteral("page")).toInt();
-  const int pageSize = std::max(1, query.value(QStringLiteral("pageSize")).toInt(20));
-  const QString search = query.value(QStringLiteral("search")).toString();
-
+  const QPair<int, QString> key(organizationId, search);
+  if (const auto known = FFound.constFind(key); known != FFound.cend())
+    return *known;
   QList<QJsonObject> found;
   for (const QJsonValue &value : FData.value(QStringLiteral("tickets")).toArray()) {
     QJsonObject ticket = value.toObject();
@@ -266,7 +263,21 @@ TDemoService::TAnswer TDemoService::TicketsOpen(const TDemoRequest &request)
     return left.value(QStringLiteral("assignedUser")).toObject().value(QStringLiteral("name")).toString() <
            right.value(QStringLiteral("assignedUser")).toObject().value(QStringLiteral("name")).toString();
   });
+  QJsonArray array;
+  for (const QJsonObject &ticket : found)
+    array.append(ticket);
+  return *FFound.insert(key, array);
+}
 
+TDemoService::TAnswer TDemoService::TicketsOpen(const TDemoRequest &request)
+{
+  const QJsonObject query = QJsonDocument::fromJson(request.Body).object();
+  const int organizationId = query.value(QStringLiteral("organizationId")).toInt(-1);
+  const int page = query.value(QStringLiteral("page")).toInt();
+  const int pageSize = std::max(1, query.value(QStringLiteral("pageSize")).toInt(20));
+  const QString search = query.value(QStringLiteral("search")).toString();
+
+  const QJsonArray found = Found(organizationId, search);
   QJsonArray content;
   for (qsizetype i = qsizetype(page) * pageSize; i < found.size() && i < qsizetype(page + 1) * pageSize; ++i)
     content.append(found.at(i));

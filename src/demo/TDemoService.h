@@ -3,6 +3,7 @@
 #include "DemoCertificate.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
@@ -95,6 +96,10 @@ private:
   TAnswer Dispatch(const TDemoRequest &request);
   TAnswer Token(const TDemoRequest &request);
   TAnswer TicketsOpen(const TDemoRequest &request);
+  // The open tickets of an organization that match a search, in the order of
+  // the answer; worked out once per organization and search, as the data set
+  // does not change while the service runs.
+  QJsonArray Found(int organizationId, const QString &search);
   TAnswer Objects(const TDemoRequest &request) const;
   TAnswer Team(int id) const;
   TAnswer Operators(const TDemoRequest &request) const;
@@ -102,6 +107,7 @@ private:
   const TDemoFaults::TBody *ReplacedBody(const QString &path, int page) const;
 
   QJsonObject FData;
+  QHash<QPair<int, QString>, QJsonArray> FFound;
   TDemoCertificate FCertificate;
   std::unique_ptr<QHttpServer> FServer;
   quint16 FPort = 0;

@@ -300,7 +300,10 @@ void TfrmMain::WireButtons()
   wire(bbtAbout, &TfrmMain::bbtAboutClick);
   bbtAbout->setContextMenuPolicy(Qt::CustomContextMenu);
   connect(bbtAbout, &QWidget::customContextMenuRequested, this, &TfrmMain::bbtAboutContextMenu);
-  connect(bbtClose, &QToolButton::clicked, this, &QWidget::close);
+  connect(bbtClose, &QToolButton::clicked, this, [this] {
+    const TraceScope trace(lcApp(), "TfrmMain.bbtCloseClick");
+    close();
+  });
 }
 
 void TfrmMain::bbtQuorvexItsmApiClick()
@@ -334,6 +337,7 @@ void TfrmMain::bbtAboutClick()
 
 void TfrmMain::bbtAboutContextMenu(const QPoint &position)
 {
+  const TraceScope trace(lcApp(), "TfrmMain.bbtAboutContextMenu");
   QMenu menu(this);
   menu.addAction(QStringLiteral("Librairies"), this, [this] { TfrmLibraries(this).exec(); });
   menu.exec(bbtAbout->mapToGlobal(position));

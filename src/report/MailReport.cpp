@@ -64,6 +64,7 @@ TMailReport::TMailReport(const TReportInput &input, TColourStore &colours, TCloc
 
 TReportOutput TMailReport::Generate()
 {
+  const TColourStore::THold hold(FColours);
   FOut = TReportOutput();
   Mail_01_AddHeader();
   Mail_02_AddTitle();

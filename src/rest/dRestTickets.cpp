@@ -10,10 +10,14 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <algorithm>
 
 namespace {
 
 constexpr std::int32_t CPageSize = 500;
+// Room made at once for the announced tickets, up to this many: beyond it the
+// list grows as the pages come (an announced total is no promise).
+constexpr qsizetype CMaxReserved = 50000;
 
 // The paging request travels in the body of the GET, as the service expects.
 QByteArray PageRequest(std::int32_t organizationId, std::int32_t page, const QString &search)
@@ -77,6 +81,8 @@ tyRestTickets TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, std::i
           Fail(QStringLiteral("ContentArray.Count = 0"));
         return result;
       }
+      if (page == 0 && totalElements > 0)
+        result.reserve(std::min<qsizetype>(totalElements, CMaxReserved));
       result.resize(stored + items.size());
       for (qsizetype i = 0; i < items.size(); ++i)
         TicketFromJson(items.at(i).toObject(), result[stored + i]);

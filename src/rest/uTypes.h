@@ -10,6 +10,7 @@
 #include "core/TColor.h"
 
 #include <QList>
+#include <QTypeInfo>
 #include <QString>
 #include <cstdint>
 
@@ -190,6 +191,9 @@ struct tyRestTicket
   std::int32_t waitingDelay = 0;
   bool writeAccess = false;
 };
+// Made only of Qt values and numbers, a ticket can be moved in memory as bytes:
+// lists of thousands of tickets then grow by reallocation, without copying each.
+Q_DECLARE_TYPEINFO(tyRestTicket, Q_RELOCATABLE_TYPE);
 
 // One repository object: a ticket status or a ticket priority.
 struct tyRestObject
@@ -256,6 +260,7 @@ struct tyRestOperator
   QString timeZone;
   bool twoFactorAuthActive = false;
 };
+Q_DECLARE_TYPEINFO(tyRestOperator, Q_RELOCATABLE_TYPE);
 
 // A selected (organization, team) pair.
 struct tyRestOrganizationTeam

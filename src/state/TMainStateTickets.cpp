@@ -80,8 +80,7 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
 
   for (const tyRestOrganization &organization : FSelectedOrganizations) {
     const QString name = organization.name;
-    const tyRestTickets tickets =
-        query(organization, name, QString(), name, QStringLiteral(" ....................... : "));
+    tyRestTickets tickets = query(organization, name, QString(), name, QStringLiteral(" ....................... : "));
     const tyRestTickets english = query(organization, name + QStringLiteral(" / > 10 exchanges"),
                                         CTenExchangesEnglish, name + QStringLiteral(" / > 10 exchanges (E)"),
                                         QStringLiteral(" .. : "));
@@ -89,7 +88,7 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
                                        CTenExchangesFrench, name + QStringLiteral(" / > 10 échanges (F)"),
                                        QStringLiteral(" ... : "));
     progress.LoadingSetProgressBar(maximum, ++step);
-    FTickets.append(MergeTenExchanges(tickets, english, french));
+    FTickets.append(MergeTenExchanges(std::move(tickets), english, french));
     ProcessMessages();
     FslLog.append(QString());
   }

@@ -71,8 +71,8 @@ TColourStore::~TColourStore() = default;
 
 TColourStore::TStamp TColourStore::Stamp() const
 {
-  // One stat call per look-up: the report asks for thousands of colours, and a
-  // QFileInfo would also convert the time to local time each time.
+  // A bare stat call: the report asks for thousands of colours, and a QFileInfo
+  // would also convert the time to local time each time.
   struct stat status;
   if (::stat(FEncodedPath.constData(), &status) != 0)
     return {};
@@ -81,6 +81,9 @@ TColourStore::TStamp TColourStore::Stamp() const
 
 TIniFile &TColourStore::Ini()
 {
+  if (FHolds > 0 && FHeldStampKnown && FIni)
+    return *FIni;
+  FHeldStampKnown = FHolds > 0;
   const TStamp stamp = Stamp();
   if (!FIni || stamp != FStamp) {
     FIni = std::make_unique<TIniFile>(FIniPath);

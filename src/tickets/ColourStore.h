@@ -29,6 +29,25 @@ public:
 
   const QString &IniPath() const { return FIniPath; }
 
+  // While a hold lives, the file is looked at once, at the first look-up, and
+  // then taken as it was (changes made through this store excepted): a report
+  // asks for a colour per cell, tens of thousands in a fraction of a second.
+  class THold
+  {
+  public:
+    explicit THold(TColourStore &store) : FStore(store)
+    {
+      if (FStore.FHolds++ == 0)
+        FStore.FHeldStampKnown = false;
+    }
+    ~THold() { --FStore.FHolds; }
+    THold(const THold &) = delete;
+    THold &operator=(const THold &) = delete;
+
+  private:
+    TColourStore &FStore;
+  };
+
   // Default colour of a status name or short priority code (white when unknown).
   static TColor DefaultColor(const QString &kind, const QString &name);
 
@@ -49,4 +68,6 @@ private:
   QByteArray FEncodedPath;
   std::unique_ptr<TIniFile> FIni;
   TStamp FStamp;
+  int FHolds = 0;
+  bool FHeldStampKnown = false;
 };

@@ -2,7 +2,7 @@
 
 #include <QSet>
 
-tyRestTickets MergeTenExchanges(const tyRestTickets &tickets, const tyRestTickets &foundEnglish,
+tyRestTickets MergeTenExchanges(tyRestTickets tickets, const tyRestTickets &foundEnglish,
                                 const tyRestTickets &foundFrench)
 {
   QSet<std::int32_t> flagged;
@@ -11,9 +11,8 @@ tyRestTickets MergeTenExchanges(const tyRestTickets &tickets, const tyRestTicket
   for (const tyRestTicket &ticket : foundFrench)
     flagged.insert(ticket.id);
 
-  tyRestTickets merged = tickets;
-  for (tyRestTicket &ticket : merged)
+  for (tyRestTicket &ticket : tickets)
     if (flagged.contains(ticket.id))
       ticket.tenExchangesAdded = true;
-  return merged;
+  return tickets;
 }

@@ -14,5 +14,5 @@ inline const QString CTenExchangesFrench = QStringLiteral(
 // The open tickets of one organization, in the service's order, each flagged
 // when either notice search found a ticket with the same id. Tickets found only
 // by a notice search are not added.
-tyRestTickets MergeTenExchanges(const tyRestTickets &tickets, const tyRestTickets &foundEnglish,
+tyRestTickets MergeTenExchanges(tyRestTickets tickets, const tyRestTickets &foundEnglish,
                                 const tyRestTickets &foundFrench);

@@ -120,6 +120,9 @@ TfrmStatusPriorities::TfrmStatusPriorities(const tyRestObjects &statuses, const 
   cbPriority = new QComboBox;
   cbPriority->setObjectName(QStringLiteral("cbPriority"));
   cbPriority->setEditable(false);
+  // Wide enough for a code ("P1") even while nothing is chosen.
+  cbPriority->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  cbPriority->setMinimumContentsLength(4);
   connect(cbPriority, &QComboBox::textActivated, this, &TfrmStatusPriorities::PriorityCodeChanged);
 
   auto *sample = new TSamplePanel;
