@@ -30,7 +30,7 @@ TDateTime DateTimeFromQDateTime(const QDateTime &value)
          EncodeTime(time.hour(), time.minute(), time.second(), time.msec());
 }
 
-QDateTime QDateTimeFromDateTime(TDateTime value)
+void SplitDateTime(TDateTime value, QDate &date, QTime &time)
 {
   auto days = static_cast<qint64>(std::floor(value));
   auto milliseconds = static_cast<qint64>(std::llround((value - static_cast<double>(days)) * CMillisecondsPerDay));
@@ -38,8 +38,17 @@ QDateTime QDateTimeFromDateTime(TDateTime value)
     ++days;
     milliseconds -= CMillisecondsPerDay;
   }
+  date = DayZero().addDays(days);
+  time = QTime::fromMSecsSinceStartOfDay(static_cast<int>(milliseconds));
+}
+
+QDateTime QDateTimeFromDateTime(TDateTime value)
+{
   // Date and time of day at once: each local-time conversion costs a time-zone look-up.
-  return QDateTime(DayZero().addDays(days), QTime::fromMSecsSinceStartOfDay(static_cast<int>(milliseconds)));
+  QDate date;
+  QTime time;
+  SplitDateTime(value, date, time);
+  return QDateTime(date, time);
 }
 
 TDateTime NowDateTime()

@@ -13,5 +13,8 @@ double EncodeTime(int hour, int minute, int second, int millisecond);
 
 TDateTime DateTimeFromQDateTime(const QDateTime &value);
 QDateTime QDateTimeFromDateTime(TDateTime value);
+// The calendar date and the time of day of a day count, as they stand: no
+// time-zone conversion is made (a local QDateTime costs one per value).
+void SplitDateTime(TDateTime value, QDate &date, QTime &time);
 // Local time now, as a day count.
 TDateTime NowDateTime();

@@ -118,11 +118,12 @@ TDateTime RestTimestamp2DateTime(const QString &value)
   return date + time;
 }
 
-QString DateTimeToStr(const QDateTime &moment)
+namespace {
+QString DateAndTimeToStr(QDate day, QTime time)
 {
   const QLocale locale;
-  const QString date = locale.toString(moment.date(), QLocale::ShortFormat);
-  if (moment.time() == QTime(0, 0))
+  const QString date = locale.toString(day, QLocale::ShortFormat);
+  if (time == QTime(0, 0))
     return date;
   // The long time format without its time-zone name: the time is local. Kept
   // for the last locale format seen, as a report formats thousands of dates.
@@ -133,7 +134,18 @@ QString DateTimeToStr(const QDateTime &moment)
     longFormat = format;
     timeFormat = QString(format).remove(zoneName).trimmed();
   }
-  return date + u' ' + locale.toString(moment.time(), timeFormat);
+  return date + u' ' + locale.toString(time, timeFormat);
+}
+} // namespace
+
+QString DateTimeToStr(const QDateTime &moment) { return DateAndTimeToStr(moment.date(), moment.time()); }
+
+QString DateTimeToStr(TDateTime value)
+{
+  QDate date;
+  QTime time;
+  SplitDateTime(value, date, time);
+  return DateAndTimeToStr(date, time);
 }
 
 QString Timestamp(bool withMilliseconds)

@@ -40,6 +40,8 @@ TDateTime RestTimestamp2DateTime(const QString &value);
 // A date and time as the user's locale writes them: short date, a blank and long
 // time; at exactly midnight the time is left out.
 QString DateTimeToStr(const QDateTime &moment);
+// The same for a day count, read as local time without any conversion.
+QString DateTimeToStr(TDateTime value);
 
 // Local time now as "yyyymmdd_hhmmss", or "yyyymmdd_hhmmss.zzz" with milliseconds.
 QString Timestamp(bool withMilliseconds);

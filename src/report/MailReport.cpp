@@ -161,7 +161,7 @@ QString TMailReport::GetHtmlTdStatus(const tyRestTicket &ticket)
 QString TMailReport::DateCell(const QString &timestamp, TAge age) const
 {
   const TDateTime moment = RestTimestamp2DateTime(timestamp);
-  QString cell = QStringLiteral("          <td align=\"center\">") + Str2Html(DateTimeToStr(QDateTimeFromDateTime(moment)));
+  QString cell = QStringLiteral("          <td align=\"center\">") + Str2Html(DateTimeToStr(moment));
   switch (age) {
   case TAge::None: break;
   case TAge::Hours:

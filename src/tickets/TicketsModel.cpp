@@ -15,8 +15,7 @@ void TTicketsModel::SetTickets(const tyRestTickets &tickets)
   QList<TDates> dates;
   dates.reserve(tickets.size());
   for (const tyRestTicket &ticket : tickets)
-    dates.append({QDateTimeFromDateTime(RestTimestamp2DateTime(ticket.creationDate)),
-                  QDateTimeFromDateTime(RestTimestamp2DateTime(ticket.lastUpdate))});
+    dates.append({RestTimestamp2DateTime(ticket.creationDate), RestTimestamp2DateTime(ticket.lastUpdate)});
   beginResetModel();
   FTickets = tickets;
   FDates = std::move(dates);
@@ -47,13 +46,13 @@ QVariant TTicketsModel::data(const QModelIndex &index, int role) const
   case colTitle: return ticket.title;
   case colCreationDate:
     return role == Qt::DisplayRole ? QVariant(DateTimeToStr(row.CreationDate))
-                                   : QVariant(row.CreationDate);
+                                   : QVariant(QDateTimeFromDateTime(row.CreationDate));
   case colStatus: return ticket.status._reference;
   case colAssignedTeam: return ticket.assignedTeam.name;
   case colAssignedUser: return ticket.assignedUser.name;
   case colLastUpdate:
     return role == Qt::DisplayRole ? QVariant(DateTimeToStr(row.LastUpdate))
-                                   : QVariant(row.LastUpdate);
+                                   : QVariant(QDateTimeFromDateTime(row.LastUpdate));
   default: return {};
   }
 }

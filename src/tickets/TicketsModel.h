@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/TDateTime.h"
 #include "rest/uTypes.h"
 
 #include <QAbstractTableModel>
@@ -31,8 +32,8 @@ public:
 private:
   struct TDates
   {
-    QDateTime CreationDate;
-    QDateTime LastUpdate;
+    TDateTime CreationDate;
+    TDateTime LastUpdate;
   };
   tyRestTickets FTickets; // shares the caller's list, no copy of the tickets
   QList<TDates> FDates;

@@ -165,4 +165,7 @@ TEST(DateTimeToStr, LocaleShortDateAndLongTimeWithoutMidnight)
   const TScopedLocale french(QLocale(QLocale::French, QLocale::France));
   EXPECT_EQ(DateTimeToStr(QDateTime(QDate(2026, 11, 14), QTime(6, 0, 1))), "14/11/2026 06:00:01");
   EXPECT_EQ(DateTimeToStr(QDateTime(QDate(2026, 11, 14), QTime(0, 0))), "14/11/2026");
+  // A day count reads the same, with its time rounded to the millisecond.
+  EXPECT_EQ(DateTimeToStr(EncodeDate(2026, 11, 14) + EncodeTime(6, 0, 1, 0)), "14/11/2026 06:00:01");
+  EXPECT_EQ(DateTimeToStr(EncodeDate(2026, 11, 14) + EncodeTime(23, 59, 59, 999) + 0.6 / 86400000.0), "15/11/2026");
 }
