@@ -2,21 +2,22 @@
 
 #include "RestParse.h"
 
+#include <QHash>
 #include <QJsonArray>
 
 namespace {
 
-void ReadStatus(const QJsonObject &item, tyRestStatus &status)
+void ReadStatus(const QJsonValue &member, tyRestStatus &status)
 {
-  const QJsonObject object = item.value(QStringLiteral("status")).toObject();
+  const QJsonObject object = member.toObject();
   ReadInteger(object, QStringLiteral("id"), status.id);
   ReadString(object, QStringLiteral("reference"), status._reference);
   ReadString(object, QStringLiteral("category"), status.category);
 }
 
-void ReadCustomProperties(const QJsonObject &item, tyRestCustomProperties &properties)
+void ReadCustomProperties(const QJsonValue &member, tyRestCustomProperties &properties)
 {
-  const QJsonArray array = item.value(QStringLiteral("customProperties")).toArray();
+  const QJsonArray array = member.toArray();
   properties.resize(array.size());
   for (qsizetype i = 0; i < array.size(); ++i) {
     const QJsonObject property = array.at(i).toObject();
@@ -25,9 +26,9 @@ void ReadCustomProperties(const QJsonObject &item, tyRestCustomProperties &prope
   }
 }
 
-void ReadChange(const QJsonObject &item, tyRestChange &change)
+void ReadChange(const QJsonValue &member, tyRestChange &change)
 {
-  const QJsonObject object = item.value(QStringLiteral("change")).toObject();
+  const QJsonObject object = member.toObject();
   ReadString(object, QStringLiteral("changelogDescription"), change.changelogDescription);
   ReadString(object, QStringLiteral("changelogType"), change.changelogType);
   ReadString(object, QStringLiteral("deploymentPlan"), change.deploymentPlan);
@@ -37,9 +38,9 @@ void ReadChange(const QJsonObject &item, tyRestChange &change)
   ReadString(object, QStringLiteral("rollbackPlan"), change.rollbackPlan);
 }
 
-void ReadChecks(const QJsonObject &item, tyRestchecks &checks)
+void ReadChecks(const QJsonValue &member, tyRestchecks &checks)
 {
-  const QJsonArray array = item.value(QStringLiteral("checks")).toArray();
+  const QJsonArray array = member.toArray();
   checks.resize(array.size());
   for (qsizetype i = 0; i < array.size(); ++i) {
     const QJsonObject check = array.at(i).toObject();
@@ -48,70 +49,91 @@ void ReadChecks(const QJsonObject &item, tyRestchecks &checks)
   }
 }
 
-void ReadIncident(const QJsonObject &item, tyRestIncident &incident)
+void ReadIncident(const QJsonValue &member, tyRestIncident &incident)
 {
-  const QJsonObject object = item.value(QStringLiteral("incident")).toObject();
+  const QJsonObject object = member.toObject();
   ReadString(object, QStringLiteral("incidentImpact"), incident.incidentImpact);
   ReadString(object, QStringLiteral("incidentUrgency"), incident.incidentUrgency);
 }
 
-void ReadValidationLevel(const QJsonObject &item, tyRestValidationLevel &level)
+void ReadValidationLevel(const QJsonValue &member, tyRestValidationLevel &level)
 {
-  const QJsonObject object = item.value(QStringLiteral("validationLevel")).toObject();
+  const QJsonObject object = member.toObject();
   ReadString(object, QStringLiteral("description"), level.description);
   ReadInteger(object, QStringLiteral("id"), level.id);
   ReadInteger(object, QStringLiteral("level"), level.level);
+}
+
+// The field each member of a ticket item fills, by member name.
+using TTicketReader = void (*)(const QJsonValue &member, tyRestTicket &ticket);
+
+const QHash<QString, TTicketReader> &TicketReaders()
+{
+  using T = tyRestTicket;
+  using V = QJsonValue;
+  static const QHash<QString, TTicketReader> readers{
+      {QStringLiteral("id"), [](const V &m, T &t) { ReadInteger(m, t.id); }},
+      {QStringLiteral("type"), [](const V &m, T &t) { ReadString(m, t._type); }},
+      {QStringLiteral("organization"), [](const V &m, T &t) { ParseSubName(m, t.organization); }},
+      {QStringLiteral("assignedTeam"), [](const V &m, T &t) { ParseSubName(m, t.assignedTeam); }},
+      {QStringLiteral("assignedUser"), [](const V &m, T &t) { ParseSubName(m, t.assignedUser); }},
+      {QStringLiteral("title"), [](const V &m, T &t) { ReadString(m, t.title); }},
+      {QStringLiteral("description"), [](const V &m, T &t) { ReadString(m, t.description); }},
+      {QStringLiteral("creationDate"), [](const V &m, T &t) { ReadString(m, t.creationDate); }},
+      {QStringLiteral("lastUpdate"), [](const V &m, T &t) { ReadString(m, t.lastUpdate); }},
+      {QStringLiteral("author"), [](const V &m, T &t) { ParseSubName(m, t.author); }},
+      {QStringLiteral("authorName"), [](const V &m, T &t) { ReadString(m, t.authorName); }},
+      {QStringLiteral("authorEmail"), [](const V &m, T &t) { ReadString(m, t.authorEmail); }},
+      {QStringLiteral("createdBy"), [](const V &m, T &t) { ParseSubName(m, t.createdBy); }},
+      {QStringLiteral("authorSite"), [](const V &m, T &t) { ParseSubName(m, t.authorSite); }},
+      {QStringLiteral("authorEmailNotify"), [](const V &m, T &t) { ReadBoolean(m, t.authorEmailNotify); }},
+      {QStringLiteral("ticketOrigin"), [](const V &m, T &t) { ReadString(m, t.ticketOrigin); }},
+      {QStringLiteral("resolutionDelay"), [](const V &m, T &t) { ReadInteger(m, t.resolutionDelay); }},
+      {QStringLiteral("slaResolutionDelay"), [](const V &m, T &t) { ReadInteger(m, t.slaResolutionDelay); }},
+      {QStringLiteral("slaCompletionStatus"), [](const V &m, T &t) { ReadString(m, t.slaCompletionStatus); }},
+      {QStringLiteral("actualAcknowledgeDate"), [](const V &m, T &t) { ReadString(m, t.actualAcknowledgeDate); }},
+      {QStringLiteral("slaAcknowledgementStatus"),
+       [](const V &m, T &t) { ReadString(m, t.slaAcknowledgementStatus); }},
+      {QStringLiteral("priority"), [](const V &m, T &t) { ParseSubRef(m, t.priority); }},
+      {QStringLiteral("status"), [](const V &m, T &t) { ReadStatus(m, t.status); }},
+      {QStringLiteral("application"), [](const V &m, T &t) { ParseSubName(m, t.application); }},
+      {QStringLiteral("customProperties"), [](const V &m, T &t) { ReadCustomProperties(m, t.customProperties); }},
+      {QStringLiteral("tasksPublic"), [](const V &m, T &t) { ReadBoolean(m, t.tasksPublic); }},
+      {QStringLiteral("access"), [](const V &m, T &t) { ReadBoolean(m, t.access); }},
+      {QStringLiteral("writeAccess"), [](const V &m, T &t) { ReadBoolean(m, t.writeAccess); }},
+      {QStringLiteral("waitingDate"), [](const V &m, T &t) { ReadString(m, t.waitingDate); }},
+      {QStringLiteral("waitingDelay"), [](const V &m, T &t) { ReadInteger(m, t.waitingDelay); }},
+      {QStringLiteral("flagApi"), [](const V &m, T &t) { ReadBoolean(m, t.flagApi); }},
+      {QStringLiteral("archived"), [](const V &m, T &t) { ReadBoolean(m, t.archived); }},
+      {QStringLiteral("actualResolutionDate"), [](const V &m, T &t) { ReadString(m, t.actualResolutionDate); }},
+      {QStringLiteral("change"), [](const V &m, T &t) { ReadChange(m, t.change); }},
+      {QStringLiteral("checks"), [](const V &m, T &t) { ReadChecks(m, t.checks); }},
+      {QStringLiteral("incident"), [](const V &m, T &t) { ReadIncident(m, t.incident); }},
+      {QStringLiteral("sla"), [](const V &m, T &t) { ParseSubDesc(m, t.sla); }},
+      {QStringLiteral("startDate"), [](const V &m, T &t) { ReadString(m, t.startDate); }},
+      {QStringLiteral("supplier"), [](const V &m, T &t) { ParseSubName(m, t.supplier); }},
+      {QStringLiteral("task"), [](const V &m, T &t) { ParseSubDesc(m, t.task); }},
+      {QStringLiteral("template"), [](const V &m, T &t) { ParseSubDesc(m, t.template_); }},
+      {QStringLiteral("theoreticalAcknowledgeDate"),
+       [](const V &m, T &t) { ReadString(m, t.theoreticalAcknowledgeDate); }},
+      {QStringLiteral("theoreticalResolutionDate"),
+       [](const V &m, T &t) { ReadString(m, t.theoreticalResolutionDate); }},
+      {QStringLiteral("validationLevel"), [](const V &m, T &t) { ReadValidationLevel(m, t.validationLevel); }},
+      {QStringLiteral("validationWorkflow"), [](const V &m, T &t) { ParseSubDesc(m, t.validationWorkflow); }},
+  };
+  return readers;
 }
 
 } // namespace
 
 void TicketFromJson(const QJsonObject &item, tyRestTicket &ticket)
 {
-  ReadInteger(item, QStringLiteral("id"), ticket.id);
-  ReadString(item, QStringLiteral("type"), ticket._type);
-  ParseSubName(item, QStringLiteral("organization"), ticket.organization);
-  ParseSubName(item, QStringLiteral("assignedTeam"), ticket.assignedTeam);
-  ParseSubName(item, QStringLiteral("assignedUser"), ticket.assignedUser);
-  ReadString(item, QStringLiteral("title"), ticket.title);
-  ReadString(item, QStringLiteral("description"), ticket.description);
-  ReadString(item, QStringLiteral("creationDate"), ticket.creationDate);
-  ReadString(item, QStringLiteral("lastUpdate"), ticket.lastUpdate);
-  ParseSubName(item, QStringLiteral("author"), ticket.author);
-  ReadString(item, QStringLiteral("authorName"), ticket.authorName);
-  ReadString(item, QStringLiteral("authorEmail"), ticket.authorEmail);
-  ParseSubName(item, QStringLiteral("createdBy"), ticket.createdBy);
-  ParseSubName(item, QStringLiteral("authorSite"), ticket.authorSite);
-  ReadBoolean(item, QStringLiteral("authorEmailNotify"), ticket.authorEmailNotify);
-  ReadString(item, QStringLiteral("ticketOrigin"), ticket.ticketOrigin);
-  ReadInteger(item, QStringLiteral("resolutionDelay"), ticket.resolutionDelay);
-  ReadInteger(item, QStringLiteral("slaResolutionDelay"), ticket.slaResolutionDelay);
-  ReadString(item, QStringLiteral("slaCompletionStatus"), ticket.slaCompletionStatus);
-  ReadString(item, QStringLiteral("actualAcknowledgeDate"), ticket.actualAcknowledgeDate);
-  ReadString(item, QStringLiteral("slaAcknowledgementStatus"), ticket.slaAcknowledgementStatus);
-  ParseSubRef(item, QStringLiteral("priority"), ticket.priority);
-  ReadStatus(item, ticket.status);
-  ParseSubName(item, QStringLiteral("application"), ticket.application);
-  ReadCustomProperties(item, ticket.customProperties);
-  ReadBoolean(item, QStringLiteral("tasksPublic"), ticket.tasksPublic);
-  ReadBoolean(item, QStringLiteral("access"), ticket.access);
-  ReadBoolean(item, QStringLiteral("writeAccess"), ticket.writeAccess);
-  ReadString(item, QStringLiteral("waitingDate"), ticket.waitingDate);
-  ReadInteger(item, QStringLiteral("waitingDelay"), ticket.waitingDelay);
-  ReadBoolean(item, QStringLiteral("flagApi"), ticket.flagApi);
-  ReadBoolean(item, QStringLiteral("archived"), ticket.archived);
-  ReadString(item, QStringLiteral("actualResolutionDate"), ticket.actualResolutionDate);
-  ReadChange(item, ticket.change);
-  ReadChecks(item, ticket.checks);
-  ReadIncident(item, ticket.incident);
-  ParseSubDesc(item, QStringLiteral("sla"), ticket.sla);
-  ReadString(item, QStringLiteral("startDate"), ticket.startDate);
-  ParseSubName(item, QStringLiteral("supplier"), ticket.supplier);
-  ParseSubDesc(item, QStringLiteral("task"), ticket.task);
-  ParseSubDesc(item, QStringLiteral("template"), ticket.template_);
-  ReadString(item, QStringLiteral("theoreticalAcknowledgeDate"), ticket.theoreticalAcknowledgeDate);
-  ReadString(item, QStringLiteral("theoreticalResolutionDate"), ticket.theoreticalResolutionDate);
-  ReadValidationLevel(item, ticket.validationLevel);
-  ParseSubDesc(item, QStringLiteral("validationWorkflow"), ticket.validationWorkflow);
+  // One walk over the item's members, each sent to the field it fills: looking
+  // 45 members up by name would search the object 45 times for every ticket.
+  const QHash<QString, TTicketReader> &readers = TicketReaders();
+  for (auto member = item.constBegin(); member != item.constEnd(); ++member)
+    if (const TTicketReader read = readers.value(member.key()))
+      read(member.value(), ticket);
 }
 
 tyRestOperator OperatorFromJson(const QJsonObject &item)

@@ -5,18 +5,16 @@
 #include <cmath>
 #include <limits>
 
-bool ReadBoolean(const QJsonObject &object, const QString &key, bool &value)
+bool ReadBoolean(const QJsonValue &member, bool &value)
 {
-  const QJsonValue member = object.value(key);
   if (!member.isBool())
     return false;
   value = member.toBool();
   return true;
 }
 
-bool ReadInteger(const QJsonObject &object, const QString &key, std::int32_t &value)
+bool ReadInteger(const QJsonValue &member, std::int32_t &value)
 {
-  const QJsonValue member = object.value(key);
   if (!member.isDouble())
     return false;
   const double number = member.toDouble();
@@ -27,13 +25,27 @@ bool ReadInteger(const QJsonObject &object, const QString &key, std::int32_t &va
   return true;
 }
 
-bool ReadString(const QJsonObject &object, const QString &key, QString &value)
+bool ReadString(const QJsonValue &member, QString &value)
 {
-  const QJsonValue member = object.value(key);
   if (!member.isString())
     return false;
   value = member.toString();
   return true;
+}
+
+bool ReadBoolean(const QJsonObject &object, const QString &key, bool &value)
+{
+  return ReadBoolean(object.value(key), value);
+}
+
+bool ReadInteger(const QJsonObject &object, const QString &key, std::int32_t &value)
+{
+  return ReadInteger(object.value(key), value);
+}
+
+bool ReadString(const QJsonObject &object, const QString &key, QString &value)
+{
+  return ReadString(object.value(key), value);
 }
 
 void ParseBoolean(const QJsonObject &object, const QString &key, bool &value)
@@ -57,11 +69,9 @@ void ParseString(const QJsonObject &object, const QString &key, QString &value)
 namespace {
 // Fills id and the text member of a small reference object of the service.
 template <typename TSub>
-void ParseSub(const QJsonObject &object, const QString &key, TSub &value, QString TSub::*text,
-              const QString &textKey)
+void ParseSub(const QJsonValue &member, TSub &value, QString TSub::*text, const QString &textKey)
 {
   value = TSub{};
-  const QJsonValue member = object.value(key);
   if (!member.isObject())
     return;
   const QJsonObject sub = member.toObject();
@@ -70,19 +80,34 @@ void ParseSub(const QJsonObject &object, const QString &key, TSub &value, QStrin
 }
 } // namespace
 
+void ParseSubName(const QJsonValue &member, tyRestSubName &value)
+{
+  ParseSub(member, value, &tyRestSubName::name, QStringLiteral("name"));
+}
+
+void ParseSubDesc(const QJsonValue &member, tyRestSubDescription &value)
+{
+  ParseSub(member, value, &tyRestSubDescription::description, QStringLiteral("description"));
+}
+
+void ParseSubRef(const QJsonValue &member, tyRestSubReference &value)
+{
+  ParseSub(member, value, &tyRestSubReference::reference, QStringLiteral("reference"));
+}
+
 void ParseSubName(const QJsonObject &object, const QString &key, tyRestSubName &value)
 {
-  ParseSub(object, key, value, &tyRestSubName::name, QStringLiteral("name"));
+  ParseSubName(object.value(key), value);
 }
 
 void ParseSubDesc(const QJsonObject &object, const QString &key, tyRestSubDescription &value)
 {
-  ParseSub(object, key, value, &tyRestSubDescription::description, QStringLiteral("description"));
+  ParseSubDesc(object.value(key), value);
 }
 
 void ParseSubRef(const QJsonObject &object, const QString &key, tyRestSubReference &value)
 {
-  ParseSub(object, key, value, &tyRestSubReference::reference, QStringLiteral("reference"));
+  ParseSubRef(object.value(key), value);
 }
 
 QList<tyRestSubName> ReadSubNames(const QJsonObject &object, const QString &key)

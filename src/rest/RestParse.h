@@ -3,6 +3,7 @@
 #include "uTypes.h"
 
 #include <QJsonObject>
+#include <QJsonValue>
 #include <QString>
 #include <cstdint>
 
@@ -29,6 +30,15 @@ void ParseSubRef(const QJsonObject &object, const QString &key, tyRestSubReferen
 bool ReadBoolean(const QJsonObject &object, const QString &key, bool &value);
 bool ReadInteger(const QJsonObject &object, const QString &key, std::int32_t &value);
 bool ReadString(const QJsonObject &object, const QString &key, QString &value);
+
+// The same, given the member itself (for a reader that walks an object's
+// members once instead of looking each up by name).
+bool ReadBoolean(const QJsonValue &member, bool &value);
+bool ReadInteger(const QJsonValue &member, std::int32_t &value);
+bool ReadString(const QJsonValue &member, QString &value);
+void ParseSubName(const QJsonValue &member, tyRestSubName &value);
+void ParseSubDesc(const QJsonValue &member, tyRestSubDescription &value);
+void ParseSubRef(const QJsonValue &member, tyRestSubReference &value);
 
 // Every element of the array member `key` as an {"id","name"} record, in order.
 QList<tyRestSubName> ReadSubNames(const QJsonObject &object, const QString &key);

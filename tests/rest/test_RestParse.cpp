@@ -91,6 +91,72 @@ TEST(TicketMapping, EveryMemberReachesItsFieldAndAbsentOnesStayZero)
   EXPECT_EQ(ticket.lastUpdate, "2024-03-15T08:30:00.123Z");
 }
 
+TEST(TicketMapping, EachMemberFillsItsOwnField)
+{
+  tyRestTicket ticket;
+  TicketFromJson(Json(R"({
+    "id":1, "type":"s-type", "title":"s-title", "description":"s-description", "creationDate":"s-creationDate",
+    "lastUpdate":"s-lastUpdate", "authorName":"s-authorName", "authorEmail":"s-authorEmail",
+    "ticketOrigin":"s-ticketOrigin", "slaCompletionStatus":"s-slaCompletionStatus",
+    "actualAcknowledgeDate":"s-actualAcknowledgeDate", "slaAcknowledgementStatus":"s-slaAcknowledgementStatus",
+    "waitingDate":"s-waitingDate", "actualResolutionDate":"s-actualResolutionDate", "startDate":"s-startDate",
+    "theoreticalAcknowledgeDate":"s-theoreticalAcknowledgeDate",
+    "theoreticalResolutionDate":"s-theoreticalResolutionDate",
+    "resolutionDelay":2, "slaResolutionDelay":3, "waitingDelay":4,
+    "authorEmailNotify":true, "tasksPublic":true, "access":true, "writeAccess":true, "flagApi":true, "archived":true,
+    "organization":{"id":10,"name":"n-organization"}, "assignedTeam":{"id":11,"name":"n-assignedTeam"},
+    "assignedUser":{"id":12,"name":"n-assignedUser"}, "author":{"id":13,"name":"n-author"},
+    "createdBy":{"id":14,"name":"n-createdBy"}, "authorSite":{"id":15,"name":"n-authorSite"},
+    "application":{"id":16,"name":"n-application"}, "supplier":{"id":17,"name":"n-supplier"},
+    "priority":{"id":20,"reference":"r-priority"},
+    "sla":{"id":30,"description":"d-sla"}, "task":{"id":31,"description":"d-task"},
+    "template":{"id":32,"description":"d-template"}, "validationWorkflow":{"id":33,"description":"d-workflow"},
+    "unknownMember":"ignored"})"),
+                 ticket);
+  const QList<std::pair<QString, QString>> texts{
+      {ticket._type, "s-type"},
+      {ticket.title, "s-title"},
+      {ticket.description, "s-description"},
+      {ticket.creationDate, "s-creationDate"},
+      {ticket.lastUpdate, "s-lastUpdate"},
+      {ticket.authorName, "s-authorName"},
+      {ticket.authorEmail, "s-authorEmail"},
+      {ticket.ticketOrigin, "s-ticketOrigin"},
+      {ticket.slaCompletionStatus, "s-slaCompletionStatus"},
+      {ticket.actualAcknowledgeDate, "s-actualAcknowledgeDate"},
+      {ticket.slaAcknowledgementStatus, "s-slaAcknowledgementStatus"},
+      {ticket.waitingDate, "s-waitingDate"},
+      {ticket.actualResolutionDate, "s-actualResolutionDate"},
+      {ticket.startDate, "s-startDate"},
+      {ticket.theoreticalAcknowledgeDate, "s-theoreticalAcknowledgeDate"},
+      {ticket.theoreticalResolutionDate, "s-theoreticalResolutionDate"},
+      {ticket.organization.name, "n-organization"},
+      {ticket.assignedTeam.name, "n-assignedTeam"},
+      {ticket.assignedUser.name, "n-assignedUser"},
+      {ticket.author.name, "n-author"},
+      {ticket.createdBy.name, "n-createdBy"},
+      {ticket.authorSite.name, "n-authorSite"},
+      {ticket.application.name, "n-application"},
+      {ticket.supplier.name, "n-supplier"},
+      {ticket.priority.reference, "r-priority"},
+      {ticket.sla.description, "d-sla"},
+      {ticket.task.description, "d-task"},
+      {ticket.template_.description, "d-template"},
+      {ticket.validationWorkflow.description, "d-workflow"}};
+  for (const auto &[field, expected] : texts)
+    EXPECT_EQ(field, expected);
+  EXPECT_EQ((QList<std::int32_t>{ticket.id, ticket.resolutionDelay, ticket.slaResolutionDelay, ticket.waitingDelay}),
+            (QList<std::int32_t>{1, 2, 3, 4}));
+  EXPECT_EQ((QList<std::int32_t>{ticket.organization.id, ticket.assignedTeam.id, ticket.assignedUser.id,
+                                 ticket.author.id, ticket.createdBy.id, ticket.authorSite.id, ticket.application.id,
+                                 ticket.supplier.id, ticket.priority.id, ticket.sla.id, ticket.task.id,
+                                 ticket.template_.id, ticket.validationWorkflow.id}),
+            (QList<std::int32_t>{10, 11, 12, 13, 14, 15, 16, 17, 20, 30, 31, 32, 33}));
+  EXPECT_TRUE(ticket.authorEmailNotify && ticket.tasksPublic && ticket.access && ticket.writeAccess &&
+              ticket.flagApi && ticket.archived);
+  EXPECT_FALSE(ticket.tenExchangesAdded);
+}
+
 TEST(AsciiJson, CharactersOutsideAsciiBecomeEscapes)
 {
   const QJsonObject object{{"a", QString::fromUtf8("é\x7f\t😀\n\x01\\\"")}};
