@@ -65,6 +65,10 @@ TMailReport::TMailReport(const TReportInput &input, TColourStore &colours, TCloc
 TReportOutput TMailReport::Generate()
 {
   const TColourStore::THold hold(FColours);
+  // One reading of the clock for the whole report: every age and the
+  // without-update rule count from the same moment, and reading the local time
+  // costs a look at the time-zone file each time.
+  FCurrentTime = FNow();
   FOut = TReportOutput();
   Mail_01_AddHeader();
   Mail_02_AddTitle();
@@ -165,10 +169,10 @@ QString TMailReport::DateCell(const QString &timestamp, TAge age) const
   switch (age) {
   case TAge::None: break;
   case TAge::Hours:
-    cell += QStringLiteral("<br><strong>(%1&nbsp;hours)</strong>").arg(WholeUnits(std::abs(FNow() - moment), 24));
+    cell += QStringLiteral("<br><strong>(%1&nbsp;hours)</strong>").arg(WholeUnits(std::abs(FCurrentTime - moment), 24));
     break;
   case TAge::Days:
-    cell += QStringLiteral("<br><strong>(%1&nbsp;days)</strong>").arg(WholeUnits(FNow() - moment, 1));
+    cell += QStringLiteral("<br><strong>(%1&nbsp;days)</strong>").arg(WholeUnits(FCurrentTime - moment, 1));
     break;
   }
   return cell + QStringLiteral("</td>");
@@ -216,7 +220,7 @@ bool TMailReport::IsUnassignedLate(const tyRestTicket &ticket) const
 
 bool TMailReport::IsWithoutUpdate(const tyRestTicket &ticket) const
 {
-  return RestTimestamp2DateTime(ticket.lastUpdate) < FNow() - FIn.NbDays &&
+  return RestTimestamp2DateTime(ticket.lastUpdate) < FCurrentTime - FIn.NbDays &&
          !FIn.StatusToIgnore.contains(ticket.status._reference, Qt::CaseInsensitive) &&
          TeamInSelectedTeams(FIn.SelectedTeams, ticket.assignedTeam.id);
 }

@@ -82,5 +82,6 @@ private:
   const TReportInput &FIn;
   TColourStore &FColours;
   TClock FNow;
+  TDateTime FCurrentTime = 0; // the clock as read when the report began
   TReportOutput FOut;
 };
