@@ -108,6 +108,20 @@ private:
 
   QJsonObject FData;
   QHash<QPair<int, QString>, QJsonArray> FFound;
+  // Organization, search, page and page size of an answered page.
+  struct TPageKey
+  {
+    int OrganizationId;
+    QString Search;
+    int Page;
+    int PageSize;
+    bool operator==(const TPageKey &) const = default;
+    friend size_t qHash(const TPageKey &key, size_t seed = 0)
+    {
+      return qHashMulti(seed, key.OrganizationId, key.Search, key.Page, key.PageSize);
+    }
+  };
+  QHash<TPageKey, QByteArray> FPages;
   TDemoCertificate FCertificate;
   std::unique_ptr<QHttpServer> FServer;
   quint16 FPort = 0;
