@@ -1,3 +1,4 @@
+#include "gui/TfrmAbout.h"
 #include "gui/TfrmMain.h"
 #include "state/TMainState.h"
 #include "support/OfflineRest.h"
@@ -7,6 +8,7 @@
 #include <QLabel>
 #include <QStatusBar>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTimer>
 #include <QToolButton>
 #include <gtest/gtest.h>
@@ -122,4 +124,25 @@ TEST(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)
   EXPECT_TRUE(window.bbtClose->isEnabled());
   EXPECT_TRUE(window.close());
   state.FormDestroy();
+}
+
+TEST(AboutBox, NamesTheProgramAndListsTheLibrariesWithTheirVersions)
+{
+  TfrmAbout about;
+  const auto *text = about.findChild<QLabel *>("lblAbout");
+  ASSERT_NE(text, nullptr);
+  EXPECT_TRUE(text->text().contains("Quorvex ITSM ticket tracking")) << text->text().toStdString();
+  EXPECT_TRUE(text->text().contains(QStringLiteral("Version %1").arg(QUORVEX_VERSION)));
+
+  TfrmLibraries libraries;
+  const auto *table = libraries.findChild<QTableWidget *>("tblLibraries");
+  ASSERT_NE(table, nullptr);
+  QStringList names;
+  for (int row = 0; row < table->rowCount(); ++row) {
+    names << table->item(row, 0)->text();
+    EXPECT_FALSE(table->item(row, 1)->text().trimmed().isEmpty()) << names.last().toStdString();
+  }
+  EXPECT_EQ(names, (QStringList{"Qt", "OpenSSL", "libcurl", "libxlsxwriter", "SimpleIni"}));
+  // Versions read from the libraries the program runs on.
+  EXPECT_EQ(table->item(0, 1)->text(), QString::fromLatin1(qVersion()));
 }

@@ -178,6 +178,8 @@ TEST_F(EndToEnd, FullRunSendsTheReportToTheDefaultRecipientsAndLogsEveryStep)
   // Whoever watches the run sees the same lines as they come.
   EXPECT_TRUE(run.Err.contains(" - * Unassigned: 48\n")) << run.Err.toStdString();
   EXPECT_TRUE(run.Err.contains(" - END\n"));
+  EXPECT_TRUE(run.Err.contains(QString::fromUtf8("Loading - Brasserie Lefèvre & Fils / > 10 échanges [7/8]\n")))
+      << run.Err.toStdString();
 
   const QList<QJsonObject> messages = FSmtp.Messages();
   ASSERT_EQ(messages.size(), 1);
