@@ -27,6 +27,15 @@ TSingleInstance::TSingleInstance(const QString &key, QObject *parent) : QObject(
   FLock = std::make_unique<QLockFile>(settings.absoluteFilePath() + QStringLiteral(".lock"));
   // A lock left by a process that died is taken over (QLockFile checks its PID).
   FPrimary = FLock->tryLock(0);
+  if (!FPrimary && FLock->error() != QLockFile::LockFailedError) {
+    // No lock can be made there (a read-only folder, say): that says nothing of
+    // another instance, so this one goes on unguarded; the settings will tell
+    // the user what is wrong with the folder.
+    TraceError(lcApp(), QStringLiteral("The single-instance lock %1 cannot be made (error %2); running unguarded")
+                            .arg(settings.absoluteFilePath() + QStringLiteral(".lock"))
+                            .arg(int(FLock->error())));
+    FPrimary = true;
+  }
   if (!FPrimary)
     return;
 

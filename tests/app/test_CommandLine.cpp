@@ -109,6 +109,20 @@ TEST(Executable, AHeadlessRunWithNothingSelectedIsNeverAnAllClear)
   EXPECT_TRUE(html.contains("WARNING: the retrieval of the tickets was incomplete"));
 }
 
+TEST(Executable, ASettingsFolderThatCannotBeMadeIsAFailureNotAnotherInstance)
+{
+  TTempConfig config;
+  WriteTextFile(config.File("Vellmor"), "a file where the folder should be");
+  QProcessEnvironment environment = Environment(config);
+  environment.remove("DISPLAY");
+  environment.remove("WAYLAND_DISPLAY");
+  environment.remove("QT_QPA_PLATFORM");
+  const TRun run = RunTool({"auto"}, {}, environment);
+  EXPECT_EQ(run.ExitCode, 2) << run.Err.toStdString();
+  EXPECT_TRUE(run.Err.contains(config.File("Vellmor"))) << run.Err.toStdString();
+  EXPECT_FALSE(run.Err.contains("another instance")) << run.Err.toStdString();
+}
+
 TEST(Executable, WithoutADisplayTheWindowIsNotAttempted)
 {
   TTempConfig config;
