@@ -123,6 +123,26 @@ TEST(Executable, ASettingsFolderThatCannotBeMadeIsAFailureNotAnotherInstance)
   EXPECT_FALSE(run.Err.contains("another instance")) << run.Err.toStdString();
 }
 
+TEST(Executable, UnreadableSettingsStillLeaveARunLog)
+{
+  TTempConfig config;
+  const QString folder = config.Root() + "/Vellmor/vlmQuorvexITSM/";
+  QDir().mkpath(folder + "quorvex-followup.ini"); // a folder where the file should be
+  QProcessEnvironment environment = Environment(config);
+  environment.remove("DISPLAY");
+  environment.remove("WAYLAND_DISPLAY");
+  environment.remove("QT_QPA_PLATFORM");
+  const TRun run = RunTool({"auto"}, {}, environment);
+  EXPECT_EQ(run.ExitCode, 2) << run.Err.toStdString();
+  const QStringList logs = QDir(folder).entryList({"quorvex-followup_*.log"});
+  ASSERT_EQ(logs.size(), 1) << run.Err.toStdString();
+  const QStringList lines = ReadTextFile(folder + logs[0]).split('\n', Qt::SkipEmptyParts);
+  ASSERT_EQ(lines.size(), 2);
+  EXPECT_TRUE(lines[0].endsWith(" - BEGIN"));
+  EXPECT_TRUE(lines[1].contains(" - ERROR ")) << lines[1].toStdString();
+  EXPECT_TRUE(lines[1].contains(folder + "quorvex-followup.ini")) << lines[1].toStdString();
+}
+
 TEST(Executable, WithoutADisplayTheWindowIsNotAttempted)
 {
   TTempConfig config;
