@@ -263,8 +263,8 @@ void TfrmMain::closeEvent(QCloseEvent *event)
 
 void TfrmMain::RunStep(const std::function<void()> &step)
 {
-  // The buttons stay disabled while a step runs, so that no step starts inside
-  // another one while the network wait lets clicks through.
+  // The buttons stay disabled while a step runs: a long step lets window events
+  // through to keep the window painted, and no step may start inside another.
   SetStepsEnabled(false);
   FStepRunning = true;
   const auto restore = qScopeGuard([this] {
