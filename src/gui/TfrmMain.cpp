@@ -228,10 +228,9 @@ TExitStatus TfrmMain::RunUnattended(const TUnattendedOptions &options)
 {
   TUnattendedOptions shown = options;
   shown.ShowAutomaticMode = [this](bool automatic) { ShowAutomaticMode(automatic); };
-  SetStepsEnabled(false);
-  FStepRunning = true;
+  SetStepRunning(true);
   const TExitStatus status = TimerTimer(FState, *FProgress, shown);
-  FStepRunning = false;
+  SetStepRunning(false);
   FitColumns();
   ShowRetrievalStatus();
   return status;
@@ -243,10 +242,11 @@ void TfrmMain::ShowAutomaticMode(bool automatic)
   imgBigBrotherRed->setVisible(automatic);
 }
 
-void TfrmMain::SetStepsEnabled(bool enabled)
+void TfrmMain::SetStepRunning(bool running)
 {
+  FStepRunning = running;
   for (QToolButton *button : FButtonPanel->findChildren<QToolButton *>())
-    button->setEnabled(enabled);
+    button->setEnabled(!running);
 }
 
 void TfrmMain::closeEvent(QCloseEvent *event)
@@ -265,12 +265,8 @@ void TfrmMain::RunStep(const std::function<void()> &step)
 {
   // The buttons stay disabled while a step runs: a long step lets window events
   // through to keep the window painted, and no step may start inside another.
-  SetStepsEnabled(false);
-  FStepRunning = true;
-  const auto restore = qScopeGuard([this] {
-    FStepRunning = false;
-    SetStepsEnabled(true);
-  });
+  SetStepRunning(true);
+  const auto restore = qScopeGuard([this] { SetStepRunning(false); });
   try {
     step();
   } catch (const EQuorvexError &error) {

@@ -35,8 +35,8 @@ protected:
   void closeEvent(QCloseEvent *event) override;
 
 private:
-  // Enables or disables every button of the window.
-  void SetStepsEnabled(bool enabled);
+  // Marks a step as running (every button off, closing refused) or ended.
+  void SetStepRunning(bool running);
   // Runs a button's step; an error ends the step and is shown in a message box,
   // as the toolkit would show an uncaught error.
   void RunStep(const std::function<void()> &step);
