@@ -24,7 +24,8 @@ TSingleInstance::TSingleInstance(const QString &key, QObject *parent) : QObject(
   // environments differ: cron has no XDG_RUNTIME_DIR, for one).
   const QFileInfo settings(key);
   QDir().mkpath(settings.absolutePath());
-  FLock = std::make_unique<QLockFile>(settings.absoluteFilePath() + QStringLiteral(".lock"));
+  const QString lockPath = settings.absoluteFilePath() + QStringLiteral(".lock");
+  FLock = std::make_unique<QLockFile>(lockPath);
   // A lock left by a process that died is taken over (QLockFile checks its PID).
   FPrimary = FLock->tryLock(0);
   if (!FPrimary && FLock->error() != QLockFile::LockFailedError) {
@@ -32,7 +33,7 @@ TSingleInstance::TSingleInstance(const QString &key, QObject *parent) : QObject(
     // another instance, so this one goes on unguarded; the settings will tell
     // the user what is wrong with the folder.
     TraceError(lcApp(), QStringLiteral("The single-instance lock %1 cannot be made (error %2); running unguarded")
-                            .arg(settings.absoluteFilePath() + QStringLiteral(".lock"))
+                            .arg(lockPath)
                             .arg(int(FLock->error())));
     FPrimary = true;
   }

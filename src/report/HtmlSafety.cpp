@@ -40,11 +40,11 @@ QString NeutraliseTag(const QString &tag)
                                             QRegularExpression::CaseInsensitiveOption);
   QString result = tag;
   result.replace(eventAttribute, QStringLiteral("\\1data-blocked-\\2"));
-  if (scriptUrl.match(DecodeLettersAndColons(result)).hasMatch()) {
-    result = DecodeLettersAndColons(result);
-    result.replace(scriptUrl, QStringLiteral("blocked:"));
-  }
-  return result;
+  const QString decoded = DecodeLettersAndColons(result);
+  if (!scriptUrl.match(decoded).hasMatch())
+    return result;
+  QString blocked = decoded;
+  return blocked.replace(scriptUrl, QStringLiteral("blocked:"));
 }
 
 } // namespace
