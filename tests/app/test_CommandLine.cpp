@@ -40,6 +40,16 @@ QProcessEnvironment Environment(const TTempConfig &config)
   return environment;
 }
 
+// The same without any display, as a server or a scheduler has it.
+QProcessEnvironment HeadlessEnvironment(const TTempConfig &config)
+{
+  QProcessEnvironment environment = Environment(config);
+  environment.remove("DISPLAY");
+  environment.remove("WAYLAND_DISPLAY");
+  environment.remove("QT_QPA_PLATFORM");
+  return environment;
+}
+
 } // namespace
 
 TEST(CommandLine, RecognisedOptionsAndEverythingElse)
@@ -89,10 +99,7 @@ TEST(Executable, EncryptPrintsTheStoredFormOfOneLine)
 TEST(Executable, AHeadlessRunWithNothingSelectedIsNeverAnAllClear)
 {
   TTempConfig config;
-  QProcessEnvironment environment = Environment(config);
-  environment.remove("DISPLAY");
-  environment.remove("WAYLAND_DISPLAY");
-  environment.remove("QT_QPA_PLATFORM");
+  const QProcessEnvironment environment = HeadlessEnvironment(config);
   const TRun run = RunTool({"--dry-run"}, {}, environment);
   EXPECT_EQ(run.ExitCode, 3) << run.Err.toStdString();
 
@@ -113,10 +120,7 @@ TEST(Executable, ASettingsFolderThatCannotBeMadeIsAFailureNotAnotherInstance)
 {
   TTempConfig config;
   WriteTextFile(config.File("Vellmor"), "a file where the folder should be");
-  QProcessEnvironment environment = Environment(config);
-  environment.remove("DISPLAY");
-  environment.remove("WAYLAND_DISPLAY");
-  environment.remove("QT_QPA_PLATFORM");
+  const QProcessEnvironment environment = HeadlessEnvironment(config);
   const TRun run = RunTool({"auto"}, {}, environment);
   EXPECT_EQ(run.ExitCode, 2) << run.Err.toStdString();
   EXPECT_TRUE(run.Err.contains(config.File("Vellmor"))) << run.Err.toStdString();
@@ -128,10 +132,7 @@ TEST(Executable, UnreadableSettingsStillLeaveARunLog)
   TTempConfig config;
   const QString folder = config.Root() + "/Vellmor/vlmQuorvexITSM/";
   QDir().mkpath(folder + "quorvex-followup.ini"); // a folder where the file should be
-  QProcessEnvironment environment = Environment(config);
-  environment.remove("DISPLAY");
-  environment.remove("WAYLAND_DISPLAY");
-  environment.remove("QT_QPA_PLATFORM");
+  const QProcessEnvironment environment = HeadlessEnvironment(config);
   const TRun run = RunTool({"auto"}, {}, environment);
   EXPECT_EQ(run.ExitCode, 2) << run.Err.toStdString();
   const QStringList logs = QDir(folder).entryList({"quorvex-followup_*.log"});
@@ -146,10 +147,7 @@ TEST(Executable, UnreadableSettingsStillLeaveARunLog)
 TEST(Executable, WithoutADisplayTheWindowIsNotAttempted)
 {
   TTempConfig config;
-  QProcessEnvironment environment = Environment(config);
-  environment.remove("DISPLAY");
-  environment.remove("WAYLAND_DISPLAY");
-  environment.remove("QT_QPA_PLATFORM");
+  const QProcessEnvironment environment = HeadlessEnvironment(config);
   const TRun run = RunTool({}, {}, environment);
   EXPECT_EQ(run.ExitCode, 2);
   EXPECT_TRUE(run.Err.contains("no display")) << run.Err.toStdString();
@@ -178,11 +176,8 @@ TEST(Executable, ASecondStartLeavesTheFirstWindowAlone)
   EXPECT_EQ(first.state(), QProcess::Running);
   // An unattended start cannot raise anything: it says why and does nothing,
   // even from cron's environment, which has no session runtime folder.
-  QProcessEnvironment cron = environment;
+  QProcessEnvironment cron = HeadlessEnvironment(config);
   cron.remove("XDG_RUNTIME_DIR");
-  cron.remove("QT_QPA_PLATFORM");
-  cron.remove("DISPLAY");
-  cron.remove("WAYLAND_DISPLAY");
   const TRun unattended = RunTool({"auto"}, {}, cron);
   EXPECT_EQ(unattended.ExitCode, 4);
   EXPECT_TRUE(unattended.Err.contains("another instance")) << unattended.Err.toStdString();

@@ -12,18 +12,39 @@
 #include <QTimer>
 #include <QToolButton>
 #include <gtest/gtest.h>
+#include <memory>
 
-TEST(MainWindow, ShowsEveryStepWithItsCaption)
+namespace {
+
+// The main window shown over a state whose settings were read from an empty
+// settings folder, with a service client that never goes on the network.
+class MainWindow : public ::testing::Test
 {
-  TTempConfig config;
-  TOfflineRest offline;
-  TMainState state("quorvex-followup", offline.Rest);
-  state.FormCreate();
-  TfrmMain window(state);
-  window.show();
+protected:
+  MainWindow()
+  {
+    FState.FormCreate();
+    FWindow = std::make_unique<TfrmMain>(FState);
+    FWindow->show();
+  }
+  ~MainWindow() override
+  {
+    FWindow.reset();
+    FState.FormDestroy();
+  }
 
-  EXPECT_EQ(window.windowTitle(), "Quorvex ITSM tickets follow-up");
-  EXPECT_EQ(window.size(), QSize(784, 561));
+  TTempConfig FConfig;
+  TOfflineRest FOffline;
+  TMainState FState{"quorvex-followup", FOffline.Rest};
+  std::unique_ptr<TfrmMain> FWindow;
+};
+
+} // namespace
+
+TEST_F(MainWindow, ShowsEveryStepWithItsCaption)
+{
+  EXPECT_EQ(FWindow->windowTitle(), "Quorvex ITSM tickets follow-up");
+  EXPECT_EQ(FWindow->size(), QSize(784, 561));
 
   const QList<std::pair<const char *, QString>> captions{
       {"bbtQuorvexItsmApi", "Quorvex ITSM API"},
@@ -37,93 +58,68 @@ TEST(MainWindow, ShowsEveryStepWithItsCaption)
       {"bbtStatusAndProperties", "Status && Priorities"},
   };
   for (const auto &[name, caption] : captions) {
-    const auto *button = window.findChild<QToolButton *>(name);
+    const auto *button = FWindow->findChild<QToolButton *>(name);
     ASSERT_NE(button, nullptr) << name;
     EXPECT_EQ(button->text(), caption) << name;
     EXPECT_TRUE(button->isVisible()) << name;
     EXPECT_FALSE(button->icon().isNull()) << name;
   }
   for (const char *name : {"bbtSaveGrid", "bbtAbout", "bbtClose"}) {
-    const auto *button = window.findChild<QToolButton *>(name);
+    const auto *button = FWindow->findChild<QToolButton *>(name);
     ASSERT_NE(button, nullptr) << name;
     EXPECT_TRUE(button->text().isEmpty()) << name;
     EXPECT_FALSE(button->toolTip().isEmpty()) << name;
     EXPECT_FALSE(button->icon().isNull()) << name;
   }
-  const auto *grid = window.findChild<QTableView *>("asgTickets");
+  const auto *grid = FWindow->findChild<QTableView *>("asgTickets");
   ASSERT_NE(grid, nullptr);
   EXPECT_TRUE(grid->model() == nullptr || grid->model()->rowCount() == 0);
-  state.FormDestroy();
 }
 
-TEST(MainWindow, ModeImagesSwapForTheUnattendedRun)
+TEST_F(MainWindow, ModeImagesSwapForTheUnattendedRun)
 {
-  TTempConfig config;
-  TOfflineRest offline;
-  TMainState state("quorvex-followup", offline.Rest);
-  TfrmMain window(state);
-  window.show();
-  const auto *normal = window.findChild<QLabel *>("imgBigBrother");
-  const auto *red = window.findChild<QLabel *>("imgBigBrotherRed");
+  const auto *normal = FWindow->findChild<QLabel *>("imgBigBrother");
+  const auto *red = FWindow->findChild<QLabel *>("imgBigBrotherRed");
   ASSERT_TRUE(normal && red);
   EXPECT_TRUE(normal->isVisible());
   EXPECT_FALSE(red->isVisible());
   EXPECT_FALSE(normal->pixmap().isNull());
-  window.ShowAutomaticMode(true);
+  FWindow->ShowAutomaticMode(true);
   EXPECT_FALSE(normal->isVisible());
   EXPECT_TRUE(red->isVisible());
 }
 
-TEST(MainWindow, CloseButtonClosesTheWindow)
+TEST_F(MainWindow, CloseButtonClosesTheWindow)
 {
-  TTempConfig config;
-  TOfflineRest offline;
-  TMainState state("quorvex-followup", offline.Rest);
-  TfrmMain window(state);
-  window.show();
-  window.bbtClose->click();
-  EXPECT_FALSE(window.isVisible());
+  FWindow->bbtClose->click();
+  EXPECT_FALSE(FWindow->isVisible());
 }
 
-TEST(MainWindow, GetTicketsSaysWhyNothingCame)
+TEST_F(MainWindow, GetTicketsSaysWhyNothingCame)
 {
-  TTempConfig config;
-  TOfflineRest offline;
-  TMainState state("quorvex-followup", offline.Rest);
-  state.FormCreate();
-  TfrmMain window(state);
-  window.show();
-  window.bbtGetTickets->click();
-  EXPECT_TRUE(window.statusBar()->currentMessage().startsWith("Retrieval incomplete: no organization is selected"))
-      << window.statusBar()->currentMessage().toStdString();
-  state.FormDestroy();
+  FWindow->bbtGetTickets->click();
+  EXPECT_TRUE(FWindow->statusBar()->currentMessage().startsWith("Retrieval incomplete: no organization is selected"))
+      << FWindow->statusBar()->currentMessage().toStdString();
 }
 
-TEST(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)
+TEST_F(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)
 {
-  TTempConfig config;
-  TOfflineRest offline;
-  TMainState state("quorvex-followup", offline.Rest);
-  state.FormCreate();
-  TfrmMain window(state);
-  window.show();
   // While the filters dialog is open, the window's buttons are off and the
   // window stays; they come back once the dialog is gone.
   bool checked = false;
   QTimer::singleShot(0, [&] {
     checked = true;
-    EXPECT_FALSE(window.bbtGetTickets->isEnabled());
-    EXPECT_FALSE(window.bbtClose->isEnabled());
-    EXPECT_FALSE(window.close());
-    EXPECT_TRUE(window.isVisible());
+    EXPECT_FALSE(FWindow->bbtGetTickets->isEnabled());
+    EXPECT_FALSE(FWindow->bbtClose->isEnabled());
+    EXPECT_FALSE(FWindow->close());
+    EXPECT_TRUE(FWindow->isVisible());
     QApplication::activeModalWidget()->close();
   });
-  window.bbtFilter->click();
+  FWindow->bbtFilter->click();
   EXPECT_TRUE(checked);
-  EXPECT_TRUE(window.bbtGetTickets->isEnabled());
-  EXPECT_TRUE(window.bbtClose->isEnabled());
-  EXPECT_TRUE(window.close());
-  state.FormDestroy();
+  EXPECT_TRUE(FWindow->bbtGetTickets->isEnabled());
+  EXPECT_TRUE(FWindow->bbtClose->isEnabled());
+  EXPECT_TRUE(FWindow->close());
 }
 
 TEST(AboutBox, NamesTheProgramAndListsTheLibrariesWithTheirVersions)
