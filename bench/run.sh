@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
 # Builds what it needs (Release, in ./build-bench) and prints the performance
 # figures of the tool in one table:
-#  - end to end: an unattended dry run against the demo service with 20 ms of
-#    latency per request, 8 organizations of 2,000 open tickets: wall time against
-#    the lower bound of its requests made one after another (after an unmeasured
-#    run that lets the demo prepare its answers);
+#  - end to end: an unattended dry run against the demo service, 8 organizations
+#    of 2,000 open tickets (after an unmeasured run that lets the demo prepare
+#    its answers): with 20 ms of latency per request and one request at a time,
+#    wall time against its requests made one after another plus the demo's own
+#    time; with 150 ms and ParallelRequests=8, wall time against the critical
+#    path (token, the longest organization's requests, operators);
 #  - CPU only: no latency, 8 organizations of 20,000 tickets with descriptions of
 #    500 characters: CPU time and peak memory of the tool per ticket;
 #  - the Google Benchmarks: mapping a page of 500 tickets, the report of 20,000.
@@ -14,8 +16,10 @@ cd "$(dirname "$0")/.."
 bash scripts/bootstrap.sh
 
 build=build-bench
+launcher=()
+command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 [ -f "$build/CMakeCache.txt" ] ||
-  cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF >/dev/null
+  cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF "${launcher[@]}" >/dev/null
 cmake --build "$build" -j "${QUORVEX_JOBS:-2}" --target quorvex-followup quorvex-demo-service quorvex-bench-data \
   bench_ticket_mapping bench_mail_report >/dev/null
 tool="$PWD/$build/src/app/quorvex-followup"
@@ -25,12 +29,13 @@ mkdir -p "$runs"
 service=""
 trap '[ -z "$service" ] || kill "$service" 2>/dev/null || true' EXIT
 
-# run_scenario NAME ORGANIZATIONS TICKETS DESCRIPTION_CHARS LATENCY_MS WARM
-# Leaves NAME's figures in $runs/NAME/figures: wall s, cpu s, peak KB, requests.
+# run_scenario NAME ORGANIZATIONS TICKETS DESCRIPTION_CHARS LATENCY_MS WARM PARALLEL
+# Leaves NAME's figures in $runs/NAME/figures: wall s, cpu s, peak KB, requests,
+# the demo's own time in ms.
 # With WARM=1 an unmeasured run first lets the demo service work out its answers,
 # so that the measured run waits on the latency and the tool, not on the demo.
 run_scenario() {
-  local name="$1" organizations="$2" tickets="$3" description="$4" latency="$5" warm="$6"
+  local name="$1" organizations="$2" tickets="$3" description="$4" latency="$5" warm="$6" parallel="$7"
   local work="$runs/$name"
   local data="$runs/data-$organizations-$tickets-$description.json"
   rm -rf "$work" && mkdir -p "$work/config/Vellmor/vlmQuorvexITSM"
@@ -47,7 +52,7 @@ run_scenario() {
   {
     printf '[QuorvexITSM]\nSaaS=0\nInstance=%s\nClientID=followup-demo\n' "$instance"
     printf 'ClientSecret=%s\n' "$(printf '%s\n' 'demo secret&=1' | "$tool" --encrypt)"
-    printf 'Username=lead@vellmor.example\n'
+    printf 'Username=lead@vellmor.example\nParallelRequests=%s\n' "$parallel"
     printf 'Password=%s\n' "$(printf '%s\n' 'Pass word&=é' | "$tool" --encrypt)"
     printf '[Organizations]\nNb=%s\n' "$organizations"
     for i in $(seq "$organizations"); do
@@ -56,12 +61,14 @@ run_scenario() {
     printf '[Teams]\nNb=2\nid_1=11\nname_1=Service Desk\nid_2=12\nname_2=Network & Security\n'
   } >"$work/config/Vellmor/vlmQuorvexITSM/quorvex-followup.ini"
 
+  # "<requests so far> <the demo's own milliseconds so far>"
   count_requests() {
     /usr/bin/python3 - "$instance" "$work/ca.pem" <<'PY'
 import json, ssl, sys, urllib.request
 context = ssl.create_default_context(cafile=sys.argv[2])
 with urllib.request.urlopen(f"https://{sys.argv[1]}/demo/requests", context=context) as answer:
-    print(json.load(answer)["count"])
+    figures = json.load(answer)
+    print(figures["count"], figures["busyMs"])
 PY
   }
   local ini="$work/config/Vellmor/vlmQuorvexITSM/quorvex-followup.ini"
@@ -81,11 +88,13 @@ PY
   [ "$status" -eq 0 ] || { echo "$name: the dry run ended with status $status:" >&2; tail "$work/tool.err" >&2; exit 1; }
 
   # The count leaves out the asking request itself; the one asked before is in.
-  local requests
-  requests=$(($(count_requests) - before - 1))
+  local after requests busy
+  after="$(count_requests)"
+  requests=$((${after% *} - ${before% *} - 1))
+  busy="$(/usr/bin/python3 -c "print(${after#* } - ${before#* })")"
   kill "$service" && wait "$service" 2>/dev/null || true
   service=""
-  /usr/bin/python3 - "$work/time.txt" "$requests" >"$work/figures" <<'PY'
+  /usr/bin/python3 - "$work/time.txt" "$requests" "$busy" >"$work/figures" <<'PY'
 import re, sys
 text = open(sys.argv[1]).read()
 def field(label):
@@ -93,14 +102,16 @@ def field(label):
 parts = [float(p) for p in field("Elapsed (wall clock) time (h:mm:ss or m:ss)").split(":")]
 wall = sum(p * 60 ** i for i, p in enumerate(reversed(parts)))
 cpu = float(field("User time (seconds)")) + float(field("System time (seconds)"))
-print(wall, cpu, field("Maximum resident set size (kbytes)"), sys.argv[2])
+print(wall, cpu, field("Maximum resident set size (kbytes)"), sys.argv[2], sys.argv[3])
 PY
 }
 
 echo "End to end: 8 organizations x 2,000 tickets, 20 ms a request ..." >&2
-run_scenario end-to-end 8 2000 0 20 1
+run_scenario end-to-end 8 2000 0 20 1 1
+echo "End to end: 8 organizations x 2,000 tickets, 150 ms a request, 8 in flight ..." >&2
+run_scenario far-parallel 8 2000 0 150 1 8
 echo "CPU only: 8 organizations x 20,000 tickets of 500-character descriptions ..." >&2
-run_scenario cpu-only 8 20000 500 0 0
+run_scenario cpu-only 8 20000 500 0 0 1
 echo "Google Benchmarks ..." >&2
 "$build/bench/bench_ticket_mapping" --benchmark_format=json >"$runs/mapping.json" 2>/dev/null
 "$build/bench/bench_mail_report" --benchmark_format=json >"$runs/report.json" 2>/dev/null
@@ -109,23 +120,32 @@ echo "Google Benchmarks ..." >&2
 import json, sys
 runs = sys.argv[1]
 def figures(name):
-    wall, cpu, rss, requests = open(f"{runs}/{name}/figures").read().split()
-    return float(wall), float(cpu), int(rss), int(requests)
+    wall, cpu, rss, requests, busy = open(f"{runs}/{name}/figures").read().split()
+    return float(wall), float(cpu), int(rss), int(requests), float(busy) / 1000
 def benchmark(name):
     run = json.load(open(f"{runs}/{name}.json"))["benchmarks"][0]
     return run["real_time"], run["time_unit"]
 
 rows = []
-wall, cpu, rss, requests = figures("end-to-end")
-bound = requests * 0.020
-rows += [("End to end", "8 x 2,000 tickets, 20 ms latency", "", ""),
+wall, cpu, rss, requests, busy = figures("end-to-end")
+bound = requests * 0.020 + busy
+rows += [("End to end", "8 x 2,000 tickets, 20 ms latency, 1 at a time", "", ""),
          ("", "wall time", f"{wall:.2f} s", ""),
          ("", "CPU time", f"{cpu:.2f} s", ""),
          ("", "peak RSS", f"{rss / 1024:.1f} MB", ""),
          ("", "requests", f"{requests}", ""),
-         ("", "lower bound (requests x 20 ms)", f"{bound:.2f} s", ""),
-         ("", "wall / lower bound", f"{wall / bound:.3f}", "<= 1.05")]
-wall, cpu, rss, requests = figures("cpu-only")
+         ("", "demo service's own time", f"{busy:.2f} s", ""),
+         ("", "bound (requests x 20 ms + demo's time)", f"{bound:.2f} s", ""),
+         ("", "wall / bound", f"{wall / bound:.3f}", "<= 1.05")]
+wall, cpu, rss, requests, busy = figures("far-parallel")
+# Token and operators, then one organization's requests one after another.
+critical = (2 + (requests - 2) / 8) * 0.150
+rows += [("End to end", "8 x 2,000 tickets, 150 ms latency, 8 in flight", "", ""),
+         ("", "wall time", f"{wall:.2f} s", ""),
+         ("", "requests", f"{requests}", ""),
+         ("", "critical path (token + 1 organization + operators)", f"{critical:.2f} s", ""),
+         ("", "wall / critical path", f"{wall / critical:.3f}", "<= 2")]
+wall, cpu, rss, requests, busy = figures("cpu-only")
 tickets = 8 * 20000
 rows += [("CPU only", "8 x 20,000 tickets, 500-char descriptions", "", ""),
          ("", "wall time", f"{wall:.2f} s", ""),

@@ -2,11 +2,7 @@
 // the ticket query does.
 
 #include "FuzzSupport.h"
-#include "rest/RestMapping.h"
-#include "rest/RestParse.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
+#include "rest/TicketPage.h"
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
@@ -16,17 +12,9 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-  const QJsonDocument document = QJsonDocument::fromJson(FuzzBytes(data, size));
-  const QJsonObject answer = document.object();
-  std::int32_t totalPages = -1;
-  std::int32_t totalElements = -1;
-  ReadInteger(answer, QStringLiteral("totalNumberOfPages"), totalPages);
-  ReadInteger(answer, QStringLiteral("totalNumberOfElements"), totalElements);
-  const QJsonArray items = answer.value(QStringLiteral("content")).toArray();
-  tyRestTickets tickets(items.size());
-  for (qsizetype i = 0; i < items.size(); ++i)
-    TicketFromJson(items.at(i).toObject(), tickets[i]);
-  for (const QJsonValue &item : items)
-    OperatorFromJson(item.toObject());
+  static TTicketPageParser parser;
+  const TTicketPage page = parser.Parse(FuzzBytes(data, size));
+  if (page.BadItems > page.Tickets.size())
+    __builtin_trap();
   return 0;
 }

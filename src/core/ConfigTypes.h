@@ -28,6 +28,7 @@ struct tyQuorvexITSM
   QString EditCheck;  // edited and kept in memory, not stored
   QString InfraHost;  // edited and kept in memory, not stored
   tyAPIAccess API;
+  std::int32_t ParallelRequests = 1; // ticket requests in flight at once, 1 to 8
 };
 
 // Outgoing mail.

@@ -6,6 +6,8 @@
 #include "SettingsLists.h"
 #include "Trace.h"
 
+#include <algorithm>
+
 // Every section, key and default is named once here; each group's reader and
 // writer use the same names, in the order the file keeps them.
 
@@ -22,11 +24,14 @@ const QString Password = QStringLiteral("Password");
 const QString TokenRequest = QStringLiteral("TokenRequest");
 const QString TokenValidity = QStringLiteral("TokenValidity");
 const QString Token = QStringLiteral("Token");
+const QString ParallelRequests = QStringLiteral("ParallelRequests");
 
 constexpr bool DefaultSaaS = true;
 const QString DefaultInstance = QStringLiteral("acme");
 constexpr double DefaultTokenRequest = 0;
 constexpr std::int32_t DefaultTokenValidity = 24;
+constexpr std::int32_t DefaultParallelRequests = 1;
+constexpr std::int32_t MaxParallelRequests = 8;
 } // namespace Itsm
 
 namespace Smtp {
@@ -89,6 +94,15 @@ void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarning
   ici.API.TokenRequest = ini.ReadFloat(Section, TokenRequest, DefaultTokenRequest);
   ici.API.TokenValidity = ini.ReadInteger(Section, TokenValidity, DefaultTokenValidity);
   ici.API.Token = ini.ReadString(Section, Token, QString());
+  const std::int32_t parallel = ini.ReadInteger(Section, ParallelRequests, DefaultParallelRequests);
+  ici.ParallelRequests = std::clamp(parallel, DefaultParallelRequests, MaxParallelRequests);
+  if (ici.ParallelRequests != parallel)
+    warnings.append(QStringLiteral("%1 of [%2] in \"%3\" is %4, outside 1 to %5: %6 is used. Correct it in "
+                                   "\"Quorvex ITSM API\".")
+                        .arg(ParallelRequests, Section, iniPath)
+                        .arg(parallel)
+                        .arg(MaxParallelRequests)
+                        .arg(ici.ParallelRequests));
 }
 
 void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici)
@@ -105,6 +119,7 @@ void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici)
   ini.WriteFloat(Section, TokenRequest, ici.API.TokenRequest);
   ini.WriteInteger(Section, TokenValidity, ici.API.TokenValidity);
   ini.WriteString(Section, Token, ici.API.Token);
+  ini.WriteInteger(Section, ParallelRequests, ici.ParallelRequests);
   ini.UpdateFile();
 }
 

@@ -1,5 +1,6 @@
 #include "TDemoService.h"
 
+#include <QElapsedTimer>
 #include <QHostAddress>
 #include <QHttpServer>
 #include <QHttpServerRequest>
@@ -7,6 +8,7 @@
 #include <QJsonDocument>
 #include <QPointer>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSslCertificate>
 #include <QSslKey>
 #include <QTcpSocket>
@@ -87,6 +89,7 @@ TDemoFaults TDemoFaults::FromJson(const QJsonObject &object)
   faults.RefuseToken = object.value(QStringLiteral("refuseToken")).toBool();
   faults.DelayMs = object.value(QStringLiteral("delayMs")).toInt();
   faults.Surplus = object.value(QStringLiteral("surplus")).toInt();
+  faults.TooManyOnce = object.value(QStringLiteral("tooManyOnce")).toBool();
   for (const QJsonValue &value : object.value(QStringLiteral("bodies")).toArray()) {
     const QJsonObject body = value.toObject();
     faults.Bodies.append({body.value(QStringLiteral("path")).toString(), body.value(QStringLiteral("page")).toInt(-1),
@@ -111,6 +114,9 @@ TDemoService::TDemoService(QJsonObject data, QObject *parent)
   FServer->sslSetup(QSslCertificate(FCertificate.CertificatePem, QSsl::Pem),
                     QSslKey(FCertificate.KeyPem, QSsl::Ec, QSsl::Pem));
   FServer->setMissingHandler([this](const QHttpServerRequest &request, QHttpServerResponder &&responder) {
+    QElapsedTimer busy;
+    busy.start();
+    const auto counted = qScopeGuard([this, &busy] { FBusyNs += busy.nsecsElapsed(); });
     TDemoRequest received{MethodName(request.method()), request.url().path(), request.headers(), request.body()};
     if (request.url().hasQuery())
       received.Target += u'?' + request.url().query();
@@ -128,16 +134,24 @@ TDemoService::TDemoService(QJsonObject data, QObject *parent)
     auto later = std::make_shared<QHttpServerResponder>(std::move(responder));
     QPointer<QTcpSocket> socket = later->socket();
     QTimer::singleShot(FFaults.DelayMs, this, [this, later, socket, answer] {
+      QElapsedTimer busy;
+      busy.start();
       if (socket && socket->state() == QAbstractSocket::ConnectedState)
         Deliver(answer, *later);
+      FBusyNs += busy.nsecsElapsed();
     });
   });
 }
 
 void TDemoService::Deliver(const TAnswer &answer, QHttpServerResponder &responder)
 {
+  const auto status = static_cast<QHttpServerResponder::StatusCode>(answer.Status);
+  if (!answer.RetryAfter.isEmpty()) {
+    responder.write(answer.Body, {{"Content-Type", "application/json"}, {"Retry-After", answer.RetryAfter}}, status);
+    return;
+  }
   if (answer.Delivery != TDemoFaults::TDelivery::CutMidBody) {
-    responder.write(answer.Body, "application/json", static_cast<QHttpServerResponder::StatusCode>(answer.Status));
+    responder.write(answer.Body, "application/json", status);
     return;
   }
   // The head announces the whole body, then the connection closes halfway.
@@ -186,7 +200,8 @@ TDemoService::TAnswer TDemoService::Dispatch(const TDemoRequest &request)
     return {200, "{}"};
   }
   if (request.Method == "GET" && path == QLatin1String("/demo/requests")) // how many came before this one
-    return {200, JsonBytes(QJsonObject{{QStringLiteral("count"), FRequests.size() - 1}})};
+    return {200, JsonBytes(QJsonObject{{QStringLiteral("count"), FRequests.size() - 1},
+                                       {QStringLiteral("busyMs"), FBusyNs / 1e6}})};
   if (request.Method == "POST" && path == QLatin1String("/oauth/token"))
     return Token(request);
   if (!path.startsWith(QLatin1String("/api/")))
@@ -198,6 +213,11 @@ TDemoService::TAnswer TDemoService::Dispatch(const TDemoRequest &request)
   if (const TDemoFaults::TBody *replaced = ReplacedBody(path, page))
     return {replaced->Status, replaced->Body, replaced->Delivery};
 
+  if (FFaults.TooManyOnce && path == QLatin1String("/api/ticket/list/open")) {
+    FFaults.TooManyOnce = false;
+    return {429, ErrorBody(QStringLiteral("too_many_requests"), QStringLiteral("Slow down")),
+            TDemoFaults::TDelivery::Whole, "1"};
+  }
   static const QRegularExpression teamPath(QStringLiteral("^/api/teams/(-?\\d+)$"));
   if (request.Method == "GET" && path == QLatin1String("/api/ticket/list/open"))
     return TicketsOpen(request);

@@ -24,6 +24,7 @@ struct TDemoFaults
   bool RefuseToken = false; // the token endpoint answers 401
   int DelayMs = 0;          // every answer waits this long
   int Surplus = 0;          // items added to each ticket page beyond its announced total
+  bool TooManyOnce = false; // the next ticket-list request is answered 429, Retry-After 1 s
   // How a replaced answer reaches the client: whole, never (the request hangs
   // until the client gives up), or cut after half of its body (the connection
   // closes although the announced length is not reached).
@@ -64,7 +65,8 @@ struct TDemoRequest
 // (see DemoData.h for its shape). Bearer tokens are checked; the paging request
 // of the ticket list is read from the body of the GET. Faults are set from code
 // or by POSTing them as JSON to /demo/faults; GET /demo/requests tells how many
-// requests came so far (for benchmarks).
+// requests came so far and how long the service itself spent on them (for
+// benchmarks).
 class TDemoService : public QObject
 {
 public:
@@ -88,6 +90,7 @@ private:
     int Status = 200;
     QByteArray Body;
     TDemoFaults::TDelivery Delivery = TDemoFaults::TDelivery::Whole;
+    QByteArray RetryAfter;
   };
 
   // Sends the answer as its delivery says.
@@ -127,6 +130,7 @@ private:
   quint16 FPort = 0;
   TDemoFaults FFaults;
   QList<TDemoRequest> FRequests;
+  qint64 FBusyNs = 0; // time spent working out and sending answers
   QSet<QByteArray> FTokens;
   std::vector<std::unique_ptr<QHttpServerResponder>> FUnanswered; // requests left hanging on purpose
 };

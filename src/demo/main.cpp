@@ -71,7 +71,9 @@ int main(int argc, char *argv[])
   const QCommandLineOption surplus(QStringLiteral("surplus"),
                                    QStringLiteral("Add this many items to each ticket page beyond its total."),
                                    QStringLiteral("count"), QStringLiteral("0"));
-  parser.addOptions({port, data, caFile, writeSample, refuseToken, delay, surplus});
+  const QCommandLineOption tooManyOnce(QStringLiteral("too-many-once"),
+                                       QStringLiteral("Answer the first ticket-list request with 429 (Retry-After 1 s)."));
+  parser.addOptions({port, data, caFile, writeSample, refuseToken, delay, surplus, tooManyOnce});
   parser.process(application);
 
   try {
@@ -87,6 +89,7 @@ int main(int argc, char *argv[])
     faults.RefuseToken = parser.isSet(refuseToken);
     faults.DelayMs = parser.value(delay).toInt();
     faults.Surplus = parser.value(surplus).toInt();
+    faults.TooManyOnce = parser.isSet(tooManyOnce);
     service.SetFaults(faults);
 
     const QString certificatePath = parser.isSet(caFile)

@@ -3,7 +3,6 @@
 #include "RestErrors.h"
 #include "core/Trace.h"
 
-#include <QBuffer>
 #include <QEventLoop>
 #include <QHostAddress>
 #include <QNetworkAccessManager>
@@ -89,65 +88,88 @@ TRestTransport::TRestTransport(QNetworkAccessManager &manager) : FManager(manage
   FManager.setProxyFactory(new TSystemProxyFactory); // the manager takes ownership
 }
 
-TRestTransport::TAnswer TRestTransport::Send(const QByteArray &method, const QUrl &url, const THeaders &headers,
-                                             const QByteArray &body, bool withBody)
+TRestTransport::TAnswer TRestTransport::Send(const TRequest &request)
 {
-  QNetworkRequest request(url);
-  request.setSslConfiguration(FSsl);
-  request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-  for (const auto &[name, value] : headers)
-    request.setRawHeader(name, value);
+  std::optional<TReply> reply;
+  QEventLoop loop;
+  Start(request, [&reply, &loop](TReply answered) {
+    reply = std::move(answered);
+    loop.quit();
+  });
+  if (!reply)
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+  if (!reply->Answer)
+    throw ERestTransportError(reply->Error);
+  return *std::move(reply->Answer);
+}
 
-  QBuffer outgoing;
-  outgoing.setData(body);
-  outgoing.open(QIODevice::ReadOnly);
-  QNetworkReply *const reply = FManager.sendCustomRequest(request, method, withBody ? &outgoing : nullptr);
+void TRestTransport::Start(const TRequest &request, TDone done)
+{
+  QNetworkRequest network(request.Url);
+  network.setSslConfiguration(FSsl);
+  network.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+  for (const auto &[name, value] : request.Headers)
+    network.setRawHeader(name, value);
 
-  QList<QSslError> sslErrors;
+  QNetworkReply *const reply = request.WithBody
+                                    ? FManager.sendCustomRequest(network, request.Method, request.Body)
+                                    : FManager.sendCustomRequest(network, request.Method, static_cast<QIODevice *>(nullptr));
+  // What the reply's signals learn before it finishes.
+  struct TState
+  {
+    QList<QSslError> SslErrors;
+    bool TooBig = false;
+    bool TimedOut = false;
+  };
+  const auto state = std::make_shared<TState>();
   QObject::connect(reply, &QNetworkReply::sslErrors, reply,
-                   [&sslErrors](const QList<QSslError> &errors) { sslErrors.append(errors); });
-  bool tooBig = false;
-  QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [&tooBig, reply](qint64 received, qint64 announced) {
+                   [state](const QList<QSslError> &errors) { state->SslErrors.append(errors); });
+  QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [state, reply](qint64 received, qint64 announced) {
     if (received > CMaxAnswerBytes || announced > CMaxAnswerBytes) {
-      tooBig = true;
+      state->TooBig = true;
       reply->abort();
     }
   });
-  bool timedOut = false;
-  QEventLoop loop;
-  QTimer timer;
-  timer.setSingleShot(true);
-  QObject::connect(&timer, &QTimer::timeout, reply, [&timedOut, reply] {
-    timedOut = true;
+  auto *const timer = new QTimer(reply);
+  timer->setSingleShot(true);
+  QObject::connect(timer, &QTimer::timeout, reply, [state, reply] {
+    state->TimedOut = true;
     reply->abort();
   });
-  QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
-  if (!reply->isFinished()) {
-    timer.start(FTimeout);
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
-    timer.stop();
-  }
+  timer->start(FTimeout);
 
-  const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-  if (timedOut || tooBig || !status.isValid() || BrokenOff(reply->error())) {
-    const QString message = timedOut ? QStringLiteral("No answer from %1 within %2 s (%3)")
-                                           .arg(HostOf(url))
-                                           .arg(FTimeout.count() / 1000.0)
-                                           .arg(url.toString())
-                            : tooBig ? QStringLiteral("The answer of %1 exceeds %2 MiB and was refused")
-                                           .arg(url.toString())
-                                           .arg(CMaxAnswerBytes >> 20)
-                                     : TransportErrorText(url, *reply, sslErrors);
+  const auto timeout = FTimeout;
+  const QUrl url = request.Url;
+  QObject::connect(reply, &QNetworkReply::finished, reply, [=, done = std::move(done)] {
+    timer->stop();
     reply->deleteLater();
-    throw ERestTransportError(message);
-  }
-  TAnswer answer;
-  answer.Status = status.toInt();
-  answer.StatusText = reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
-  // HTTP/2 carries no reason phrase; Qt's own words for the status stand in.
-  if (answer.StatusText.isEmpty() && reply->error() != QNetworkReply::NoError)
-    answer.StatusText = reply->errorString();
-  answer.Body = reply->readAll();
-  reply->deleteLater();
-  return answer;
+    const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    if (state->TimedOut || state->TooBig || !status.isValid() || BrokenOff(reply->error())) {
+      done({std::nullopt, state->TimedOut ? QStringLiteral("No answer from %1 within %2 s (%3)")
+                                                .arg(HostOf(url))
+                                                .arg(timeout.count() / 1000.0)
+                                                .arg(url.toString())
+                          : state->TooBig ? QStringLiteral("The answer of %1 exceeds %2 MiB and was refused")
+                                                .arg(url.toString())
+                                                .arg(CMaxAnswerBytes >> 20)
+                                          : TransportErrorText(url, *reply, state->SslErrors)});
+      return;
+    }
+    TAnswer answer;
+    answer.Status = status.toInt();
+    answer.StatusText = reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
+    // HTTP/2 carries no reason phrase; Qt's own words for the status stand in.
+    if (answer.StatusText.isEmpty() && reply->error() != QNetworkReply::NoError)
+      answer.StatusText = reply->errorString();
+    answer.Body = reply->readAll();
+    answer.RetryAfter = reply->rawHeader("Retry-After");
+    done({std::move(answer), QString()});
+  });
+}
+
+QString RefusalText(const QString &url, const TRestTransport::TAnswer &answer)
+{
+  return answer.Status / 100 == 2
+             ? QString()
+             : QStringLiteral("%1 answered HTTP %2 %3").arg(url).arg(answer.Status).arg(answer.StatusText);
 }

@@ -7,11 +7,14 @@
 #include <QString>
 #include <QUrl>
 #include <chrono>
+#include <functional>
+#include <optional>
 
 class QNetworkAccessManager;
 
-// One HTTP exchange with the service, synchronous from the caller's view: a local
-// event loop runs while the reply is pending, so windows keep painting.
+// HTTP exchanges with the service: started and answered through the event loop,
+// or synchronous from the caller's view (a local event loop runs while the reply
+// is pending, so windows keep painting).
 // Every request has a time-out, uses the system proxy and verifies TLS, trusting
 // the system's certificate authorities plus those of the PEM file named by the
 // environment variable QUORVEX_EXTRA_CA_CERTS.
@@ -25,7 +28,25 @@ public:
     int Status = 0;        // HTTP status code
     QString StatusText;    // HTTP reason phrase
     QByteArray Body;
+    QByteArray RetryAfter; // the header of a 429 or 503 answer
   };
+
+  struct TRequest
+  {
+    QByteArray Method;
+    QUrl Url;
+    THeaders Headers;
+    QByteArray Body;
+    bool WithBody = false; // `Body` is sent only then, whatever the method
+  };
+
+  // The answer, or why there is none.
+  struct TReply
+  {
+    std::optional<TAnswer> Answer;
+    QString Error;
+  };
+  using TDone = std::function<void(TReply reply)>;
 
   static constexpr std::chrono::milliseconds CDefaultTimeout{60000};
   // Largest answer accepted: a page of 500 tickets with long descriptions stays
@@ -38,9 +59,11 @@ public:
   // only a failure to get one raises ERestTransportError, whose text tells a
   // refused connection, an unknown host, an untrusted certificate, a time-out,
   // a connection lost mid-answer and an answer above CMaxAnswerBytes apart.
-  // `body` is sent only when `withBody` is true, whatever the method.
-  TAnswer Send(const QByteArray &method, const QUrl &url, const THeaders &headers,
-               const QByteArray &body = {}, bool withBody = false);
+  TAnswer Send(const TRequest &request);
+
+  // Sends the request and returns at once; `done` runs from the event loop with
+  // the answer or the text Send would raise. Several requests may be pending.
+  void Start(const TRequest &request, TDone done);
 
   void SetTimeout(std::chrono::milliseconds timeout) { FTimeout = timeout; }
 
@@ -49,3 +72,7 @@ private:
   QSslConfiguration FSsl;
   std::chrono::milliseconds FTimeout = CDefaultTimeout;
 };
+
+// "<url> answered HTTP <status> <text>" for an answer that is not a success,
+// empty for one that is.
+QString RefusalText(const QString &url, const TRestTransport::TAnswer &answer);

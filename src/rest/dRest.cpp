@@ -73,7 +73,7 @@ bool TdmRest::GetToken(tyQuorvexITSM &settings)
                           "scope=" + FormValue(QStringLiteral("public-api"));
   TRestTransport::TAnswer answer;
   try {
-    answer = FTransport.Send("POST", QUrl(url), {{"Content-Type", "application/x-www-form-urlencoded"}}, body, true);
+    answer = FTransport.Send({"POST", QUrl(url), {{"Content-Type", "application/x-www-form-urlencoded"}}, body, true});
   } catch (const ERestTransportError &error) {
     FLastFailed = true;
     FLastError = error.Message();
@@ -126,17 +126,21 @@ QString TdmRest::QueryUrl(const tyQuorvexITSM &settings, const QString &path)
   return url;
 }
 
+TRestTransport::TRequest TdmRest::ApiRequest(const QString &url, const QByteArray &method,
+                                             const QByteArray *jsonBody) const
+{
+  TRestTransport::TRequest request{method, QUrl(url), {{"Authorization", "Bearer " + FToken.toUtf8()}}};
+  if (jsonBody) {
+    request.Headers.append({QByteArrayLiteral("Content-Type"), QByteArrayLiteral("application/json")});
+    request.Body = *jsonBody;
+    request.WithBody = true;
+  }
+  return request;
+}
+
 QByteArray TdmRest::Execute(const QString &url, const QByteArray &method, const QByteArray *jsonBody)
 {
-  TRestTransport::THeaders headers{{"Authorization", "Bearer " + FToken.toUtf8()}};
-  if (jsonBody)
-    headers.append({QByteArrayLiteral("Content-Type"), QByteArrayLiteral("application/json")});
-  const TRestTransport::TAnswer answer =
-      FTransport.Send(method, QUrl(url), headers, jsonBody ? *jsonBody : QByteArray(), jsonBody != nullptr);
-  FLastRefusal = answer.Status / 100 == 2 ? QString()
-                                          : QStringLiteral("%1 answered HTTP %2 %3")
-                                                .arg(url)
-                                                .arg(answer.Status)
-                                                .arg(answer.StatusText);
+  const TRestTransport::TAnswer answer = FTransport.Send(ApiRequest(url, method, jsonBody));
+  FLastRefusal = RefusalText(url, answer);
   return answer.Body;
 }

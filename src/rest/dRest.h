@@ -1,6 +1,7 @@
 #pragma once
 
 #include "RestTransport.h"
+#include "TicketRetrieval.h"
 #include "uTypes.h"
 
 #include <QJsonArray>
@@ -48,6 +49,11 @@ public:
   // to the service's matches of that text when not empty.
   tyRestTickets GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
                                     const QString &search);
+  // The same for several queries, settings.ParallelRequests requests at a time
+  // (see TTicketRetrieval); `done` gets each query's result in the order of the
+  // queries. Its failures are in the results, not in LastCallFailed().
+  void GET_TicketsListsOpen(const tyQuorvexITSM &settings, const QList<TTicketQuery> &queries,
+                            const TTicketRetrieval::TQueryDone &done);
   // Repository objects of a module and type list, e.g. "TICKETING" and "TICKET_STATUS".
   tyRestObjects GET_Objects(const tyQuorvexITSM &settings, const QString &module, const QString &types);
   tyRestOrganizations GET_OrganizationsList(const tyQuorvexITSM &settings);
@@ -70,8 +76,10 @@ private:
   void Fail(const QString &message);
   // Base address + `path`, traced as the query's address.
   static QString QueryUrl(const tyQuorvexITSM &settings, const QString &path);
-  // Sends one request with the bearer token (and a JSON body when `jsonBody` is
-  // not null) and returns the body of the answer.
+  // A request with the bearer token (and a JSON body when `jsonBody` is not null):
+  // every request to the service's API is made here.
+  TRestTransport::TRequest ApiRequest(const QString &url, const QByteArray &method, const QByteArray *jsonBody) const;
+  // Sends one request made by ApiRequest and returns the body of the answer.
   QByteArray Execute(const QString &url, const QByteArray &method, const QByteArray *jsonBody);
   // Body of a list answer as a JSON array, or an empty array after the matching
   // failure trace.

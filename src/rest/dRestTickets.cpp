@@ -1,23 +1,15 @@
-// The open-ticket list, read page by page.
+// The open-ticket lists, read page by page.
 
 #include "RestJson.h"
-#include "RestMapping.h"
-#include "RestParse.h"
-#include "core/Errors.h"
 #include "core/Trace.h"
 #include "dRest.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
-#include <algorithm>
 
 namespace {
 
 constexpr std::int32_t CPageSize = 500;
-// Room made at once for the announced tickets, up to this many: beyond it the
-// list grows as the pages come (an announced total is no promise).
-constexpr qsizetype CMaxReserved = 50000;
 
 // The paging request travels in the body of the GET, as the service expects.
 QByteArray PageRequest(std::int32_t organizationId, std::int32_t page, const QString &search)
@@ -35,67 +27,28 @@ QByteArray PageRequest(std::int32_t organizationId, std::int32_t page, const QSt
 
 } // namespace
 
+void TdmRest::GET_TicketsListsOpen(const tyQuorvexITSM &settings, const QList<TTicketQuery> &queries,
+                                   const TTicketRetrieval::TQueryDone &done)
+{
+  const QString url = GetQuorvexItsmUrl(settings) + QStringLiteral("/api/ticket/list/open");
+  TTicketRetrieval retrieval(
+      url, queries, settings.ParallelRequests,
+      [this, url](const TTicketQuery &query, std::int32_t page, TRestTransport::TDone answered) {
+        const QByteArray body = PageRequest(query.OrganizationId, page, query.Search);
+        FTransport.Start(ApiRequest(url, "GET", &body), std::move(answered));
+      },
+      done);
+  retrieval.Run();
+}
+
 tyRestTickets TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
                                            const QString &search)
 {
-  const TraceScope trace(lcRest(), "TdmRest.GET_TicketsListOpen");
   BeginCall();
-  TraceValue(lcRest(), "organizationId", organizationId);
-  TraceValue(lcRest(), "Search", search);
-  const QString url = QueryUrl(settings, QStringLiteral("/api/ticket/list/open"));
-
-  tyRestTickets result;
-  std::int32_t page = 0;
-  qsizetype stored = 0;
-  std::int32_t totalPages = -1;
-  std::int32_t totalElements = -1; // unknown until a page tells it
-  for (;;) {
-    TraceValue(lcRest(), "Page", page);
-    try {
-      const QByteArray request = PageRequest(organizationId, page, search);
-      const QByteArray body = Execute(url, "GET", &request);
-      if (body.isEmpty()) {
-        Fail(QStringLiteral("RESTResponse.Content = \"\""));
-        return result;
-      }
-      const QJsonDocument document = QJsonDocument::fromJson(body);
-      if (!document.isObject()) {
-        Fail(QStringLiteral("NOT Assigned(JSONResponse) OR NOT (JSONResponse IS TJSONObject)"));
-        return result;
-      }
-      const QJsonObject answer = document.object();
-      ReadInteger(answer, QStringLiteral("totalNumberOfPages"), totalPages);
-      ReadInteger(answer, QStringLiteral("totalNumberOfElements"), totalElements);
-      const QJsonValue content = answer.value(QStringLiteral("content"));
-      if (!content.isArray()) {
-        Fail(QStringLiteral("NOT JSONObject.TryGetValue<TJSONArray>('content', ContentArray)"));
-        return result;
-      }
-      const QJsonArray items = content.toArray();
-      if (items.isEmpty()) {
-        // On the first page it only means that the organization has no open
-        // ticket; a later page announced but empty leaves the list incomplete.
-        if (page == 0)
-          TraceError(lcRest(), QStringLiteral("ContentArray.Count = 0"));
-        else
-          Fail(QStringLiteral("ContentArray.Count = 0"));
-        return result;
-      }
-      if (page == 0 && totalElements > 0)
-        result.reserve(std::min<qsizetype>(totalElements, CMaxReserved));
-      result.resize(stored + items.size());
-      for (qsizetype i = 0; i < items.size(); ++i)
-        TicketFromJson(items.at(i).toObject(), result[stored + i]);
-    } catch (const EQuorvexError &error) {
-      Fail(QStringLiteral("Erreur API : ") + error.Message());
-    }
-    ++page;
-    if (page <= totalPages)
-      stored = result.size();
-    if (page + 1 > totalPages)
-      break;
-  }
-  if (totalElements >= 0 && result.size() > totalElements)
-    result.resize(totalElements);
-  return result;
+  TTicketQueryResult result;
+  GET_TicketsListsOpen(settings, {{organizationId, search}},
+                       [&result](qsizetype, TTicketQueryResult &&answered) { result = std::move(answered); });
+  FLastFailed = result.Failed;
+  FLastError = result.Error;
+  return std::move(result.Tickets);
 }

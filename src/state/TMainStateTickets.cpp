@@ -15,6 +15,7 @@
 
 #include <QCoreApplication>
 #include <QScopeGuard>
+#include <utility>
 
 namespace {
 // Keeps windows painted between two service calls of a long step.
@@ -62,36 +63,57 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
 
   FExtractionTickets = NowDateTime();
   FslLog.append(QString());
-  FTickets.clear();
+  FTickets = tyRestTickets(); // its room goes too
 
-  // One query of one organization: counted, traced, logged, failures remembered.
-  auto query = [&](const tyRestOrganization &organization, const QString &title, const QString &search,
-                   const QString &label, const QString &dots) {
+  // Three queries per organization, in this order: all open tickets, then the
+  // tickets carrying the English and the French ten-exchanges notice.
+  QList<TTicketQuery> queries;
+  for (const tyRestOrganization &organization : std::as_const(FSelectedOrganizations))
+    queries << TTicketQuery{organization.id, QString()} << TTicketQuery{organization.id, CTenExchangesEnglish}
+            << TTicketQuery{organization.id, CTenExchangesFrench};
+  tyRestTickets tickets;
+  tyRestTickets english;
+  QList<tyRestTickets> merged; // per organization
+  // Each query's result, in order: counted, traced, logged, failures remembered,
+  // and each organization's three lists merged once the last is in.
+  FRest.GET_TicketsListsOpen(FICI, queries, [&](qsizetype index, TTicketQueryResult &&result) {
+    const QString name = FSelectedOrganizations.at(index / 3).name;
+    const int kind = static_cast<int>(index % 3);
+    const QString title = kind == 0 ? name
+                          : kind == 1 ? name + QStringLiteral(" / > 10 exchanges")
+                                      : name + QStringLiteral(" / > 10 échanges");
+    const QString label = kind == 0 ? name
+                          : kind == 1 ? name + QStringLiteral(" / > 10 exchanges (E)")
+                                      : name + QStringLiteral(" / > 10 échanges (F)");
+    const QString dots = kind == 0   ? QStringLiteral(" ....................... : ")
+                         : kind == 1 ? QStringLiteral(" .. : ")
+                                     : QStringLiteral(" ... : ");
     progress.LoadingSetTitle(title);
     progress.LoadingSetProgressBar(maximum, ++step);
-    const tyRestTickets tickets = FRest.GET_TicketsListOpen(FICI, organization.id, search);
-    if (FRest.LastCallFailed())
-      FRetrievalFailures.append(QStringLiteral("%1: %2").arg(label, FRest.LastError()));
-    TraceValue(lcApp(), qPrintable(label), tickets.size());
-    FslLog.append(LogLine(QStringLiteral(" - * ") + label + dots + QString::number(tickets.size())));
+    if (result.Failed)
+      FRetrievalFailures.append(QStringLiteral("%1: %2").arg(label, result.Error));
+    TraceValue(lcApp(), qPrintable(label), result.Tickets.size());
+    FslLog.append(LogLine(QStringLiteral(" - * ") + label + dots + QString::number(result.Tickets.size())));
     ProcessMessages();
-    return tickets;
-  };
-
-  for (const tyRestOrganization &organization : FSelectedOrganizations) {
-    const QString name = organization.name;
-    tyRestTickets tickets = query(organization, name, QString(), name, QStringLiteral(" ....................... : "));
-    const tyRestTickets english = query(organization, name + QStringLiteral(" / > 10 exchanges"),
-                                        CTenExchangesEnglish, name + QStringLiteral(" / > 10 exchanges (E)"),
-                                        QStringLiteral(" .. : "));
-    const tyRestTickets french = query(organization, name + QStringLiteral(" / > 10 échanges"),
-                                       CTenExchangesFrench, name + QStringLiteral(" / > 10 échanges (F)"),
-                                       QStringLiteral(" ... : "));
-    progress.LoadingSetProgressBar(maximum, ++step);
-    FTickets.append(MergeTenExchanges(std::move(tickets), english, french));
-    ProcessMessages();
-    FslLog.append(QString());
-  }
+    if (kind == 0) {
+      tickets = std::move(result.Tickets);
+    } else if (kind == 1) {
+      english = std::move(result.Tickets);
+    } else {
+      progress.LoadingSetProgressBar(maximum, ++step);
+      merged.append(MergeTenExchanges(std::exchange(tickets, {}), english, result.Tickets));
+      ProcessMessages();
+      FslLog.append(QString());
+    }
+  });
+  // Room for exactly the tickets held, each organization's list freed as soon
+  // as its tickets moved.
+  qsizetype count = 0;
+  for (const tyRestTickets &organizationTickets : std::as_const(merged))
+    count += organizationTickets.size();
+  FTickets.reserve(count);
+  for (tyRestTickets &organizationTickets : merged)
+    FTickets.append(std::exchange(organizationTickets, {}));
 
   TraceValue(lcApp(), "Nb tickets", FTickets.size());
   FslLog.append(LogLine(QStringLiteral(" - * Nb tickets: ") + QString::number(FTickets.size())));

@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTimer>
 #include <gtest/gtest.h>
 
@@ -20,6 +21,7 @@ tyQuorvexITSM Complete()
   settings.API.Password = "pw";
   settings.API.Token = "kept";
   settings.API.TokenValidity = 33;
+  settings.ParallelRequests = 3;
   return settings;
 }
 } // namespace
@@ -51,8 +53,11 @@ TEST(ApiDialog, SecretsAreReadableAndOkNeedsEveryField)
   dialog.ledtExit();
   EXPECT_TRUE(dialog.bbtOk->isEnabled());
 
+  EXPECT_EQ(dialog.spnParallelRequests->value(), 3);
+  dialog.spnParallelRequests->setValue(12);
   tyQuorvexITSM settings = Complete();
   dialog.CopyTo(settings);
+  EXPECT_EQ(settings.ParallelRequests, 8) << "at most 8";
   EXPECT_EQ(settings.API.Password, "  pw "); // as typed
   EXPECT_EQ(settings.API.Token, "kept");    // the token state is not the dialog's
   EXPECT_EQ(settings.API.TokenValidity, 33);

@@ -31,6 +31,7 @@ tyQuorvexITSM SampleITSM()
   ici.API.TokenRequest = 46341.2534722222;
   ici.API.TokenValidity = 33;
   ici.API.Token = QString::fromUtf8("eyJhbGciOi.token.valeur-été");
+  ici.ParallelRequests = 4;
   return ici;
 }
 
@@ -48,6 +49,7 @@ TEST_F(SettingsTest, MissingFileGivesEveryDefault)
   EXPECT_DOUBLE_EQ(ici.API.TokenRequest, 0);
   EXPECT_EQ(ici.API.TokenValidity, 24);
   EXPECT_EQ(ici.API.Token, "");
+  EXPECT_EQ(ici.ParallelRequests, 1);
 
   tySMTPserver smtp;
   ReadConfigSMTP(FPath, smtp, FWarnings);
@@ -103,7 +105,8 @@ TEST_F(SettingsTest, ServiceGroupRoundTripsWithSecretsEnciphered)
   EXPECT_TRUE(text.contains(QString::fromUtf8("Token=eyJhbGciOi.token.valeur-été"))); // the token is kept in clear
   // Keys in their fixed order.
   const QStringList order{"[QuorvexITSM]", "SaaS=0", "Instance=", "ClientID=", "ClientSecret=", "Username=",
-                          "Password=", "TokenRequest=", "TokenValidity=33", "Token="};
+                          "Password=", "TokenRequest=", "TokenValidity=33", "Token=",
+                          "ParallelRequests=4"};
   qsizetype at = 0;
   for (const QString &piece : order) {
     const qsizetype found = text.indexOf(piece, at);
@@ -122,6 +125,7 @@ TEST_F(SettingsTest, ServiceGroupRoundTripsWithSecretsEnciphered)
   EXPECT_DOUBLE_EQ(read.API.TokenRequest, written.API.TokenRequest);
   EXPECT_EQ(read.API.TokenValidity, written.API.TokenValidity);
   EXPECT_EQ(read.API.Token, written.API.Token);
+  EXPECT_EQ(read.ParallelRequests, 4);
   EXPECT_TRUE(FWarnings.isEmpty());
 }
 
@@ -176,7 +180,7 @@ TEST_F(SettingsTest, SmtpGroupRoundTrips)
 
 TEST_F(SettingsTest, WrongTypesFallBackToDefaults)
 {
-  WriteTextFile(FPath, "[QuorvexITSM]\nSaaS=yes\nTokenValidity=12h\nTokenRequest=yesterday\n"
+  WriteTextFile(FPath, "[QuorvexITSM]\nSaaS=yes\nTokenValidity=12h\nTokenRequest=yesterday\nParallelRequests=20\n"
                        "[SMTP]\nPort=twenty-five\nUseSSL=7\n"
                        "[Filters]\nNbMinutes=\nNbDays=3.5\n");
   tyQuorvexITSM ici;
@@ -184,6 +188,9 @@ TEST_F(SettingsTest, WrongTypesFallBackToDefaults)
   EXPECT_TRUE(ici.SaaS);
   EXPECT_EQ(ici.API.TokenValidity, 24);
   EXPECT_DOUBLE_EQ(ici.API.TokenRequest, 0);
+  EXPECT_EQ(ici.ParallelRequests, 8) << "beyond the most, with a warning naming the key";
+  ASSERT_EQ(FWarnings.size(), 1);
+  EXPECT_TRUE(FWarnings.first().contains("ParallelRequests")) << FWarnings.first().toStdString();
   tySMTPserver smtp;
   ReadConfigSMTP(FPath, smtp, FWarnings);
   EXPECT_EQ(smtp.Port, 465);

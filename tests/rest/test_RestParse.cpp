@@ -1,6 +1,6 @@
 #include "rest/RestJson.h"
-#include "rest/RestMapping.h"
 #include "rest/RestParse.h"
+#include "rest/TicketPage.h"
 #include "support/TempConfig.h"
 
 #include <QJsonArray>
@@ -11,6 +11,13 @@ namespace {
 QJsonObject Json(const char *text)
 {
   return QJsonDocument::fromJson(text).object();
+}
+
+// The ticket that a page holding just this item gives.
+tyRestTicket Ticket(const char *item)
+{
+  const TTicketPage page = TTicketPageParser().Parse(QByteArray(R"({"content":[)") + item + "]}");
+  return page.Tickets.value(0);
 }
 } // namespace
 
@@ -60,17 +67,13 @@ TEST(ParseHelpers, SubRecordsAreEmptiedFirstThenFilledFromAnObject)
 
 TEST(TicketMapping, EveryMemberReachesItsFieldAndAbsentOnesStayZero)
 {
-  tyRestTicket ticket;
-  ticket.tenExchangesAdded = true;
-  TicketFromJson(Json(R"({"id":12,"type":"CHANGE","assignedTeam":null,"waitingDelay":"5",
+  const tyRestTicket ticket = Ticket(R"({"id":12,"type":"CHANGE","assignedTeam":null,"waitingDelay":"5",
     "status":{"id":1,"reference":"NEW","category":"OPEN"},
     "customProperties":[{"customProperty":{"id":2,"reference":"CP"},"selectedOption":{"id":3,"description":"Yes"}}],
     "checks":[{"id":4,"description":"Backup"}],
     "change":{"reason":"r","rollbackPlan":"rb"},"incident":{"incidentImpact":"i","incidentUrgency":"u"},
     "validationLevel":{"description":"d","id":5,"level":2},"template":{"id":6,"description":"t"},
-    "flagApi":true,"lastUpdate":"2024-03-15T08:30:00.123Z"})"),
-                 ticket);
-  EXPECT_TRUE(ticket.tenExchangesAdded) << "never touched by the mapping";
+    "flagApi":true,"lastUpdate":"2024-03-15T08:30:00.123Z"})");
   EXPECT_EQ(ticket.id, 12);
   EXPECT_EQ(ticket._type, "CHANGE");
   EXPECT_EQ(ticket.assignedTeam.id, 0);
@@ -93,8 +96,7 @@ TEST(TicketMapping, EveryMemberReachesItsFieldAndAbsentOnesStayZero)
 
 TEST(TicketMapping, EachMemberFillsItsOwnField)
 {
-  tyRestTicket ticket;
-  TicketFromJson(Json(R"({
+  const tyRestTicket ticket = Ticket(R"({
     "id":1, "type":"s-type", "title":"s-title", "description":"s-description", "creationDate":"s-creationDate",
     "lastUpdate":"s-lastUpdate", "authorName":"s-authorName", "authorEmail":"s-authorEmail",
     "ticketOrigin":"s-ticketOrigin", "slaCompletionStatus":"s-slaCompletionStatus",
@@ -111,8 +113,7 @@ TEST(TicketMapping, EachMemberFillsItsOwnField)
     "priority":{"id":20,"reference":"r-priority"},
     "sla":{"id":30,"description":"d-sla"}, "task":{"id":31,"description":"d-task"},
     "template":{"id":32,"description":"d-template"}, "validationWorkflow":{"id":33,"description":"d-workflow"},
-    "unknownMember":"ignored"})"),
-                 ticket);
+    "unknownMember":"ignored"})");
   const QList<std::pair<QString, QString>> texts{
       {ticket._type, "s-type"},
       {ticket.title, "s-title"},

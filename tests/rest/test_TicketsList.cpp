@@ -174,3 +174,69 @@ TEST_F(TicketsList, WithoutTokenTheRefusalIsAFailure)
   EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 1, "").isEmpty());
   EXPECT_TRUE(FRest->LastCallFailed());
 }
+
+namespace {
+
+// The trace lines without their times.
+QStringList TraceMessages(const QString &trace)
+{
+  QStringList messages;
+  for (const QString &line : trace.split(u'\n'))
+    messages.append(line.mid(line.indexOf(QLatin1String(" ")) + 1));
+  return messages;
+}
+
+} // namespace
+
+TEST_F(TicketsList, ParallelRequestsGiveWhatOneAtATimeGives)
+{
+  SignIn();
+  TDemoFaults faults;
+  faults.DelayMs = 20;
+  faults.Bodies.append({"/api/ticket/list/open", 2, "{\"content\":[]}", 200});
+  FService.SetFaults(faults);
+  const QList<TTicketQuery> queries{{7, ""}, {1, ""}, {1, QString::fromUtf8(CNoticeFrench)}, {2, ""}, {7, "x"}};
+  auto run = [&](int parallel) {
+    Trace::Clear();
+    Trace::AttachFile(FConfig.File("trace.log"));
+    FService.ClearRequests();
+    FSettings.ParallelRequests = parallel;
+    QStringList results;
+    FRest->GET_TicketsListsOpen(FSettings, queries, [&](qsizetype index, TTicketQueryResult &&result) {
+      QStringList ids;
+      for (const tyRestTicket &ticket : result.Tickets)
+        ids << QString::number(ticket.id);
+      results << QStringLiteral("%1 %2 %3 %4").arg(index).arg(result.Failed).arg(result.Error, ids.join(u','));
+    });
+    return std::make_pair(results, TraceMessages(TraceText()));
+  };
+  const auto [sequential, sequentialTrace] = run(1);
+  QStringList order;
+  for (const TDemoRequest &request : FService.Requests())
+    order << QString::fromUtf8(request.Body.left(request.Body.indexOf(",\"pageSize\"")));
+  EXPECT_EQ(order, (QStringList{R"({"organizationId":7,"page":0)", R"({"organizationId":7,"page":1)",
+                                R"({"organizationId":7,"page":2)", R"({"organizationId":1,"page":0)",
+                                R"({"organizationId":1,"page":0)", R"({"organizationId":2,"page":0)",
+                                R"({"organizationId":7,"page":0)"}));
+  ASSERT_EQ(sequential.size(), 5);
+  EXPECT_TRUE(sequential[0].startsWith("0 1 ContentArray.Count = 0")) << "page 2 announced but empty";
+  const auto [parallel, parallelTrace] = run(4);
+  EXPECT_EQ(parallel, sequential);
+  EXPECT_EQ(parallelTrace, sequentialTrace);
+}
+
+TEST_F(TicketsList, TooManyRequestsIsAskedAgainAfterItsDelay)
+{
+  SignIn();
+  const tyRestTickets all = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  FService.ClearRequests();
+  TDemoFaults faults;
+  faults.TooManyOnce = true;
+  FService.SetFaults(faults);
+  FSettings.ParallelRequests = 4;
+  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  EXPECT_FALSE(FRest->LastCallFailed()) << FRest->LastError().toStdString();
+  EXPECT_EQ(tickets.size(), all.size());
+  EXPECT_EQ(FService.Requests().size(), 4) << "three pages, the first twice";
+  EXPECT_TRUE(TraceText().contains("Retry-After = 1"));
+}

@@ -50,7 +50,7 @@ QJsonObject Object(int id, const QString &reference, const QString &type, const 
           {QStringLiteral("subType"), subType}};
 }
 
-QJsonObject StepsData()
+QJsonObject StepsData(int extraAcmeTickets)
 {
   const QString english = QStringLiteral("10 exchanges have been added automatically by the supervisor, no exchanges "
                                          "will be added to this ticket during the next executions of the control.");
@@ -68,6 +68,11 @@ QJsonObject StepsData()
                        {QStringLiteral("members"), QJsonArray{}}, {QStringLiteral("remarks"), QString()},
                        {QStringLiteral("organizations"), organizations}};
   };
+  QJsonArray tickets{Ticket(11, 1, "Acme", QString(), 0, 2, 30), Ticket(12, 1, "Acme", "Bob", 2, 1, 0.1, english),
+                     Ticket(13, 1, "Acme", "Bob", 2, 1, 0.1, french), Ticket(21, 2, "Beta & Co", "Ann", 1, 1, 0.1)};
+  for (int i = 0; i < extraAcmeTickets; ++i)
+    tickets.append(Ticket(1000 + i, 1, "Acme", i % 5 ? "Ann" : QString(), i % 5 ? 1 : 0, 1 + i % 20, i % 30,
+                          i % 97 == 0 ? english : i % 89 == 0 ? french : QString()));
   return {
       {QStringLiteral("credentials"),
        QJsonObject{{QStringLiteral("clientId"), "client"}, {QStringLiteral("clientSecret"), "secret"},
@@ -82,15 +87,13 @@ QJsonObject StepsData()
       {QStringLiteral("objects"),
        QJsonArray{Object(1, "New", "TICKET_STATUS"), Object(2, "Waiting", "TICKET_STATUS"),
                   Object(3, "new", "TICKET_STATUS"), Object(4, "Critical [P1]", "TICKET_PRIORITY", "INCIDENT")}},
-      {QStringLiteral("tickets"),
-       QJsonArray{Ticket(11, 1, "Acme", QString(), 0, 2, 30), Ticket(12, 1, "Acme", "Bob", 2, 1, 0.1, english),
-                  Ticket(13, 1, "Acme", "Bob", 2, 1, 0.1, french), Ticket(21, 2, "Beta & Co", "Ann", 1, 1, 0.1)}},
+      {QStringLiteral("tickets"), tickets},
   };
 }
 
 } // namespace
 
-StepsFixture::StepsFixture() : FService(StepsData())
+StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeTickets))
 {
   FService.Listen();
   const QString ca = FConfig.File("ca.pem");

@@ -29,11 +29,12 @@ public:
 // data set: organization 1 "Acme" (three tickets: 11 unassigned and stale, 12
 // carrying the English notice, 13 the French one), organization 2 "Beta & Co"
 // (one ticket), organization 3 without the ticketing module; teams 10 "Desk" and
-// 20 "Network"; operators 1 to 3 (3 inactive).
+// 20 "Network"; operators 1 to 3 (3 inactive). Acme can have more tickets,
+// numbered from 1000, of various ages, some unassigned, some with a notice.
 class StepsFixture : public ::testing::Test
 {
 protected:
-  StepsFixture();
+  explicit StepsFixture(int extraAcmeTickets = 0);
   ~StepsFixture() override;
 
   // Selects organizations 1 and 2 and team 10.

@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QVBoxLayout>
 
 namespace {
@@ -55,6 +56,13 @@ TfrmSetQuorvexItsmConfig::TfrmSetQuorvexItsmConfig(QWidget *parent)
   ledtApiOperatorUsername = field("ledtApiOperatorUsername");
   ledtApiOperatorPassword = field("ledtApiOperatorPassword");
 
+  spnParallelRequests = new QSpinBox;
+  spnParallelRequests->setObjectName(QStringLiteral("spnParallelRequests"));
+  spnParallelRequests->setRange(1, 8);
+  auto *lblParallelRequests = new QLabel(
+      QStringLiteral("Up to this many ticket requests at once; leave 1 for a service with strict rate limits."));
+  lblParallelRequests->setWordWrap(true);
+
   auto *instanceRow = new QHBoxLayout;
   instanceRow->addWidget(edtInstance, 1);
   instanceRow->addWidget(chkSaaS);
@@ -68,6 +76,8 @@ TfrmSetQuorvexItsmConfig::TfrmSetQuorvexItsmConfig(QWidget *parent)
   form->addRow(QStringLiteral("Client secret"), ledtClientSecret);
   form->addRow(QStringLiteral("API Operator username"), ledtApiOperatorUsername);
   form->addRow(QStringLiteral("API Operator password"), ledtApiOperatorPassword);
+  form->addRow(QStringLiteral("Parallel requests"), spnParallelRequests);
+  form->addRow(QString(), lblParallelRequests);
 
   bbtOk = new QPushButton(SvgIcon(CTickSvg), tr("OK"));
   bbtOk->setObjectName(QStringLiteral("bbtOk"));
@@ -101,6 +111,7 @@ void TfrmSetQuorvexItsmConfig::Fill(const tyQuorvexITSM &settings)
   ledtClientSecret->setText(settings.API.ClientSecret);
   ledtApiOperatorUsername->setText(settings.API.Username);
   ledtApiOperatorPassword->setText(settings.API.Password);
+  spnParallelRequests->setValue(settings.ParallelRequests);
   edtInstanceChange();
   ledtExit();
 }
@@ -113,6 +124,7 @@ void TfrmSetQuorvexItsmConfig::CopyTo(tyQuorvexITSM &settings) const
   settings.API.ClientSecret = ledtClientSecret->text();
   settings.API.Username = ledtApiOperatorUsername->text();
   settings.API.Password = ledtApiOperatorPassword->text();
+  settings.ParallelRequests = spnParallelRequests->value();
 }
 
 void TfrmSetQuorvexItsmConfig::edtInstanceChange()

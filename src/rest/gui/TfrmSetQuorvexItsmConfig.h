@@ -7,6 +7,7 @@
 class QCheckBox;
 class QLabel;
 class QLineEdit;
+class QSpinBox;
 class QPushButton;
 
 // Where the service is and the credentials of the API account. The secrets are
@@ -36,6 +37,7 @@ public:
   QLineEdit *ledtClientSecret;
   QLineEdit *ledtApiOperatorUsername;
   QLineEdit *ledtApiOperatorPassword;
+  QSpinBox *spnParallelRequests;
   QPushButton *bbtOk;
   QPushButton *bbtCancel;
 

@@ -1,0 +1,323 @@
+#include "TicketPage.h"
+
+#include <simdjson.h>
+
+#include <cmath>
+#include <limits>
+#include <string_view>
+#include <unordered_map>
+
+namespace {
+
+using simdjson::dom::array;
+using simdjson::dom::element;
+using simdjson::dom::object;
+
+// Every reader assigns its whole field: the zero value when the member has
+// another type. A ticket starts at its zero values, so this is the same as
+// leaving the field alone, and a repeated member overrides an earlier one.
+
+std::optional<std::int32_t> Integer(element value)
+{
+  double number = 0;
+  if (!value.is_number() || value.get_double().get(number) != simdjson::SUCCESS)
+    return std::nullopt;
+  if (number != std::trunc(number) || number < std::numeric_limits<std::int32_t>::min() ||
+      number > std::numeric_limits<std::int32_t>::max())
+    return std::nullopt;
+  return static_cast<std::int32_t>(number);
+}
+
+void Read(element value, std::int32_t &field)
+{
+  field = Integer(value).value_or(0);
+}
+
+void Read(element value, bool &field)
+{
+  field = false;
+  if (value.get_bool().get(field) != simdjson::SUCCESS)
+    field = false;
+}
+
+void Read(element value, QString &field)
+{
+  std::string_view text;
+  if (value.get_string().get(text) != simdjson::SUCCESS) {
+    field.clear();
+    return;
+  }
+  field = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+// Calls `read(key, value)` for each member when `value` is an object; returns
+// whether it is one.
+template <typename TRead>
+bool ForEachMember(element value, TRead read)
+{
+  object members;
+  if (value.get_object().get(members) != simdjson::SUCCESS)
+    return false;
+  for (const auto [key, member] : members)
+    read(key, member);
+  return true;
+}
+
+// A small reference object of the service: "id" and one text member.
+template <typename TSub>
+void ReadSub(element value, TSub &sub, QString TSub::*text, std::string_view textKey)
+{
+  sub = TSub{};
+  ForEachMember(value, [&](std::string_view key, element member) {
+    if (key == "id")
+      Read(member, sub.id);
+    else if (key == textKey)
+      Read(member, sub.*text);
+  });
+}
+
+void Read(element value, tyRestSubName &sub)
+{
+  ReadSub(value, sub, &tyRestSubName::name, "name");
+}
+
+void Read(element value, tyRestSubDescription &sub)
+{
+  ReadSub(value, sub, &tyRestSubDescription::description, "description");
+}
+
+void Read(element value, tyRestSubReference &sub)
+{
+  ReadSub(value, sub, &tyRestSubReference::reference, "reference");
+}
+
+void Read(element value, tyRestCustomProperty &property)
+{
+  property = {};
+  ForEachMember(value, [&](std::string_view key, element member) {
+    if (key == "customProperty")
+      Read(member, property.customProperty);
+    else if (key == "selectedOption")
+      Read(member, property.selectedOption);
+  });
+}
+
+template <typename TItem>
+void Read(element value, QList<TItem> &list)
+{
+  list.clear();
+  array items;
+  if (value.get_array().get(items) != simdjson::SUCCESS)
+    return;
+  list.resize(static_cast<qsizetype>(items.size()));
+  qsizetype i = 0;
+  for (const element item : items)
+    Read(item, list[i++]);
+}
+
+void Read(element value, tyRestStatus &status)
+{
+  status = {};
+  ForEachMember(value, [&](std::string_view key, element member) {
+    if (key == "id")
+      Read(member, status.id);
+    else if (key == "reference")
+      Read(member, status._reference);
+    else if (key == "category")
+      Read(member, status.category);
+  });
+}
+
+void Read(element value, tyRestValidationLevel &level)
+{
+  level = {};
+  ForEachMember(value, [&](std::string_view key, element member) {
+    if (key == "description")
+      Read(member, level.description);
+    else if (key == "id")
+      Read(member, level.id);
+    else if (key == "level")
+      Read(member, level.level);
+  });
+}
+
+void Read(element value, tyRestIncident &incident)
+{
+  incident = {};
+  ForEachMember(value, [&](std::string_view key, element member) {
+    if (key == "incidentImpact")
+      Read(member, incident.incidentImpact);
+    else if (key == "incidentUrgency")
+      Read(member, incident.incidentUrgency);
+  });
+}
+
+void Read(element value, tyRestChange &change)
+{
+  static const std::unordered_map<std::string_view, QString tyRestChange::*> fields{
+      {"changelogDescription", &tyRestChange::changelogDescription},
+      {"changelogType", &tyRestChange::changelogType},
+      {"deploymentPlan", &tyRestChange::deploymentPlan},
+      {"impact", &tyRestChange::impact},
+      {"reason", &tyRestChange::reason},
+      {"risks", &tyRestChange::risks},
+      {"rollbackPlan", &tyRestChange::rollbackPlan}};
+  change = {};
+  ForEachMember(value, [&](std::string_view key, element member) {
+    if (const auto field = fields.find(key); field != fields.end())
+      Read(member, change.*(field->second));
+  });
+}
+
+// The field each member of a ticket item fills, by member name.
+using TTicketReader = void (*)(element member, tyRestTicket &ticket);
+
+template <auto Field>
+void ReadField(element member, tyRestTicket &ticket)
+{
+  Read(member, ticket.*Field);
+}
+
+const std::unordered_map<std::string_view, TTicketReader> &TicketReaders()
+{
+  using T = tyRestTicket;
+  static const std::unordered_map<std::string_view, TTicketReader> readers{
+      {"id", ReadField<&T::id>},
+      {"type", ReadField<&T::_type>},
+      {"organization", ReadField<&T::organization>},
+      {"assignedTeam", ReadField<&T::assignedTeam>},
+      {"assignedUser", ReadField<&T::assignedUser>},
+      {"title", ReadField<&T::title>},
+      {"description", ReadField<&T::description>},
+      {"creationDate", ReadField<&T::creationDate>},
+      {"lastUpdate", ReadField<&T::lastUpdate>},
+      {"author", ReadField<&T::author>},
+      {"authorName", ReadField<&T::authorName>},
+      {"authorEmail", ReadField<&T::authorEmail>},
+      {"createdBy", ReadField<&T::createdBy>},
+      {"authorSite", ReadField<&T::authorSite>},
+      {"authorEmailNotify", ReadField<&T::authorEmailNotify>},
+      {"ticketOrigin", ReadField<&T::ticketOrigin>},
+      {"resolutionDelay", ReadField<&T::resolutionDelay>},
+      {"slaResolutionDelay", ReadField<&T::slaResolutionDelay>},
+      {"slaCompletionStatus", ReadField<&T::slaCompletionStatus>},
+      {"actualAcknowledgeDate", ReadField<&T::actualAcknowledgeDate>},
+      {"slaAcknowledgementStatus", ReadField<&T::slaAcknowledgementStatus>},
+      {"priority", ReadField<&T::priority>},
+      {"status", ReadField<&T::status>},
+      {"application", ReadField<&T::application>},
+      {"customProperties", ReadField<&T::customProperties>},
+      {"tasksPublic", ReadField<&T::tasksPublic>},
+      {"access", ReadField<&T::access>},
+      {"writeAccess", ReadField<&T::writeAccess>},
+      {"waitingDate", ReadField<&T::waitingDate>},
+      {"waitingDelay", ReadField<&T::waitingDelay>},
+      {"flagApi", ReadField<&T::flagApi>},
+      {"archived", ReadField<&T::archived>},
+      {"actualResolutionDate", ReadField<&T::actualResolutionDate>},
+      {"change", ReadField<&T::change>},
+      {"checks", ReadField<&T::checks>},
+      {"incident", ReadField<&T::incident>},
+      {"sla", ReadField<&T::sla>},
+      {"startDate", ReadField<&T::startDate>},
+      {"supplier", ReadField<&T::supplier>},
+      {"task", ReadField<&T::task>},
+      {"template", ReadField<&T::template_>},
+      {"theoreticalAcknowledgeDate", ReadField<&T::theoreticalAcknowledgeDate>},
+      {"theoreticalResolutionDate", ReadField<&T::theoreticalResolutionDate>},
+      {"validationLevel", ReadField<&T::validationLevel>},
+      {"validationWorkflow", ReadField<&T::validationWorkflow>},
+  };
+  return readers;
+}
+
+// Fills the ticket from one item; returns whether the item is an object with an
+// integer "id".
+bool ReadTicket(element item, tyRestTicket &ticket)
+{
+  const auto &readers = TicketReaders();
+  bool hasId = false;
+  const bool isObject = ForEachMember(item, [&](std::string_view key, element member) {
+    if (const auto reader = readers.find(key); reader != readers.end())
+      reader->second(member, ticket);
+    if (key == "id")
+      hasId = Integer(member).has_value();
+  });
+  return isObject && hasId;
+}
+
+} // namespace
+
+struct TTicketPageParser::TParsers
+{
+  simdjson::dom::parser Dom;
+  simdjson::ondemand::parser OnDemand;
+};
+
+TTicketPageParser::TTicketPageParser() : FParsers(std::make_unique<TParsers>()) {}
+
+TTicketPageParser::~TTicketPageParser() = default;
+
+TTicketPage TTicketPageParser::Parse(const QByteArray &body)
+{
+  TTicketPage page;
+  if (body.isEmpty())
+    return page;
+  page.Shape = TTicketPage::TShape::NotObject;
+  element root;
+  if (FParsers->Dom.parse(body.constData(), static_cast<std::size_t>(body.size())).get(root) != simdjson::SUCCESS)
+    return page;
+  std::optional<element> content;
+  const bool isObject = ForEachMember(root, [&](std::string_view key, element member) {
+    if (key == "totalNumberOfPages")
+      page.TotalPages = Integer(member);
+    else if (key == "totalNumberOfElements")
+      page.TotalElements = Integer(member);
+    else if (key == "content")
+      content = member;
+  });
+  if (!isObject)
+    return page;
+  array items;
+  if (!content || content->get_array().get(items) != simdjson::SUCCESS) {
+    page.Shape = TTicketPage::TShape::NoContent;
+    return page;
+  }
+  page.Shape = TTicketPage::TShape::Items;
+  page.Tickets.resize(static_cast<qsizetype>(items.size()));
+  qsizetype i = 0;
+  for (const element item : items)
+    if (!ReadTicket(item, page.Tickets[i++]))
+      ++page.BadItems;
+  return page;
+}
+
+std::optional<std::int32_t> TTicketPageParser::AnnouncedPages(const QByteArray &body)
+{
+  const simdjson::padded_string text(body.constData(), static_cast<std::size_t>(body.size()));
+  simdjson::ondemand::document document;
+  simdjson::ondemand::object answer;
+  if (FParsers->OnDemand.iterate(text).get(document) != simdjson::SUCCESS ||
+      document.get_object().get(answer) != simdjson::SUCCESS)
+    return std::nullopt;
+  std::optional<std::int32_t> pages;
+  bool items = false;
+  for (auto member : answer) {
+    std::string_view key;
+    if (member.unescaped_key().get(key) != simdjson::SUCCESS)
+      return std::nullopt;
+    if (key == "totalNumberOfPages") {
+      double number = 0;
+      pages = member.value().get_double().get(number) == simdjson::SUCCESS && number == std::trunc(number) &&
+                      number >= 0 && number <= std::numeric_limits<std::int32_t>::max()
+                  ? std::optional<std::int32_t>(static_cast<std::int32_t>(number))
+                  : std::nullopt;
+    } else if (key == "content") {
+      simdjson::ondemand::array content;
+      bool empty = true;
+      items = member.value().get_array().get(content) == simdjson::SUCCESS &&
+              content.is_empty().get(empty) == simdjson::SUCCESS && !empty;
+    }
+  }
+  return items ? pages : std::nullopt;
+}

@@ -1,0 +1,265 @@
+#include "TicketRetrieval.h"
+
+#include "core/Trace.h"
+
+#include <QDateTime>
+#include <QEventLoop>
+#include <QThreadPool>
+#include <QTimer>
+#include <algorithm>
+
+namespace {
+
+// Room made at once for the announced tickets, up to this many: beyond it the
+// list grows as the pages come (an announced total is no promise).
+constexpr qsizetype CMaxReserved = 50000;
+
+// Seconds to wait before asking again: a number of seconds or an HTTP date,
+// at most CMaxRetryAfterSeconds.
+int RetryAfterSeconds(const QByteArray &header)
+{
+  bool isNumber = false;
+  qint64 seconds = header.trimmed().toLongLong(&isNumber);
+  if (!isNumber) {
+    const QDateTime when = QDateTime::fromString(QString::fromLatin1(header.trimmed()), Qt::RFC2822Date);
+    seconds = when.isValid() ? QDateTime::currentDateTimeUtc().secsTo(when) : 0;
+  }
+  return static_cast<int>(std::clamp<qint64>(seconds, 0, TTicketRetrieval::CMaxRetryAfterSeconds));
+}
+
+} // namespace
+
+// One page as it came back: no answer, or the answer read.
+struct TTicketRetrieval::TPageOutcome
+{
+  QString TransportError;
+  QString Refusal; // names a status other than 2xx, for the failure's text
+  TTicketPage Page;
+};
+
+struct TTicketRetrieval::TQueryState
+{
+  TTicketQuery Query;
+  std::int32_t Started = 0;  // pages asked for so far
+  std::int32_t Wanted = 1;   // pages thought to exist
+  bool FirstAnswered = false; // the pages after the first may start
+  std::map<std::int32_t, std::shared_ptr<TPageOutcome>> Ready; // read, not yet judged
+  std::int32_t Next = 0;     // the page to judge next
+  std::int32_t TotalPages = -1;
+  std::int32_t TotalElements = -1; // unknown until a page tells it
+  bool Ended = false;
+  // The query's trace, written when it is delivered so that it never mixes
+  // with another query's: a page number, or an error line.
+  QList<std::pair<std::int32_t, QString>> Trace;
+  TTicketQueryResult Result;
+};
+
+TTicketRetrieval::TTicketRetrieval(QString url, QList<TTicketQuery> queries, int parallel, TStartPage startPage,
+                                   TQueryDone queryDone)
+    : FUrl(std::move(url)), FParallel(std::clamp(parallel, 1, CMaxParallel)), FStartPage(std::move(startPage)),
+      FQueryDone(std::move(queryDone)), FPageParser(std::make_unique<TTicketPageParser>()),
+      FWorker(std::make_unique<QThreadPool>()), FContext(std::make_unique<QObject>())
+{
+  FWorker->setMaxThreadCount(1); // one parser, pages in the order they came
+  FQueries.resize(queries.size());
+  for (qsizetype i = 0; i < queries.size(); ++i)
+    FQueries[i].Query = std::move(queries[i]);
+}
+
+TTicketRetrieval::~TTicketRetrieval()
+{
+  FWorker->waitForDone();
+}
+
+void TTicketRetrieval::Run()
+{
+  QEventLoop loop;
+  FQuit = [&loop] { loop.quit(); };
+  Pump();
+  if (!Finished())
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+  FQuit = nullptr;
+}
+
+bool TTicketRetrieval::Finished() const
+{
+  return FDelivered == static_cast<qsizetype>(FQueries.size()) && FInFlight == 0 && FParsing == 0;
+}
+
+void TTicketRetrieval::Pump()
+{
+  while (FInFlight < FParallel) {
+    const auto next = std::find_if(FQueries.begin(), FQueries.end(), [](const TQueryState &query) {
+      return !query.Ended && query.Started < query.Wanted && (query.Started == 0 || query.FirstAnswered);
+    });
+    if (next == FQueries.end())
+      break;
+    StartPage(next - FQueries.begin(), next->Started++, false);
+  }
+  if (FQuit && Finished())
+    FQuit();
+}
+
+void TTicketRetrieval::StartPage(qsizetype index, std::int32_t page, bool repeated)
+{
+  ++FInFlight;
+  FStartPage(FQueries[index].Query, page, [this, index, page, repeated](TRestTransport::TReply reply) {
+    Answered(index, page, repeated, std::move(reply));
+  });
+}
+
+void TTicketRetrieval::Answered(qsizetype index, std::int32_t page, bool repeated, TRestTransport::TReply reply)
+{
+  TQueryState &query = FQueries[index];
+  if (reply.Answer && !repeated && (reply.Answer->Status == 429 || reply.Answer->Status == 503)) {
+    // The service asks for less: one request at a time from now on, and this
+    // one once more when it says. The slot stays taken meanwhile.
+    FParallel = 1;
+    const int seconds = RetryAfterSeconds(reply.Answer->RetryAfter);
+    TraceValue(lcRest(), "Retry-After", seconds);
+    QTimer::singleShot(seconds * 1000, FContext.get(), [this, index, page] {
+      --FInFlight;
+      StartPage(index, page, true);
+    });
+    return;
+  }
+  --FInFlight;
+  const auto outcome = std::make_shared<TPageOutcome>();
+  if (!reply.Answer) {
+    outcome->TransportError = reply.Error;
+  } else {
+    outcome->Refusal = RefusalText(FUrl, *reply.Answer);
+    if (page == 0)
+      query.Wanted = std::max(1, FHeadParser.AnnouncedPages(reply.Answer->Body).value_or(1));
+  }
+  if (page == 0)
+    query.FirstAnswered = true;
+  Pump(); // the next request travels while this answer is read
+  if (!reply.Answer || query.Ended) {
+    Parsed(index, page, outcome);
+    return;
+  }
+  ++FParsing;
+  FWorker->start([this, index, page, outcome, body = std::move(reply.Answer->Body)]() mutable {
+    outcome->Page = FPageParser->Parse(body);
+    body = QByteArray(); // the page's text goes as soon as it is read
+    QMetaObject::invokeMethod(
+        FContext.get(),
+        [this, index, page, outcome] {
+          --FParsing;
+          Parsed(index, page, outcome);
+        },
+        Qt::QueuedConnection);
+  });
+}
+
+void TTicketRetrieval::Parsed(qsizetype index, std::int32_t page, std::shared_ptr<TPageOutcome> outcome)
+{
+  TQueryState &query = FQueries[index];
+  query.Ready.emplace(page, std::move(outcome));
+  while (!query.Ended) {
+    const auto ready = query.Ready.find(query.Next);
+    if (ready == query.Ready.end())
+      break;
+    const std::shared_ptr<TPageOutcome> judged = ready->second;
+    query.Ready.erase(ready);
+    Judge(query, query.Next, *judged);
+  }
+  if (query.Ended)
+    query.Ready.clear();
+  Deliver();
+  Pump();
+}
+
+// The paging of one query, page after page: each page is judged as if it were
+// the only one asked so far.
+void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome &outcome)
+{
+  query.Trace.append({page, QString()});
+  const TTicketPage &answer = outcome.Page;
+  if (outcome.TransportError.isEmpty()) {
+    switch (answer.Shape) {
+    case TTicketPage::TShape::Empty:
+      Fail(query, QStringLiteral("RESTResponse.Content = \"\""), outcome.Refusal);
+      return End(query, false);
+    case TTicketPage::TShape::NotObject:
+      Fail(query, QStringLiteral("NOT Assigned(JSONResponse) OR NOT (JSONResponse IS TJSONObject)"), outcome.Refusal);
+      return End(query, false);
+    default: break;
+    }
+    query.TotalPages = answer.TotalPages.value_or(query.TotalPages);
+    query.TotalElements = answer.TotalElements.value_or(query.TotalElements);
+    if (answer.Shape == TTicketPage::TShape::NoContent) {
+      Fail(query, QStringLiteral("NOT JSONObject.TryGetValue<TJSONArray>('content', ContentArray)"), outcome.Refusal);
+      return End(query, false);
+    }
+    if (answer.Tickets.isEmpty()) {
+      // A first page without tickets means that the organization has none,
+      // unless it announced some; a later page announced but empty leaves the
+      // list incomplete.
+      if (page == 0 && query.TotalElements <= 0)
+        query.Trace.append({-1, QStringLiteral("ContentArray.Count = 0")});
+      else
+        Fail(query, QStringLiteral("ContentArray.Count = 0"), outcome.Refusal);
+      return End(query, false);
+    }
+    tyRestTickets &tickets = query.Result.Tickets;
+    if (page == 0 && query.TotalElements > 0)
+      tickets.reserve(std::min<qsizetype>(query.TotalElements, CMaxReserved));
+    tickets.append(std::move(outcome.Page.Tickets));
+    outcome.Page.Tickets = tyRestTickets(); // mapped and moved: nothing of the page stays
+    if (answer.BadItems > 0)
+      Fail(query,
+           QStringLiteral("%1 items of page %2 are not tickets (not an object, or no integer \"id\")")
+               .arg(answer.BadItems)
+               .arg(page),
+           outcome.Refusal);
+  } else {
+    Fail(query, QStringLiteral("Erreur API : ") + outcome.TransportError, QString());
+  }
+  query.Next = page + 1;
+  if (query.Next + 1 > query.TotalPages)
+    return End(query, true);
+  query.Wanted = query.TotalPages;
+}
+
+void TTicketRetrieval::End(TQueryState &query, bool trim)
+{
+  tyRestTickets &tickets = query.Result.Tickets;
+  if (trim && query.TotalElements >= 0 && tickets.size() > query.TotalElements)
+    tickets.resize(query.TotalElements);
+  query.Ended = true;
+}
+
+void TTicketRetrieval::Fail(TQueryState &query, const QString &message, const QString &refusal)
+{
+  query.Trace.append({-1, message});
+  if (!query.Result.Failed)
+    query.Result.Error = refusal.isEmpty() ? message : message + QStringLiteral(" (") + refusal + u')';
+  query.Result.Failed = true;
+}
+
+void TTicketRetrieval::Deliver()
+{
+  if (FDelivering)
+    return; // a caller that processes events lands here; the loop below goes on
+  FDelivering = true;
+  while (FDelivered < static_cast<qsizetype>(FQueries.size()) && FQueries[FDelivered].Ended) {
+    TQueryState &query = FQueries[FDelivered];
+    {
+      const TraceScope trace(lcRest(), "TdmRest.GET_TicketsListOpen");
+      TraceValue(lcRest(), "organizationId", query.Query.OrganizationId);
+      TraceValue(lcRest(), "Search", query.Query.Search);
+      TraceValue(lcRest(), "BaseURL", FUrl);
+      for (const auto &[page, error] : std::as_const(query.Trace))
+        if (error.isEmpty())
+          TraceValue(lcRest(), "Page", page);
+        else
+          TraceError(lcRest(), error);
+    }
+    query.Trace.clear();
+    FQueryDone(FDelivered++, std::move(query.Result));
+    query.Result = TTicketQueryResult();
+  }
+  FDelivering = false;
+}

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "RestTransport.h"
+#include "TicketPage.h"
+
+#include <QList>
+#include <QString>
+#include <functional>
+#include <map>
+#include <vector>
+#include <memory>
+
+class QThreadPool;
+
+// One open-ticket query: an organization and a search text (empty for none).
+struct TTicketQuery
+{
+  std::int32_t OrganizationId = 0;
+  QString Search;
+};
+
+// What a query gave: its tickets, and whether it failed to retrieve them all,
+// with the first failure's text.
+struct TTicketQueryResult
+{
+  tyRestTickets Tickets;
+  bool Failed = false;
+  QString Error;
+};
+
+// Runs open-ticket queries page by page with up to `parallel` requests in
+// flight. Requests start in the order of the queries, and within a query in page
+// order; a query's pages after the first start once the first told how many
+// there are. Pages are parsed on a worker thread while the next requests
+// travel, and each query's pages are judged in page order exactly as one page
+// after the other would be, so the results, failures and trace lines do not
+// depend on `parallel`. An answer 429 or 503 makes the rest of the run go one
+// request at a time and is asked once more after its Retry-After (at most 30 s).
+class TTicketRetrieval
+{
+public:
+  // Starts the request of one page of a query; `done` gets its answer.
+  using TStartPage =
+      std::function<void(const TTicketQuery &query, std::int32_t page, TRestTransport::TDone done)>;
+  // Gets each query's result, in the order of the queries, as soon as it and
+  // every query before it are complete.
+  using TQueryDone = std::function<void(qsizetype index, TTicketQueryResult &&result)>;
+
+  static constexpr int CMaxParallel = 8;
+  static constexpr int CMaxRetryAfterSeconds = 30;
+
+  // `url` is the address of the query, for the trace and failure texts.
+  TTicketRetrieval(QString url, QList<TTicketQuery> queries, int parallel, TStartPage startPage,
+                   TQueryDone queryDone);
+  ~TTicketRetrieval();
+  TTicketRetrieval(const TTicketRetrieval &) = delete;
+  TTicketRetrieval &operator=(const TTicketRetrieval &) = delete;
+
+  // Returns once every query's result has been given (windows keep painting).
+  void Run();
+
+private:
+  struct TPageOutcome;
+  struct TQueryState;
+
+  bool Finished() const;
+  // Starts requests while slots are free, the first ready in the start order.
+  void Pump();
+  void StartPage(qsizetype index, std::int32_t page, bool repeated);
+  void Answered(qsizetype index, std::int32_t page, bool repeated, TRestTransport::TReply reply);
+  // Takes a page that has been read and judges the query's pages that are in,
+  // in page order.
+  void Parsed(qsizetype index, std::int32_t page, std::shared_ptr<TPageOutcome> outcome);
+  void Judge(TQueryState &query, std::int32_t page, TPageOutcome &outcome);
+  void End(TQueryState &query, bool trim);
+  void Fail(TQueryState &query, const QString &message, const QString &refusal);
+  // Hands the complete queries at the front of the list to the caller.
+  void Deliver();
+
+  QString FUrl;
+  std::vector<TQueryState> FQueries;
+  int FParallel;
+  TStartPage FStartPage;
+  TQueryDone FQueryDone;
+  int FInFlight = 0;
+  int FParsing = 0;
+  qsizetype FDelivered = 0;
+  bool FDelivering = false;
+  TTicketPageParser FHeadParser; // on this thread, for the first pages' totals
+  std::unique_ptr<TTicketPageParser> FPageParser; // on the worker thread only
+  std::unique_ptr<QThreadPool> FWorker;
+  std::unique_ptr<QObject> FContext; // receives the worker's results on this thread
+  std::function<void()> FQuit;
+};
