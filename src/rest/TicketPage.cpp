@@ -4,10 +4,44 @@
 
 #include <cmath>
 #include <limits>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 
 namespace {
+
+// Names, statuses, types and the like, which thousands of tickets repeat: one
+// copy of each, shared by every ticket that holds it (a QString shares its
+// text), instead of one per ticket. Bounded, so that a service sending only
+// distinct texts costs little more than without it.
+class TSharedTexts
+{
+public:
+  QString Text(std::string_view utf8)
+  {
+    if (utf8.size() > CMaxLength)
+      return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    if (const auto known = FTexts.find(utf8); known != FTexts.end())
+      return known->second;
+    QString text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    if (FTexts.size() < CMaxTexts)
+      FTexts.emplace(std::string(utf8), text);
+    return text;
+  }
+
+private:
+  static constexpr std::size_t CMaxLength = 80;
+  static constexpr std::size_t CMaxTexts = 20000;
+  struct THash
+  {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+  };
+  std::unordered_map<std::string, QString, THash, std::equal_to<>> FTexts;
+};
+
+// The shared texts of the parser reading a page on this thread.
+thread_local TSharedTexts *GSharedTexts = nullptr;
 
 using simdjson::dom::array;
 using simdjson::dom::element;
@@ -50,6 +84,21 @@ void Read(element value, QString &field)
   field = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+// A text that many tickets repeat.
+struct TShared
+{
+  QString &Field;
+};
+
+void Read(element value, TShared field)
+{
+  std::string_view text;
+  if (value.get_string().get(text) != simdjson::SUCCESS)
+    field.Field.clear();
+  else
+    field.Field = GSharedTexts->Text(text);
+}
+
 // Calls `read(key, value)` for each member when `value` is an object; returns
 // whether it is one.
 template <typename TRead>
@@ -72,7 +121,7 @@ void ReadSub(element value, TSub &sub, QString TSub::*text, std::string_view tex
     if (key == "id")
       Read(member, sub.id);
     else if (key == textKey)
-      Read(member, sub.*text);
+      Read(member, TShared{sub.*text});
   });
 }
 
@@ -122,9 +171,9 @@ void Read(element value, tyRestStatus &status)
     if (key == "id")
       Read(member, status.id);
     else if (key == "reference")
-      Read(member, status._reference);
+      Read(member, TShared{status._reference});
     else if (key == "category")
-      Read(member, status.category);
+      Read(member, TShared{status.category});
   });
 }
 
@@ -146,9 +195,9 @@ void Read(element value, tyRestIncident &incident)
   incident = {};
   ForEachMember(value, [&](std::string_view key, element member) {
     if (key == "incidentImpact")
-      Read(member, incident.incidentImpact);
+      Read(member, TShared{incident.incidentImpact});
     else if (key == "incidentUrgency")
-      Read(member, incident.incidentUrgency);
+      Read(member, TShared{incident.incidentUrgency});
   });
 }
 
@@ -178,12 +227,18 @@ void ReadField(element member, tyRestTicket &ticket)
   Read(member, ticket.*Field);
 }
 
+template <QString tyRestTicket::*Field>
+void ReadSharedField(element member, tyRestTicket &ticket)
+{
+  Read(member, TShared{ticket.*Field});
+}
+
 const std::unordered_map<std::string_view, TTicketReader> &TicketReaders()
 {
   using T = tyRestTicket;
   static const std::unordered_map<std::string_view, TTicketReader> readers{
       {"id", ReadField<&T::id>},
-      {"type", ReadField<&T::_type>},
+      {"type", ReadSharedField<&T::_type>},
       {"organization", ReadField<&T::organization>},
       {"assignedTeam", ReadField<&T::assignedTeam>},
       {"assignedUser", ReadField<&T::assignedUser>},
@@ -192,17 +247,17 @@ const std::unordered_map<std::string_view, TTicketReader> &TicketReaders()
       {"creationDate", ReadField<&T::creationDate>},
       {"lastUpdate", ReadField<&T::lastUpdate>},
       {"author", ReadField<&T::author>},
-      {"authorName", ReadField<&T::authorName>},
-      {"authorEmail", ReadField<&T::authorEmail>},
+      {"authorName", ReadSharedField<&T::authorName>},
+      {"authorEmail", ReadSharedField<&T::authorEmail>},
       {"createdBy", ReadField<&T::createdBy>},
       {"authorSite", ReadField<&T::authorSite>},
       {"authorEmailNotify", ReadField<&T::authorEmailNotify>},
-      {"ticketOrigin", ReadField<&T::ticketOrigin>},
+      {"ticketOrigin", ReadSharedField<&T::ticketOrigin>},
       {"resolutionDelay", ReadField<&T::resolutionDelay>},
       {"slaResolutionDelay", ReadField<&T::slaResolutionDelay>},
-      {"slaCompletionStatus", ReadField<&T::slaCompletionStatus>},
+      {"slaCompletionStatus", ReadSharedField<&T::slaCompletionStatus>},
       {"actualAcknowledgeDate", ReadField<&T::actualAcknowledgeDate>},
-      {"slaAcknowledgementStatus", ReadField<&T::slaAcknowledgementStatus>},
+      {"slaAcknowledgementStatus", ReadSharedField<&T::slaAcknowledgementStatus>},
       {"priority", ReadField<&T::priority>},
       {"status", ReadField<&T::status>},
       {"application", ReadField<&T::application>},
@@ -252,6 +307,7 @@ struct TTicketPageParser::TParsers
 {
   simdjson::dom::parser Dom;
   simdjson::ondemand::parser OnDemand;
+  TSharedTexts Shared;
 };
 
 TTicketPageParser::TTicketPageParser() : FParsers(std::make_unique<TParsers>()) {}
@@ -284,6 +340,7 @@ TTicketPage TTicketPageParser::Parse(const QByteArray &body)
     return page;
   }
   page.Shape = TTicketPage::TShape::Items;
+  GSharedTexts = &FParsers->Shared;
   page.Tickets.resize(static_cast<qsizetype>(items.size()));
   qsizetype i = 0;
   for (const element item : items)
