@@ -129,7 +129,10 @@ QString TdmRest::QueryUrl(const tyQuorvexITSM &settings, const QString &path)
 TRestTransport::TRequest TdmRest::ApiRequest(const QString &url, const QByteArray &method,
                                              const QByteArray *jsonBody) const
 {
-  TRestTransport::TRequest request{method, QUrl(url), {{"Authorization", "Bearer " + FToken.toUtf8()}}};
+  TRestTransport::TRequest request;
+  request.Method = method;
+  request.Url = QUrl(url);
+  request.Headers = {{"Authorization", "Bearer " + FToken.toUtf8()}};
   if (jsonBody) {
     request.Headers.append({QByteArrayLiteral("Content-Type"), QByteArrayLiteral("application/json")});
     request.Body = *jsonBody;
