@@ -88,6 +88,19 @@ TRestTransport::TRestTransport(QNetworkAccessManager &manager) : FManager(manage
   FManager.setProxyFactory(new TSystemProxyFactory); // the manager takes ownership
 }
 
+TRestTransport::~TRestTransport() = default;
+
+QNetworkAccessManager &TRestTransport::ManagerForNext()
+{
+  if (FPending < CConnectionsPerManager)
+    return FManager;
+  if (!FOverflow) {
+    FOverflow = std::make_unique<QNetworkAccessManager>();
+    FOverflow->setProxyFactory(new TSystemProxyFactory);
+  }
+  return *FOverflow;
+}
+
 TRestTransport::TAnswer TRestTransport::Send(const TRequest &request)
 {
   std::optional<TReply> reply;
@@ -111,9 +124,11 @@ void TRestTransport::Start(const TRequest &request, TDone done)
   for (const auto &[name, value] : request.Headers)
     network.setRawHeader(name, value);
 
-  QNetworkReply *const reply = request.WithBody
-                                    ? FManager.sendCustomRequest(network, request.Method, request.Body)
-                                    : FManager.sendCustomRequest(network, request.Method, static_cast<QIODevice *>(nullptr));
+  QNetworkAccessManager &manager = ManagerForNext();
+  QNetworkReply *const reply =
+      request.WithBody ? manager.sendCustomRequest(network, request.Method, request.Body)
+                       : manager.sendCustomRequest(network, request.Method, static_cast<QIODevice *>(nullptr));
+  ++FPending;
   // What the reply's signals learn before it finishes.
   struct TState
   {
@@ -140,7 +155,8 @@ void TRestTransport::Start(const TRequest &request, TDone done)
 
   const auto timeout = FTimeout;
   const QUrl url = request.Url;
-  QObject::connect(reply, &QNetworkReply::finished, reply, [=, done = std::move(done)] {
+  QObject::connect(reply, &QNetworkReply::finished, reply, [=, this, done = std::move(done)] {
+    --FPending;
     timer->stop();
     reply->deleteLater();
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);

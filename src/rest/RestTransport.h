@@ -8,6 +8,7 @@
 #include <QUrl>
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 
 class QNetworkAccessManager;
@@ -54,6 +55,7 @@ public:
   static constexpr qint64 CMaxAnswerBytes = qint64(32) << 20;
 
   explicit TRestTransport(QNetworkAccessManager &manager);
+  ~TRestTransport();
 
   // Sends the request and waits for the answer. Any HTTP status is an answer;
   // only a failure to get one raises ERestTransportError, whose text tells a
@@ -68,7 +70,14 @@ public:
   void SetTimeout(std::chrono::milliseconds timeout) { FTimeout = timeout; }
 
 private:
+  // Qt's manager opens at most six connections to a host and queues the rest:
+  // requests beyond six pending go through a second manager of our own.
+  static constexpr int CConnectionsPerManager = 6;
+  QNetworkAccessManager &ManagerForNext();
+
   QNetworkAccessManager &FManager;
+  std::unique_ptr<QNetworkAccessManager> FOverflow;
+  int FPending = 0;
   QSslConfiguration FSsl;
   std::chrono::milliseconds FTimeout = CDefaultTimeout;
 };
