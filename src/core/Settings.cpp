@@ -73,6 +73,23 @@ QString ReadSecret(const TIniFile &ini, const QString &section, const QString &k
   }
 }
 
+// Writes a secret enciphered, unless the stored text already holds it (each
+// enciphering differs, and a save that changes nothing must write nothing). A
+// stored value that cannot be deciphered read as empty: while the secret is
+// still empty it stays as found, so that a save of the group never destroys
+// what the user may still repair or recover.
+void WriteSecret(TIniFile &ini, const QString &section, const QString &key, const QString &secret)
+{
+  try {
+    if (Decrypt(ini.ReadString(section, key, QString())) == secret)
+      return;
+  } catch (const ESecretError &) {
+    if (secret.isEmpty())
+      return;
+  }
+  ini.WriteString(section, key, Encrypt(secret));
+}
+
 } // namespace
 
 void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarnings &warnings)
@@ -99,9 +116,9 @@ void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici)
   ini.WriteBool(Section, SaaS, ici.SaaS);
   ini.WriteString(Section, Instance, ici.Instance);
   ini.WriteString(Section, ClientID, ici.API.ClientID);
-  ini.WriteString(Section, ClientSecret, Encrypt(ici.API.ClientSecret));
+  WriteSecret(ini, Section, ClientSecret, ici.API.ClientSecret);
   ini.WriteString(Section, Username, ici.API.Username);
-  ini.WriteString(Section, Password, Encrypt(ici.API.Password));
+  WriteSecret(ini, Section, Password, ici.API.Password);
   ini.WriteFloat(Section, TokenRequest, ici.API.TokenRequest);
   ini.WriteInteger(Section, TokenValidity, ici.API.TokenValidity);
   ini.WriteString(Section, Token, ici.API.Token);
@@ -134,7 +151,7 @@ void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp)
   ini.WriteInteger(Section, Port, smtp.Port);
   ini.WriteBool(Section, UseSSL, smtp.UseSSL);
   ini.WriteString(Section, UserName, smtp.UserName);
-  ini.WriteString(Section, Password, Encrypt(smtp.Password));
+  WriteSecret(ini, Section, Password, smtp.Password);
   ini.WriteString(Section, DefaultTo, smtp.DefaultTo);
   ini.WriteString(Section, DefaultCC, smtp.DefaultCC);
   ini.WriteString(Section, From, smtp.From);

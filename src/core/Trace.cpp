@@ -4,7 +4,10 @@
 #include <QFile>
 #include <QMutex>
 #include <QStringList>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <unistd.h>
 
 Q_LOGGING_CATEGORY(lcCore, "quorvex.core")
 Q_LOGGING_CATEGORY(lcSettings, "quorvex.settings")
@@ -18,7 +21,8 @@ struct TTraceChannel
   QMutex Lock;
   bool EchoToStderr = false;
   QStringList Pending; // lines kept until a file is attached
-  QFile File;
+  QFile File;       // the new trace, beside the attached name until Shutdown
+  QString Target;   // the attached name, which the new trace replaces once whole
   bool FileFailed = false;
   QtMessageHandler Previous = nullptr;
 };
@@ -35,7 +39,10 @@ void WriteLine(TTraceChannel &channel, const QString &line)
   if (channel.File.isOpen()) {
     const QByteArray bytes = (line + u'\n').toUtf8();
     if (channel.File.write(bytes) != bytes.size() || !channel.File.flush()) {
-      channel.File.close();
+      // The previous trace stays whole; the broken new one goes.
+      std::fprintf(stderr, "Trace log \"%s\" cannot be written: %s; the previous one is kept\n",
+                   qPrintable(channel.Target), qPrintable(channel.File.errorString()));
+      channel.File.remove();
       channel.FileFailed = true;
     }
   } else if (!channel.FileFailed) {
@@ -78,12 +85,19 @@ void Install(bool echoToStderr)
     channel.Previous = previous;
 }
 
+// Called with the lock held: the new trace is given up, the attached one kept.
+void Discard(TTraceChannel &channel)
+{
+  if (channel.File.isOpen())
+    channel.File.remove();
+}
+
 void Clear()
 {
   TTraceChannel &channel = Channel();
   QMutexLocker locker(&channel.Lock);
   channel.Pending.clear();
-  channel.File.close();
+  Discard(channel);
   channel.FileFailed = false;
 }
 
@@ -91,9 +105,11 @@ void AttachFile(const QString &path)
 {
   TTraceChannel &channel = Channel();
   QMutexLocker locker(&channel.Lock);
-  channel.File.close();
-  channel.File.setFileName(path);
-  if (!channel.File.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
+  Discard(channel);
+  channel.Target = path;
+  channel.File.setFileName(path + QStringLiteral(".new"));
+  if (!channel.File.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text,
+                         QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
     // The trace is a help, never a condition: say it once and go on without it.
     std::fprintf(stderr, "Trace log \"%s\" cannot be written: %s\n", qPrintable(path),
                  qPrintable(channel.File.errorString()));
@@ -118,7 +134,20 @@ void Shutdown()
 {
   TTraceChannel &channel = Channel();
   QMutexLocker locker(&channel.Lock);
+  if (!channel.File.isOpen())
+    return;
+  const bool synced = channel.File.flush() && ::fsync(channel.File.handle()) == 0;
   channel.File.close();
+  if (!synced || channel.File.error() != QFileDevice::NoError) {
+    std::fprintf(stderr, "Trace log \"%s\" cannot be written: %s; the previous one is kept\n",
+                 qPrintable(channel.Target), synced ? qPrintable(channel.File.errorString()) : std::strerror(errno));
+    channel.File.remove();
+    return;
+  }
+  if (std::rename(QFile::encodeName(channel.File.fileName()).constData(),
+                  QFile::encodeName(channel.Target).constData()) != 0)
+    std::fprintf(stderr, "Trace log \"%s\" cannot be written: %s\n", qPrintable(channel.Target),
+                 std::strerror(errno));
 }
 
 } // namespace Trace

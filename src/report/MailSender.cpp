@@ -9,6 +9,7 @@
 #include <QRegularExpression>
 #include <QUuid>
 #include <curl/curl.h>
+#include <algorithm>
 #include <memory>
 
 Q_LOGGING_CATEGORY(lcMail, "quorvex.mail")
@@ -17,7 +18,10 @@ namespace {
 
 const char *const CExtraCaVariable = "QUORVEX_EXTRA_CA_CERTS";
 constexpr long CConnectTimeoutSeconds = 30;
-constexpr long CTotalTimeoutSeconds = 120;
+// The goodbye (QUIT) that closes the connection waits for its answer under a
+// time-out of its own, not the exchange's: it is kept this short, and taken
+// out of the exchange's time, so that the whole exchange ends within it.
+constexpr long CQuitSeconds = 1;
 constexpr std::int32_t CImplicitTlsPort = 465;
 
 struct TCurlCleanup
@@ -172,7 +176,7 @@ QByteArray EncodeHeaderText(const QString &text)
   return encoded;
 }
 
-void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
+void SendMail(const tySMTPserver &smtp, const TMailMessage &message, std::chrono::seconds timeout)
 {
   const TraceScope trace(lcMail(), "SendMail");
   const QString server = ServerName(smtp);
@@ -242,7 +246,8 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
     Check(curl_easy_setopt(curl, CURLOPT_CAINFO_BLOB, &blob), server, "certificate authorities");
   }
   Check(curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, CConnectTimeoutSeconds), server, "timeout");
-  Check(curl_easy_setopt(curl, CURLOPT_TIMEOUT, CTotalTimeoutSeconds), server, "timeout");
+  const long exchangeSeconds = std::max<long>(1, static_cast<long>(timeout.count()) - CQuitSeconds);
+  Check(curl_easy_setopt(curl, CURLOPT_TIMEOUT, exchangeSeconds), server, "timeout");
   Check(curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L), server, "signals");
   if (!smtp.UserName.trimmed().isEmpty()) {
     Check(curl_easy_setopt(curl, CURLOPT_USERNAME, user.constData()), server, "user name");
@@ -254,6 +259,7 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
   Check(curl_easy_setopt(curl, CURLOPT_MIMEPOST, mime.get()), server, "message");
 
   const CURLcode result = curl_easy_perform(curl);
+  curl_easy_setopt(curl, CURLOPT_SERVER_RESPONSE_TIMEOUT, CQuitSeconds);
   if (result == CURLE_OK)
     return;
   QString reason = errorText[0] ? QString::fromUtf8(errorText) : QString::fromUtf8(curl_easy_strerror(result));

@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <chrono>
 
 // A mail that could not be delivered to the SMTP server: refused connection,
 // TLS failure, refused login or recipient, timeout. The message names the server
@@ -32,9 +33,11 @@ struct TMailMessage
 // - with both bodies, a multipart/alternative message (plain text, then HTML),
 //   both UTF-8; headers Date, From (smtp.From, or the built-in no-reply address),
 //   To, Cc (when any), Subject and Message-ID.
-// Every recipient of To and Cc gets the mail. Raises ESmtpError on any failure;
-// nothing is retried.
-void SendMail(const tySMTPserver &smtp, const TMailMessage &message);
+// Every recipient of To and Cc gets the mail. The whole exchange, the closing of
+// the connection included, ends within `timeout`. Raises ESmtpError on any
+// failure; nothing is retried.
+inline constexpr std::chrono::seconds CSmtpTimeout{120};
+void SendMail(const tySMTPserver &smtp, const TMailMessage &message, std::chrono::seconds timeout = CSmtpTimeout);
 
 // The addresses of a list typed by a person: separated by commas or semicolons,
 // blanks around them ignored, empty entries dropped.

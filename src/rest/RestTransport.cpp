@@ -4,6 +4,7 @@
 #include "core/Trace.h"
 
 #include <QBuffer>
+#include <algorithm>
 #include <QEventLoop>
 #include <QHostAddress>
 #include <QNetworkAccessManager>
@@ -92,6 +93,13 @@ TRestTransport::TRestTransport(QNetworkAccessManager &manager) : FManager(manage
 TRestTransport::TAnswer TRestTransport::Send(const QByteArray &method, const QUrl &url, const THeaders &headers,
                                              const QByteArray &body, bool withBody)
 {
+  if (FDeadline.hasExpired())
+    throw ERestTransportError(
+        QStringLiteral("The run's time limit had passed, so %1 was not requested (a longer limit: --deadline MINUTES)")
+            .arg(url.toString()));
+  const std::chrono::milliseconds wait =
+      FDeadline.isForever() ? FTimeout : std::min(FTimeout, std::chrono::milliseconds(FDeadline.remainingTime()));
+
   QNetworkRequest request(url);
   request.setSslConfiguration(FSsl);
   request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
@@ -123,7 +131,7 @@ TRestTransport::TAnswer TRestTransport::Send(const QByteArray &method, const QUr
   });
   QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
   if (!reply->isFinished()) {
-    timer.start(FTimeout);
+    timer.start(wait);
     loop.exec(QEventLoop::ExcludeUserInputEvents);
     timer.stop();
   }
@@ -132,7 +140,7 @@ TRestTransport::TAnswer TRestTransport::Send(const QByteArray &method, const QUr
   if (timedOut || tooBig || !status.isValid() || BrokenOff(reply->error())) {
     const QString message = timedOut ? QStringLiteral("No answer from %1 within %2 s (%3)")
                                            .arg(HostOf(url))
-                                           .arg(FTimeout.count() / 1000.0)
+                                           .arg(wait.count() / 1000.0)
                                            .arg(url.toString())
                             : tooBig ? QStringLiteral("The answer of %1 exceeds %2 MiB and was refused")
                                            .arg(url.toString())

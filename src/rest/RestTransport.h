@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QList>
 #include <QPair>
 #include <QSslConfiguration>
@@ -43,9 +44,13 @@ public:
                const QByteArray &body = {}, bool withBody = false);
 
   void SetTimeout(std::chrono::milliseconds timeout) { FTimeout = timeout; }
+  // After `deadline` no request starts (Send raises ERestTransportError at
+  // once), and none waits for its answer beyond it. Forever by default.
+  void SetDeadline(QDeadlineTimer deadline) { FDeadline = deadline; }
 
 private:
   QNetworkAccessManager &FManager;
   QSslConfiguration FSsl;
   std::chrono::milliseconds FTimeout = CDefaultTimeout;
+  QDeadlineTimer FDeadline{QDeadlineTimer::Forever};
 };

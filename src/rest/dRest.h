@@ -63,6 +63,8 @@ public:
   QString LastError() const { return FLastError; }
 
   void SetTimeout(std::chrono::milliseconds timeout) { FTransport.SetTimeout(timeout); }
+  // No request starts after `deadline` (the call fails as for a network error).
+  void SetDeadline(QDeadlineTimer deadline) { FTransport.SetDeadline(deadline); }
 
 private:
   void BeginCall();

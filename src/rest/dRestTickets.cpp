@@ -19,6 +19,12 @@ constexpr std::int32_t CPageSize = 500;
 // list grows as the pages come (an announced total is no promise).
 constexpr qsizetype CMaxReserved = 50000;
 
+// Pages needed for `totalElements` tickets, plus one.
+std::int32_t MaxPagesFor(std::int32_t totalElements)
+{
+  return static_cast<std::int32_t>((qint64(totalElements) + CPageSize - 1) / CPageSize + 1);
+}
+
 // The paging request travels in the body of the GET, as the service expects.
 QByteArray PageRequest(std::int32_t organizationId, std::int32_t page, const QString &search)
 {
@@ -92,8 +98,22 @@ tyRestTickets TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, std::i
     ++page;
     if (page <= totalPages)
       stored = result.size();
+    // Every announced ticket is in: further pages could only be dropped.
+    if (totalElements >= 0 && result.size() >= totalElements)
+      break;
     if (page + 1 > totalPages)
       break;
+    // Pages beyond what the announced tickets can fill (one spare) mean an
+    // answer that cannot be trusted, not a longer wait.
+    if (totalElements >= 0 && page >= MaxPagesFor(totalElements)) {
+      Fail(QStringLiteral("the service announced %1 pages for %2 tickets; paging stopped after %3 pages with %4 "
+                          "tickets")
+               .arg(totalPages)
+               .arg(totalElements)
+               .arg(page)
+               .arg(result.size()));
+      break;
+    }
   }
   if (totalElements >= 0 && result.size() > totalElements)
     result.resize(totalElements);

@@ -1,5 +1,7 @@
 #include "TMainState.h"
 
+#include "rest/dRest.h"
+
 #include "core/AppPaths.h"
 #include "core/Settings.h"
 #include "core/Trace.h"
@@ -58,6 +60,11 @@ void TMainState::InitFichIniLocation()
   FFichINI = paths.FFichINI;
   FLogFile = paths.FLogFile;
   Trace::AttachFile(TraceLogFile());
+}
+
+void TMainState::SetRequestDeadline(QDeadlineTimer deadline)
+{
+  FRest.SetDeadline(deadline);
 }
 
 QString TMainState::TraceLogFile() const

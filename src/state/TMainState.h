@@ -6,6 +6,7 @@
 #include "rest/uTypes.h"
 #include "tickets/TicketsModel.h"
 
+#include <QDeadlineTimer>
 #include <QStringList>
 #include <functional>
 #include <memory>
@@ -78,6 +79,9 @@ public:
   // Problems met by the last retrieval (no token, a ticket query that failed);
   // empty when it was complete.
   const QStringList &RetrievalFailures() const { return FRetrievalFailures; }
+
+  // No request of the service starts after `deadline`.
+  void SetRequestDeadline(QDeadlineTimer deadline);
 
   // Trace log path: the settings folder + the executable name with ".log".
   QString TraceLogFile() const;

@@ -10,11 +10,13 @@
 #include "tickets/ColourStore.h"
 #include "tickets/LoadingProgress.h"
 #include "tickets/Selection.h"
+#include "tickets/SelectionSettings.h"
 #include "tickets/StatusPriorities.h"
 #include "tickets/TenExchanges.h"
 
 #include <QCoreApplication>
 #include <QScopeGuard>
+#include <algorithm>
 
 namespace {
 // Keeps windows painted between two service calls of a long step.
@@ -50,10 +52,15 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
     FRetrievalFailures.append(QStringLiteral("no organization is selected (\"Organizations & Teams\")"));
     return;
   }
+  // Entries that cannot be queried are left out, and the retrieval is then
+  // incomplete: the report must not pass them over in silence.
+  FRetrievalFailures.append(SelectionIdErrors(FFichINI, FSelectedOrganizations, FSelectedTeams));
   if (!EnsureToken())
     return;
 
-  const int maximum = 4 * static_cast<int>(FSelectedOrganizations.size());
+  const auto queried = std::count_if(FSelectedOrganizations.cbegin(), FSelectedOrganizations.cend(),
+                                     [](const tyRestOrganization &organization) { return organization.id > 0; });
+  const int maximum = 4 * static_cast<int>(queried);
   int step = 0;
   progress.LoadingShow(1);
   const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
@@ -79,6 +86,8 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   };
 
   for (const tyRestOrganization &organization : FSelectedOrganizations) {
+    if (organization.id <= 0)
+      continue;
     const QString name = organization.name;
     tyRestTickets tickets = query(organization, name, QString(), name, QStringLiteral(" ....................... : "));
     const tyRestTickets english = query(organization, name + QStringLiteral(" / > 10 exchanges"),

@@ -59,6 +59,7 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     options.ShowAutomaticMode(true);
   state.FAutomatic = true;
   state.FDryRun = options.DryRun;
+  state.SetRequestDeadline(options.Deadline);
 
   TLogEcho echo(log, options);
   echo.Flush();

@@ -67,6 +67,18 @@ TEST(CommandLine, RecognisedOptionsAndEverythingElse)
   EXPECT_EQ(any.OtherArguments, (QStringList{"auto", "--whatever"}));
 }
 
+TEST(CommandLine, DeadlineInMinutesImpliesTheUnattendedRun)
+{
+  const TCommandLine plain = ParseCommandLine({"auto"});
+  EXPECT_EQ(plain.DeadlineMinutes, 20);
+  const TCommandLine spaced = ParseCommandLine({"--deadline", "5"});
+  EXPECT_EQ(spaced.DeadlineMinutes, 5);
+  EXPECT_TRUE(spaced.Unattended());
+  EXPECT_EQ(ParseCommandLine({"--deadline=45", "auto"}).DeadlineMinutes, 45);
+  for (const QStringList &wrong : {QStringList{"--deadline"}, {"--deadline", "0"}, {"--deadline=soon"}})
+    EXPECT_TRUE(ParseCommandLine(wrong).Error.contains("--deadline")) << wrong.join(' ').toStdString();
+}
+
 TEST(Executable, VersionAndHelpAnswerAtOnce)
 {
   const TRun version = RunTool({"--version"});
@@ -151,6 +163,35 @@ TEST(Executable, WithoutADisplayTheWindowIsNotAttempted)
   const TRun run = RunTool({}, {}, environment);
   EXPECT_EQ(run.ExitCode, 2);
   EXPECT_TRUE(run.Err.contains("no display")) << run.Err.toStdString();
+}
+
+TEST(Executable, ALockWhoseOwnerIsGoneNeverBlocksARun)
+{
+  TTempConfig config;
+  const QProcessEnvironment environment = HeadlessEnvironment(config);
+  const QString folder = config.File("Vellmor/vlmQuorvexITSM");
+  QDir().mkpath(folder);
+  const QString lock = folder + "/quorvex-followup.ini.lock";
+  // Left by a process killed as it made it: empty, or with a dead owner's data.
+  WriteTextFile(lock, "");
+  EXPECT_EQ(RunTool({"auto"}, {}, environment).ExitCode, 3); // nothing selected: incomplete, not refused
+
+  // A live owner is seen at once; once it is killed, its lock goes with it.
+  QProcess owner;
+  owner.start("flock", {"--close", lock, "sleep", "60"}); // the lock is flock's own, not its child's
+  ASSERT_TRUE(owner.waitForStarted(5000));
+  // The owner holds the lock once a try to take it fails.
+  QProcess probe;
+  for (int i = 0; i < 100; ++i) {
+    probe.start("flock", {"-n", lock, "true"});
+    probe.waitForFinished(5000);
+    if (probe.exitCode() != 0)
+      break;
+  }
+  EXPECT_EQ(RunTool({"auto"}, {}, environment).ExitCode, 4);
+  owner.kill();
+  owner.waitForFinished(5000);
+  EXPECT_EQ(RunTool({"auto"}, {}, environment).ExitCode, 3);
 }
 
 TEST(Executable, ASecondStartLeavesTheFirstWindowAlone)

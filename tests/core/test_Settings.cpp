@@ -337,7 +337,7 @@ TEST_F(SettingsTest, ReadOnlySettingsFileIsNotReplaced)
     SaveConfigFilters(FPath, 1, 1, {});
     FAIL() << "no error raised";
   } catch (const EWriteError &error) {
-    EXPECT_EQ(error.Message(), "Unable to write to " + FPath);
+    EXPECT_EQ(error.Message(), "Unable to write to " + FPath + ": Permission denied");
   }
   EXPECT_EQ(ReadTextFile(FPath), before);
 }
@@ -350,6 +350,6 @@ TEST_F(SettingsTest, RefusedWriteRaisesAnErrorNamingTheFile)
     SaveConfigFilters(path, 1, 1, {});
     FAIL() << "no error raised";
   } catch (const EWriteError &error) {
-    EXPECT_EQ(error.Message(), "Unable to write to " + path);
+    EXPECT_EQ(error.Message(), "Unable to write to " + path + ": Not a directory");
   }
 }

@@ -16,7 +16,11 @@
 #include <QProcess>
 #include <QSslConfiguration>
 #include <QSslCertificate>
+#include <csignal>
+#include <functional>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -73,7 +77,7 @@ protected:
 
   // Runs the program without a display, or on the offscreen platform with
   // `window` (the unattended run then shows its main window).
-  TRun RunTool(const QStringList &arguments, bool window = false)
+  TRun RunTool(const QStringList &arguments, bool window = false, std::function<void()> childSetup = {})
   {
     for (const QString &old : QDir(Folder()).entryList({"quorvex-followup_*.log"}))
       QFile::remove(Folder() + old);
@@ -91,6 +95,8 @@ protected:
     environment.insert("QUORVEX_EXTRA_CA_CERTS", Printed("CA certificate: "));
     QProcess tool;
     tool.setProcessEnvironment(environment);
+    if (childSetup)
+      tool.setChildProcessModifier(childSetup);
     tool.start(QUORVEX_FOLLOWUP_EXE, arguments);
     EXPECT_TRUE(tool.waitForFinished(120000));
     TRun run{tool.exitCode(), QString::fromUtf8(tool.readAllStandardError()), {}};
@@ -234,6 +240,36 @@ TEST_F(EndToEnd, ASecondRunReusesTheSavedToken)
   EXPECT_EQ(second.ReadString("QuorvexITSM", "Token", ""), token);
   EXPECT_EQ(second.ReadString("QuorvexITSM", "TokenRequest", ""), requested); // no new request
   EXPECT_EQ(FSmtp.Messages().size(), 2);
+}
+
+// A disk that fills up between two runs: the second run cannot save its new
+// token, fails, and leaves every file as it was.
+TEST_F(EndToEnd, AFullDiskFailsTheRunAndLosesNoSetting)
+{
+  ASSERT_EQ(RunTool({"auto"}).ExitCode, 0);
+  const QString ini = Folder() + "quorvex-followup.ini";
+  // Only the owner reads the token and the secrets, and what was written beside them.
+  for (const QFileInfo &file : QDir(Folder()).entryInfoList(QDir::Files))
+    EXPECT_EQ(file.permissions() & 0x0077, 0) << file.fileName().toStdString();
+  TIniFile withoutToken(ini);
+  withoutToken.WriteString("QuorvexITSM", "Token", "");
+  withoutToken.UpdateFile();
+  const QByteArray settings = ReadTextFile(ini).toUtf8();
+  const QByteArray trace = ReadTextFile(Folder() + "quorvex-followup.log").toUtf8();
+
+  const TRun full = RunTool({"auto"}, false, [] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{256, 256};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  });
+  EXPECT_EQ(full.ExitCode, 2) << full.Err.toStdString();
+  EXPECT_TRUE(full.Err.contains("Unable to write to " + ini + ": File too large")) << full.Err.toStdString();
+  EXPECT_EQ(ReadTextFile(ini).toUtf8(), settings);
+  EXPECT_EQ(ReadTextFile(Folder() + "quorvex-followup.log").toUtf8(), trace);
+  EXPECT_EQ(FSmtp.Messages().size(), 1);
+
+  // Once there is room again, the next run is as before.
+  EXPECT_EQ(RunTool({"auto"}).ExitCode, 0);
 }
 
 TEST_F(EndToEnd, DryRunWritesTheReportFilesAndSendsNothing)

@@ -29,6 +29,8 @@ TSmtpTestServer::TSmtpTestServer(const TOptions &options)
     arguments << QStringLiteral("--refuse") << refused;
 
   FProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  if (options.StallAfterData)
+    arguments << QStringLiteral("--stall-after-data");
   FProcess.start(QStringLiteral(QUORVEX_SYSTEM_PYTHON), arguments);
   while (FProcess.waitForReadyRead(10000) || FProcess.canReadLine()) {
     if (!FProcess.canReadLine())

@@ -21,6 +21,7 @@ public:
     QString User; // empty: no login asked
     QString Password;
     QStringList RefusedRecipients;
+    bool StallAfterData = false; // takes the whole message, then never answers
   };
 
   explicit TSmtpTestServer(const TOptions &options);

@@ -7,6 +7,7 @@ package, as <n>.json in the output folder: envelope, session (TLS, login),
 headers and the text of every leaf part.
 """
 import argparse
+import asyncio
 import email
 import email.policy
 import json
@@ -22,9 +23,10 @@ from aiosmtpd.smtp import AuthResult
 
 
 class Recorder:
-    def __init__(self, folder, refused):
+    def __init__(self, folder, refused, stall):
         self.folder = pathlib.Path(folder)
         self.refused = set(refused)
+        self.stall = stall
         self.count = 0
 
     async def handle_RCPT(self, server, session, envelope, address, rcpt_options):
@@ -34,6 +36,9 @@ class Recorder:
         return "250 OK"
 
     async def handle_DATA(self, server, session, envelope):
+        if self.stall:
+            # A server that takes the whole message and then never answers.
+            await asyncio.sleep(3600)
         message = email.message_from_bytes(envelope.original_content, policy=email.policy.default)
         headers = {}
         for name in ("Subject", "From", "To", "Cc", "Date", "Message-ID", "Content-Type", "MIME-Version"):
@@ -62,6 +67,7 @@ def main():
     parser.add_argument("--user")
     parser.add_argument("--password")
     parser.add_argument("--refuse", action="append", default=[])
+    parser.add_argument("--stall-after-data", action="store_true")
     parser.add_argument("--out", required=True)
     args = parser.parse_args()
     # Refused handshakes and logins are what some tests are about: no tracebacks.
@@ -92,7 +98,7 @@ def main():
         options["auth_required"] = True
         options["auth_require_tls"] = args.mode == "starttls"
 
-    controller = Controller(Recorder(args.out, args.refuse), **options)
+    controller = Controller(Recorder(args.out, args.refuse, args.stall_after_data), **options)
     controller.start()
     print("READY %d" % port, flush=True)
     sys.stdin.read()

@@ -4,6 +4,7 @@
 #include "support/TempConfig.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QJsonArray>
 #include <QRegularExpression>
 #include <gtest/gtest.h>
@@ -260,4 +261,27 @@ TEST(ImplicitTlsSendingTest, Port465SpeaksTlsFromTheStart)
   ASSERT_EQ(messages.size(), 1);
   EXPECT_TRUE(messages[0]["tls"].toBool());
   EXPECT_TRUE(messages[0]["authenticated"].toBool());
+}
+
+TEST(PlainSendingTest, AServerSilentAfterTheMessageCostsNoMoreThanTheTimeOut)
+{
+  TSmtpTestServer::TOptions options;
+  options.StallAfterData = true;
+  TSmtpTestServer server(options);
+  ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
+  tySMTPserver smtp;
+  smtp.Server = "127.0.0.1";
+  smtp.Port = server.Port();
+  smtp.UseSSL = false;
+  TMailMessage mail;
+  mail.To = {"a@vellmor.example"};
+  mail.Subject = "x";
+  mail.Text = "y";
+  QElapsedTimer clock;
+  clock.start();
+  const QString error = ErrorOf([&] { SendMail(smtp, mail, std::chrono::seconds(3)); });
+  // Before, the goodbye alone could wait two more minutes for its answer.
+  EXPECT_LT(clock.elapsed(), 6000);
+  EXPECT_TRUE(error.contains("Timeout", Qt::CaseInsensitive) || error.contains("timed out", Qt::CaseInsensitive))
+      << error.toStdString();
 }

@@ -174,3 +174,35 @@ TEST_F(TicketsList, WithoutTokenTheRefusalIsAFailure)
   EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 1, "").isEmpty());
   EXPECT_TRUE(FRest->LastCallFailed());
 }
+
+// However many pages the service announces, a query reads no more than its
+// announced tickets can fill, plus one.
+TEST_F(TicketsList, PagingStopsAtWhatTheAnnouncedTicketsCanFill)
+{
+  SignIn();
+  const QList<QPair<int, int>> rows{
+      // announced tickets, requests made (one ticket per page)
+      {2, 2},   // every announced ticket is in: a complete query
+      {1000, 3} // ceil(1000 / 500) + 1 pages and still short: cut, and a failure
+  };
+  for (const auto &[announced, requests] : rows) {
+    FService.ClearRequests();
+    ReplaceBody("/api/ticket/list/open",
+                QString(R"({"totalNumberOfPages":1000000,"totalNumberOfElements":%1,"content":[{"id":1}]})")
+                    .arg(announced)
+                    .toUtf8());
+    EXPECT_EQ(FRest->GET_TicketsListOpen(FSettings, 1, "").size(), requests) << announced;
+    EXPECT_EQ(FService.Requests().size(), requests) << announced;
+    EXPECT_EQ(FRest->LastCallFailed(), announced > requests) << announced;
+  }
+}
+
+TEST_F(TicketsList, NoRequestStartsOnceTheDeadlineHasPassed)
+{
+  SignIn();
+  FRest->SetDeadline(QDeadlineTimer(0));
+  EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 1, "").isEmpty());
+  EXPECT_TRUE(FRest->LastCallFailed());
+  EXPECT_TRUE(FRest->LastError().contains("time limit")) << FRest->LastError().toStdString();
+  EXPECT_TRUE(FService.Requests().isEmpty());
+}

@@ -251,3 +251,21 @@ TEST_F(StepsFixture, UnreachableServiceStopsAPersonButNotTheUnattendedRun)
   EXPECT_TRUE(ReadTextFile(FState->FLogFile).contains("127.0.0.1:1")) << ReadTextFile(FState->FLogFile).toStdString();
   EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("WARNING"));
 }
+
+// Stored entries without a usable id are never queried (a count without its
+// entries could mean a hundred thousand queries) but named as settings errors.
+TEST_F(StepsFixture, AStoredSelectionWithoutValidIdsIsASettingsErrorNotAQuery)
+{
+  SelectAll();
+  WriteTextFile(FState->FFichINI, "[Organizations]\nNb=1000000\nid_1=1\nname_1=Acme\n[Teams]\nNb=1\nid_1=0\n");
+  FState->ReadConfigOrgaAndTeams();
+  FService.ClearRequests();
+  FState->bbtGetTicketsClick(FProgress);
+  EXPECT_EQ(FService.Requests().size(), 4); // the token, and the three queries of Acme
+  const QStringList failures = FState->RetrievalFailures();
+  ASSERT_EQ(failures.size(), 2) << failures.join('\n').toStdString();
+  EXPECT_TRUE(failures[0].contains("id_2, id_3, id_4 and 99996 more of [Organizations] in " + FState->FFichINI))
+      << failures[0].toStdString();
+  EXPECT_TRUE(failures[1].contains("id_1 of [Teams]")) << failures[1].toStdString();
+  EXPECT_EQ(FState->FTickets.size(), 3);
+}
