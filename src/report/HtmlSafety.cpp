@@ -157,7 +157,8 @@ private:
     }
 
     if (CBlockedElements.contains(name)) {
-      FOut += QStringLiteral("&lt;") + FHtml.mid(start + 1, FAt - start - 1);
+      // Shown as text, with any tag its values carry.
+      FOut += FHtml.mid(start, FAt - start).replace(u'<', QStringLiteral("&lt;"));
       return true;
     }
     if (closing) {

@@ -174,7 +174,7 @@ TEST(Executable, ALockWhoseOwnerIsGoneNeverBlocksARun)
   const QString lock = folder + "/quorvex-followup.ini.lock";
   // Left by a process killed as it made it: empty, or with a dead owner's data.
   WriteTextFile(lock, "");
-  EXPECT_EQ(RunTool({"auto"}, {}, environment).ExitCode, 3); // nothing selected: incomplete, not refused
+  EXPECT_EQ(RunTool({"--dry-run"}, {}, environment).ExitCode, 3); // nothing selected: incomplete, not refused
 
   // A live owner is seen at once; once it is killed, its lock goes with it.
   QProcess owner;
@@ -188,10 +188,10 @@ TEST(Executable, ALockWhoseOwnerIsGoneNeverBlocksARun)
     if (probe.exitCode() != 0)
       break;
   }
-  EXPECT_EQ(RunTool({"auto"}, {}, environment).ExitCode, 4);
+  EXPECT_EQ(RunTool({"--dry-run"}, {}, environment).ExitCode, 4);
   owner.kill();
   owner.waitForFinished(5000);
-  EXPECT_EQ(RunTool({"auto"}, {}, environment).ExitCode, 3);
+  EXPECT_EQ(RunTool({"--dry-run"}, {}, environment).ExitCode, 3);
 }
 
 TEST(Executable, ASecondStartLeavesTheFirstWindowAlone)

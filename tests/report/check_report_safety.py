@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Parses a report as a browser does (html5lib) and prints every element that
-could run: script-like elements, event attributes, script or data addresses.
-Exits 1 when it finds any."""
+"""Parses a report as a browser does (html5lib) and prints every element of its
+body that could run: script-like elements, event attributes, script or data
+addresses. Exits 1 when it finds any. (The head is the report's own.)"""
 import re
 import sys
 
@@ -21,7 +21,7 @@ def main():
     with open(sys.argv[1], encoding=sys.argv[2] if len(sys.argv) > 2 else "utf-8") as source:
         document = html5lib.parse(source.read(), namespaceHTMLElements=False)
     found = []
-    for element in document.iter():
+    for element in document.find("body").iter():
         if not isinstance(element.tag, str):
             continue
         if element.tag.lower() in RUNNING_ELEMENTS:
