@@ -17,6 +17,11 @@ void SaveLines(const QString &path, const QStringList &lines, const QString &lin
   } else {
     bytes = text.toUtf8();
   }
+  SaveBytes(path, bytes);
+}
+
+void SaveBytes(const QString &path, const QByteArray &bytes)
+{
   QSaveFile file(path);
   if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
     throw EWriteError(QStringLiteral("Unable to write to ") + path + QStringLiteral(": ") + file.errorString());

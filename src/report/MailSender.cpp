@@ -1,5 +1,7 @@
 #include "MailSender.h"
 
+#include "MailCapture.h"
+
 #include "core/Settings.h"
 #include "core/Trace.h"
 
@@ -172,10 +174,12 @@ QByteArray EncodeHeaderText(const QString &text)
   return encoded;
 }
 
-void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
+namespace {
+
+// One SMTP exchange with the server of `smtp`, or with `capture` for a dry run.
+void Transfer(const tySMTPserver &smtp, const TMailMessage &message, TMailCapture *capture)
 {
-  const TraceScope trace(lcMail(), "SendMail");
-  const QString server = ServerName(smtp);
+  const QString server = capture ? QStringLiteral("the dry run's copy") : ServerName(smtp);
   TraceValue(lcMail(), "Server", server);
   TraceValue(lcMail(), "Subject", message.Subject);
   if (message.To.isEmpty())
@@ -188,8 +192,9 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
     throw ESmtpError(QStringLiteral("Unable to send the mail through %1: libcurl cannot start").arg(server));
   CURL *curl = handle.get();
 
-  const bool implicitTls = smtp.UseSSL && smtp.Port == CImplicitTlsPort;
-  const QString host = smtp.Server.trimmed();
+  const bool secure = smtp.UseSSL && !capture;
+  const bool implicitTls = secure && smtp.Port == CImplicitTlsPort;
+  const QString host = capture ? QStringLiteral("127.0.0.1") : smtp.Server.trimmed();
   const QString url = QStringLiteral("%1://%2:%3")
                           .arg(implicitTls ? QStringLiteral("smtps") : QStringLiteral("smtp"),
                                host.contains(u':') ? u'[' + host + u']' : host)
@@ -210,20 +215,41 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
   headers.Append("Subject: " + EncodeHeaderText(message.Subject));
   headers.Append("Message-ID: <" + QUuid::createUuid().toString(QUuid::WithoutBraces).toLatin1() + '@' +
                  DomainOf(from).toUtf8() + '>');
+  headers.Append("Auto-Submitted: auto-generated");
+  headers.Append("X-Auto-Response-Suppress: All");
 
   const std::unique_ptr<curl_mime, TMimeFree> mime(curl_mime_init(curl));
-  AddPart(mime.get(), message.Text, "text/plain; charset=UTF-8");
-  if (!message.Html.isEmpty()) {
-    AddPart(mime.get(), message.Html, "text/html; charset=UTF-8");
-    headers.Append("Content-Type: multipart/alternative");
+  const bool mixed = !message.Attachments.isEmpty();
+  curl_mime *bodies = mime.get();
+  if (mixed && !message.Html.isEmpty()) {
+    // The two renderings stay alternatives of each other, beside the attachments.
+    bodies = curl_mime_init(curl);
+    curl_mimepart *part = curl_mime_addpart(mime.get());
+    Check(curl_mime_subparts(part, bodies), server, "message");
+    Check(curl_mime_type(part, "multipart/alternative"), server, "message");
   }
+  AddPart(bodies, message.Text, "text/plain; charset=UTF-8");
+  if (!message.Html.isEmpty())
+    AddPart(bodies, message.Html, "text/html; charset=UTF-8");
+  for (const TMailAttachment &attachment : message.Attachments) {
+    curl_mimepart *part = curl_mime_addpart(mime.get());
+    Check(curl_mime_data(part, attachment.Data.constData(), static_cast<size_t>(attachment.Data.size())), server,
+          "attachment");
+    Check(curl_mime_filename(part, attachment.FileName.toUtf8().constData()), server, "attachment");
+    Check(curl_mime_type(part, attachment.Type.constData()), server, "attachment");
+    Check(curl_mime_encoder(part, "base64"), server, "attachment");
+  }
+  if (mixed)
+    headers.Append("Content-Type: multipart/mixed");
+  else if (!message.Html.isEmpty())
+    headers.Append("Content-Type: multipart/alternative");
 
   const QByteArray urlBytes = url.toUtf8();
   const QByteArray fromBytes = AngleAddress(from);
   const QByteArray user = smtp.UserName.toUtf8();
   const QByteArray password = smtp.Password.toUtf8();
   // Certificates matter only when TLS is used; a plain send never reads them.
-  const QByteArray authorities = smtp.UseSSL ? TrustedAuthorities(curl, smtp) : QByteArray();
+  const QByteArray authorities = secure ? TrustedAuthorities(curl, smtp) : QByteArray();
   char errorText[CURL_ERROR_SIZE] = {};
   TTranscript transcript;
 
@@ -232,7 +258,7 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
   Check(curl_easy_setopt(curl, CURLOPT_VERBOSE, 1L), server, "transcript");
   Check(curl_easy_setopt(curl, CURLOPT_DEBUGFUNCTION, OnCurlDebug), server, "transcript");
   Check(curl_easy_setopt(curl, CURLOPT_DEBUGDATA, &transcript), server, "transcript");
-  const long startTls = smtp.UseSSL && !implicitTls ? CURLUSESSL_ALL : CURLUSESSL_NONE;
+  const long startTls = secure && !implicitTls ? CURLUSESSL_ALL : CURLUSESSL_NONE;
   Check(curl_easy_setopt(curl, CURLOPT_USE_SSL, startTls), server, "STARTTLS");
   Check(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 1L), server, "certificate check");
   Check(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 2L), server, "certificate check");
@@ -244,7 +270,9 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
   Check(curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, CConnectTimeoutSeconds), server, "timeout");
   Check(curl_easy_setopt(curl, CURLOPT_TIMEOUT, CTotalTimeoutSeconds), server, "timeout");
   Check(curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L), server, "signals");
-  if (!smtp.UserName.trimmed().isEmpty()) {
+  if (capture && !capture->Attach(curl))
+    throw ESmtpError(QStringLiteral("Unable to prepare %1: libcurl refuses the connection options").arg(server));
+  if (!capture && !smtp.UserName.trimmed().isEmpty()) {
     Check(curl_easy_setopt(curl, CURLOPT_USERNAME, user.constData()), server, "user name");
     Check(curl_easy_setopt(curl, CURLOPT_PASSWORD, password.constData()), server, "password");
   }
@@ -262,4 +290,20 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
   const QString error = QStringLiteral("Unable to send the mail through %1: %2").arg(server, reason);
   TraceError(lcMail(), error);
   throw ESmtpError(error);
+}
+
+} // namespace
+
+void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
+{
+  const TraceScope trace(lcMail(), "SendMail");
+  Transfer(smtp, message, nullptr);
+}
+
+QByteArray RenderMail(const tySMTPserver &smtp, const TMailMessage &message)
+{
+  const TraceScope trace(lcMail(), "RenderMail");
+  TMailCapture capture;
+  Transfer(smtp, message, &capture);
+  return capture.Message();
 }

@@ -37,6 +37,7 @@ void TMainState::FormCreate()
   InitFichIniLocation();
   ReadConfigITSM();
   ReadConfigSMTP();
+  ReadConfigDelivery();
   ReadConfigOrgaAndTeams();
   ReadConfigFilters();
   ReadHtmlTexts();
@@ -79,6 +80,13 @@ void TMainState::ReadConfigSMTP()
   Warn(warnings);
 }
 
+void TMainState::ReadConfigDelivery()
+{
+  TSettingsWarnings warnings;
+  ::ReadConfigDelivery(FFichINI, FDelivery, warnings);
+  Warn(warnings);
+}
+
 void TMainState::ReadConfigOrgaAndTeams()
 {
   ::ReadConfigOrgaAndTeams(FFichINI, FSelectedOrganizations, FSelectedTeams);
@@ -91,6 +99,7 @@ void TMainState::ReadConfigFilters()
 
 void TMainState::SaveConfigITSM() { ::SaveConfigITSM(FFichINI, FICI); }
 void TMainState::SaveConfigSMTP() { ::SaveConfigSMTP(FFichINI, FSmtp); }
+void TMainState::SaveConfigDelivery() { ::SaveConfigDelivery(FFichINI, FDelivery); }
 void TMainState::SaveConfigOrgaAndTeams()
 {
   ::SaveConfigOrgaAndTeams(FFichINI, FSelectedOrganizations, FSelectedTeams);

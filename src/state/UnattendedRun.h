@@ -16,7 +16,7 @@ enum TExitStatus : int {
 
 struct TUnattendedOptions
 {
-  // Writes the report files and sends nothing.
+  // Writes the report files and each mail as an .eml file, and sends nothing.
   bool DryRun = false;
   // Shows whether the program works on its own (the window's red image).
   std::function<void(bool automatic)> ShowAutomaticMode;
