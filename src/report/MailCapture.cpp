@@ -5,12 +5,11 @@
 #include <cerrno>
 #include <cstring>
 #include <curl/curl.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
-
-int OnSocketOptions(void *, curl_socket_t, curlsocktype) { return CURL_SOCKOPT_ALREADY_CONNECTED; }
 
 // Reads CR LF terminated lines from a socket.
 class TLineReader
@@ -42,39 +41,64 @@ private:
 
 void Reply(int socket, const char *line) { (void)!::write(socket, line, std::strlen(line)); }
 
+sockaddr_in Loopback()
+{
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  return address;
+}
+
 } // namespace
 
 TMailCapture::TMailCapture()
 {
-  if (::socketpair(AF_UNIX, SOCK_STREAM, 0, FSockets) != 0)
-    throw ESmtpError(QStringLiteral("Unable to prepare the dry run's copy of the mail: no socket pair (%1)")
-                         .arg(QString::fromLocal8Bit(std::strerror(errno))));
+  sockaddr_in address = Loopback();
+  socklen_t length = sizeof address;
+  FListener = ::socket(AF_INET, SOCK_STREAM, 0);
+  if (FListener < 0 || ::bind(FListener, reinterpret_cast<sockaddr *>(&address), length) != 0 ||
+      ::getsockname(FListener, reinterpret_cast<sockaddr *>(&address), &length) != 0 || ::listen(FListener, 4) != 0) {
+    const QString reason = QString::fromLocal8Bit(std::strerror(errno));
+    if (FListener >= 0)
+      ::close(FListener);
+    throw ESmtpError(QStringLiteral("Unable to prepare the dry run's copy of the mail: no loopback port (%1)")
+                         .arg(reason));
+  }
+  FPort = ntohs(address.sin_port);
   FServer = std::thread([this] { Serve(); });
 }
 
 TMailCapture::~TMailCapture()
 {
-  ::shutdown(FSockets[1], SHUT_RDWR);
+  ::shutdown(FListener, SHUT_RDWR);
+  if (const int served = FServed.load(); served >= 0)
+    ::shutdown(served, SHUT_RDWR);
   if (FServer.joinable())
     FServer.join();
-  ::close(FSockets[1]);
-  if (!FHandedOver)
-    ::close(FSockets[0]);
+  ::close(FListener);
+  if (FServed >= 0)
+    ::close(FServed);
 }
 
 bool TMailCapture::Attach(void *curl)
 {
-  // Once libcurl has taken the socket, libcurl closes it.
+  // The socket is bound before libcurl connects it, so the capture knows it.
   const curl_opensocket_callback open = [](void *data, curlsocktype, curl_sockaddr *) -> curl_socket_t {
     auto *capture = static_cast<TMailCapture *>(data);
-    if (capture->FHandedOver)
-      return CURL_SOCKET_BAD; // one connection only
-    capture->FHandedOver = true;
-    return capture->FSockets[0];
+    const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in local = Loopback();
+    socklen_t length = sizeof local;
+    if (socket < 0 || ::bind(socket, reinterpret_cast<sockaddr *>(&local), length) != 0 ||
+        ::getsockname(socket, reinterpret_cast<sockaddr *>(&local), &length) != 0) {
+      if (socket >= 0)
+        ::close(socket);
+      return CURL_SOCKET_BAD;
+    }
+    capture->FClientPort = local.sin_port;
+    return socket;
   };
   return curl_easy_setopt(curl, CURLOPT_OPENSOCKETFUNCTION, open) == CURLE_OK &&
-         curl_easy_setopt(curl, CURLOPT_OPENSOCKETDATA, this) == CURLE_OK &&
-         curl_easy_setopt(curl, CURLOPT_SOCKOPTFUNCTION, OnSocketOptions) == CURLE_OK;
+         curl_easy_setopt(curl, CURLOPT_OPENSOCKETDATA, this) == CURLE_OK;
 }
 
 QByteArray TMailCapture::Message()
@@ -86,7 +110,18 @@ QByteArray TMailCapture::Message()
 
 void TMailCapture::Serve()
 {
-  const int socket = FSockets[1];
+  int socket = -1;
+  for (;;) {
+    sockaddr_in peer{};
+    socklen_t length = sizeof peer;
+    socket = ::accept(FListener, reinterpret_cast<sockaddr *>(&peer), &length);
+    if (socket < 0)
+      return;
+    if (peer.sin_port == FClientPort)
+      break;
+    ::close(socket); // someone else's connection
+  }
+  FServed = socket;
   TLineReader reader(socket);
   Reply(socket, "220 dry run\r\n");
   QByteArray line;

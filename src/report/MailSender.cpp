@@ -198,7 +198,7 @@ void Transfer(const tySMTPserver &smtp, const TMailMessage &message, TMailCaptur
   const QString url = QStringLiteral("%1://%2:%3")
                           .arg(implicitTls ? QStringLiteral("smtps") : QStringLiteral("smtp"),
                                host.contains(u':') ? u'[' + host + u']' : host)
-                          .arg(smtp.Port);
+                          .arg(capture ? capture->Port() : smtp.Port);
   const QString from = smtp.From.trimmed().isEmpty() ? SmtpDefaults::From : smtp.From.trimmed();
 
   TCurlList recipients;

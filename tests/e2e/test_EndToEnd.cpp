@@ -174,6 +174,7 @@ const QStringList CCleanRunSteps{
     " - * To: 35",
     " - * Cc: 0",
     " - Send email",
+    " - * Mail to 3 recipient(s), 111 row(s): leads@example.org…",
     " - END"};
 
 TEST_F(EndToEnd, FullRunSendsTheReportToTheDefaultRecipientsAndLogsEveryStep)

@@ -9,8 +9,6 @@ class QListWidget;
 // lists of the mails about to go, with OK and Cancel.
 class TfrmConfirmRecipients : public QDialog
 {
-  Q_OBJECT
-
 public:
   TfrmConfirmRecipients(const QStringList &to, const QStringList &cc, QWidget *parent = nullptr);
 
