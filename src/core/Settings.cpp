@@ -45,6 +45,17 @@ constexpr bool DefaultUseSSL = true;
 const QString BuiltInPassword = QStringLiteral("Qv7%mT2_rW9k%Zp4_Lx8Ns");
 } // namespace Smtp
 
+namespace Delivery {
+const QString Section = QStringLiteral("Delivery");
+const QString Mode = QStringLiteral("Mode");
+const QString SkipWhenClear = QStringLiteral("SkipWhenClear");
+const QString AttachWorkbook = QStringLiteral("AttachWorkbook");
+
+const QList<std::pair<TDeliveryMode, QString>> ModeNames{{TDeliveryMode::Report, QStringLiteral("report")},
+                                                         {TDeliveryMode::Concerned, QStringLiteral("concerned")},
+                                                         {TDeliveryMode::Personal, QStringLiteral("personal")}};
+} // namespace Delivery
+
 namespace Filters {
 const QString Section = QStringLiteral("Filters");
 const QString NbMinutes = QStringLiteral("NbMinutes");
@@ -155,6 +166,44 @@ void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp)
   ini.WriteString(Section, DefaultTo, smtp.DefaultTo);
   ini.WriteString(Section, DefaultCC, smtp.DefaultCC);
   ini.WriteString(Section, From, smtp.From);
+  ini.UpdateFile();
+}
+
+void ReadConfigDelivery(const QString &iniPath, tyDelivery &delivery, TSettingsWarnings &warnings)
+{
+  const TraceScope trace(lcSettings(), "ReadConfigDelivery");
+  const TIniFile ini(iniPath);
+  using namespace Delivery;
+  const QString mode = ini.ReadString(Section, Mode, ModeNames.first().second);
+  delivery.Mode = TDeliveryMode::Report;
+  bool known = false;
+  for (const auto &[value, name] : ModeNames)
+    if (mode.compare(name, Qt::CaseInsensitive) == 0) {
+      delivery.Mode = value;
+      known = true;
+    }
+  if (!known) {
+    const QString warning = QStringLiteral("The delivery mode \"%1\" (key \"%2\" of section [%3] in \"%4\") is not "
+                                           "one of report, concerned or personal; the report goes to the default "
+                                           "receivers. Choose the mode in the \"SMPT Server\" settings.")
+                                .arg(mode, Mode, Section, ini.FileName());
+    TraceError(lcSettings(), warning);
+    warnings.append(warning);
+  }
+  delivery.SkipWhenClear = ini.ReadBool(Section, SkipWhenClear, false);
+  delivery.AttachWorkbook = ini.ReadBool(Section, AttachWorkbook, false);
+}
+
+void SaveConfigDelivery(const QString &iniPath, const tyDelivery &delivery)
+{
+  const TraceScope trace(lcSettings(), "SaveConfigDelivery");
+  TIniFile ini(iniPath);
+  using namespace Delivery;
+  for (const auto &[value, name] : ModeNames)
+    if (value == delivery.Mode)
+      ini.WriteString(Section, Mode, name);
+  ini.WriteBool(Section, SkipWhenClear, delivery.SkipWhenClear);
+  ini.WriteBool(Section, AttachWorkbook, delivery.AttachWorkbook);
   ini.UpdateFile();
 }
 

@@ -21,6 +21,11 @@ void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici);
 void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarnings &warnings);
 void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp);
 
+// Delivery of the report. A mode other than "report", "concerned" or "personal"
+// reads as "report", with a warning naming the file and the key.
+void ReadConfigDelivery(const QString &iniPath, tyDelivery &delivery, TSettingsWarnings &warnings);
+void SaveConfigDelivery(const QString &iniPath, const tyDelivery &delivery);
+
 // Report filters: minutes before an unassigned ticket is reported, days without an
 // update, statuses left out. When no status is stored the list holds the one entry
 // CDefaultIgnoredStatus.

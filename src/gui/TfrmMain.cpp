@@ -3,6 +3,7 @@
 #include "core/AppInfo.h"
 #include "core/Errors.h"
 #include "core/Trace.h"
+#include "report/gui/TfrmConfirmRecipients.h"
 #include "report/gui/TfrmHtmlTexts.h"
 #include "report/gui/TfrmSMTP.h"
 #include "rest/gui/TfrmSetQuorvexItsmConfig.h"
@@ -168,7 +169,13 @@ void TfrmMain::bbtStatusAndPropertiesClick()
   });
 }
 
-void TfrmMain::bbtSendMailClick() { FState.bbtSendMailClick(); }
+void TfrmMain::bbtSendMailClick()
+{
+  const QStringList mails = FState.bbtSendMailClick(
+      [this](const QStringList &to, const QStringList &cc) { return ConfirmRecipients(to, cc, this); });
+  if (!mails.isEmpty())
+    statusBar()->showMessage(mails.size() == 1 ? mails.first() : tr("%1 mails sent").arg(mails.size()));
+}
 
 void TfrmMain::bbtTextsClick()
 {
@@ -180,8 +187,10 @@ void TfrmMain::bbtTextsClick()
 void TfrmMain::bbtSmtpServerClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSmtpServerClick");
-  if (ConfigureSMTPserver(FState.FSmtp, this))
+  if (ConfigureSMTPserver(FState.FSmtp, FState.FDelivery, this)) {
     FState.SaveConfigSMTP();
+    FState.SaveConfigDelivery();
+  }
 }
 
 void TfrmMain::bbtGenerateMailClick()

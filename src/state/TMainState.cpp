@@ -39,6 +39,7 @@ void TMainState::FormCreate()
   InitFichIniLocation();
   ReadConfigITSM();
   ReadConfigSMTP();
+  ReadConfigDelivery();
   ReadConfigOrgaAndTeams();
   ReadConfigFilters();
   ReadHtmlTexts();
@@ -86,6 +87,13 @@ void TMainState::ReadConfigSMTP()
   Warn(warnings);
 }
 
+void TMainState::ReadConfigDelivery()
+{
+  TSettingsWarnings warnings;
+  ::ReadConfigDelivery(FFichINI, FDelivery, warnings);
+  Warn(warnings);
+}
+
 void TMainState::ReadConfigOrgaAndTeams()
 {
   ::ReadConfigOrgaAndTeams(FFichINI, FSelectedOrganizations, FSelectedTeams);
@@ -98,6 +106,7 @@ void TMainState::ReadConfigFilters()
 
 void TMainState::SaveConfigITSM() { ::SaveConfigITSM(FFichINI, FICI); }
 void TMainState::SaveConfigSMTP() { ::SaveConfigSMTP(FFichINI, FSmtp); }
+void TMainState::SaveConfigDelivery() { ::SaveConfigDelivery(FFichINI, FDelivery); }
 void TMainState::SaveConfigOrgaAndTeams()
 {
   ::SaveConfigOrgaAndTeams(FFichINI, FSelectedOrganizations, FSelectedTeams);

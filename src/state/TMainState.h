@@ -3,6 +3,7 @@
 #include "core/ConfigTypes.h"
 #include "core/TDateTime.h"
 #include "report/HtmlTexts.h"
+#include "report/MailReport.h"
 #include "rest/uTypes.h"
 #include "tickets/TicketsModel.h"
 
@@ -32,6 +33,8 @@ public:
   using TEditColours = std::function<bool(tyRestObjects &statuses, tyRestObjects &priorities, TColourStore &colours)>;
   // Shows the report file of an interactive run.
   using TOpenFile = std::function<void(const QString &path)>;
+  // Asks a person whether the mails may go to these "To" and "CC" lists.
+  using TConfirmMails = std::function<bool(const QStringList &to, const QStringList &cc)>;
 
   TMainState(QString exeFileName, TdmRest &rest, TWarningSink warningSink = {});
   ~TMainState();
@@ -45,10 +48,12 @@ public:
   void InitFichIniLocation();
   void ReadConfigITSM();
   void ReadConfigSMTP();
+  void ReadConfigDelivery();
   void ReadConfigOrgaAndTeams();
   void ReadConfigFilters();
   void SaveConfigITSM();
   void SaveConfigSMTP();
+  void SaveConfigDelivery();
   void SaveConfigOrgaAndTeams();
   void SaveConfigFilters();
   void SavePriorities();
@@ -68,9 +73,13 @@ public:
   // "Generate Mail": the report in FHtmlContent and its recipients; an
   // interactive run also writes the .to, .cc and .html files and opens the page.
   void bbtGenerateMailClick(const TOpenFile &openFile = {});
-  // "Send Mail": the last generated report to the SMTP settings' recipients;
-  // nothing when no report was generated.
-  void bbtSendMailClick();
+  // "Send Mail": the last generated report, delivered as FDelivery says
+  // (PlanDelivery); a dry run writes the mails as <base>_1.eml, ... instead. In
+  // modes concerned and personal an interactive run first asks `confirm`, and
+  // sends nothing when refused. Adds one run-log line per mail (or "Nothing to
+  // report") to FslLog and returns their texts; nothing when no report was
+  // generated or the person refused.
+  QStringList bbtSendMailClick(const TConfirmMails &confirm = {});
 
   // Path of the report page written by an interactive or dry run.
   QString ReportFile() const { return OutputBase() + QStringLiteral(".html"); }
@@ -102,8 +111,9 @@ public:
   tyRestOperators FRecipientCC; // recipients in copy
   tyHtmlTexts FHtmlTexts;
   tySMTPserver FSmtp;
+  tyDelivery FDelivery;
   bool FAutomatic = false;
-  bool FDryRun = false; // an unattended run that writes the report files and sends nothing
+  bool FDryRun = false; // an unattended run that writes the report files and the mails, and sends nothing
   std::int32_t FNbMinutes = 0;
   std::int32_t FNbDays = 0;
   QStringList FStatusToIgnore;
@@ -130,4 +140,6 @@ private:
   TWarningSink FWarningSink;
   std::unique_ptr<TColourStore> FColours;
   QStringList FRetrievalFailures;
+  TReportInput FReportInput; // what the last generated report was made from
+  TDateTime FReportTime = 0; // and the clock reading its ages count from
 };

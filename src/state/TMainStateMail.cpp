@@ -2,12 +2,15 @@
 
 #include "TMainState.h"
 
+#include "core/RunLog.h"
 #include "core/Trace.h"
+#include "report/DeliveryPlan.h"
 #include "report/MailReport.h"
 #include "report/ReportFiles.h"
 #include "report/ReportSending.h"
 #include "rest/dRest.h"
 #include "tickets/Selection.h"
+
 
 void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
 {
@@ -35,7 +38,12 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
                                             "tickets (") +
                              FRetrievalFailures.join(QStringLiteral("; ")) + u')';
 
-  TReportOutput report = TMailReport(input, Colours()).Generate();
+  // Only a report that goes to the default receivers lists the computed ones.
+  input.ListRecipients = FDelivery.Mode == TDeliveryMode::Report;
+  const TDateTime now = NowDateTime();
+  TReportOutput report = TMailReport(input, Colours(), [now] { return now; }).Generate();
+  FReportInput = input;
+  FReportTime = now;
   FHtmlContent = report.HtmlContent;
   FSlRecipientTo = report.SlRecipientTo;
   FSlRecipientCc = report.SlRecipientCc;
@@ -53,9 +61,37 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
     openFile(page);
 }
 
-void TMainState::bbtSendMailClick()
+QStringList TMainState::bbtSendMailClick(const TConfirmMails &confirm)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSendMailClick");
-  const bool sent = SendReport(FSmtp, FHtmlContent);
-  TraceValue(lcApp(), "Sent", sent ? 1 : 0);
+  constexpr qsizetype CMinimumReportLines = 5; // fewer: no report generated yet
+  if (FHtmlContent.size() < CMinimumReportLines)
+    return {};
+  const TDateTime now = FReportTime;
+  const QList<TReportMail> mails = PlanDelivery(FReportInput, FDelivery, FSmtp, Colours(), [now] { return now; });
+  // Each mail reaches the log as soon as it is delivered, even when a later one fails.
+  QStringList texts;
+  auto delivered = [this, &texts](const QString &text) {
+    texts.append(text);
+    FslLog.append(LogLine(QStringLiteral(" - * ") + text));
+  };
+  if (mails.isEmpty()) {
+    delivered(QStringLiteral("Nothing to report: no mail sent"));
+    return texts;
+  }
+  if (!FAutomatic && confirm && FDelivery.Mode != TDeliveryMode::Report) {
+    QStringList to;
+    QStringList cc;
+    ConfirmationLists(mails, FDelivery.Mode, to, cc);
+    if (!confirm(to, cc))
+      return {};
+  }
+  TDeliveryOptions options;
+  options.AttachWorkbook = FDelivery.AttachWorkbook;
+  if (FDryRun)
+    options.DryRunBase = OutputBase();
+  options.Delivered = delivered;
+  DeliverReport(FSmtp, mails, options, Colours());
+  TraceValue(lcApp(), "Mails", static_cast<int>(mails.size()));
+  return texts;
 }

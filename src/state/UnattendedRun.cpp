@@ -83,10 +83,7 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     log.append(LogLine(QStringLiteral(" - * Cc: ") + QString::number(state.FSlRecipientCc.size())));
     log.append(LogLine(QStringLiteral(" - Send email")));
     echo.Flush();
-    if (options.DryRun)
-      log.append(LogLine(QStringLiteral(" - * Dry run: nothing sent; the report is ") + state.ReportFile()));
-    else
-      state.bbtSendMailClick();
+    state.bbtSendMailClick();
     log.append(LogLine(QStringLiteral(" - END")));
   } catch (const EQuorvexError &error) {
     Fail(state, error.Message());

@@ -17,7 +17,7 @@ enum TExitStatus : int {
 
 struct TUnattendedOptions
 {
-  // Writes the report files and sends nothing.
+  // Writes the report files and each mail as an .eml file, and sends nothing.
   bool DryRun = false;
   // After it no request of the service starts: what was not retrieved by then
   // makes the retrieval incomplete, and the report is still built and sent.

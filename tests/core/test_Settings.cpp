@@ -174,6 +174,30 @@ TEST_F(SettingsTest, SmtpGroupRoundTrips)
   EXPECT_EQ(read.Password, "");
 }
 
+TEST_F(SettingsTest, DeliveryModesRoundTripAndAnUnknownOneReadsAsReportWithAWarning)
+{
+  for (const TDeliveryMode mode : {TDeliveryMode::Concerned, TDeliveryMode::Personal, TDeliveryMode::Report}) {
+    const tyDelivery written{mode, mode != TDeliveryMode::Report, mode == TDeliveryMode::Personal};
+    SaveConfigDelivery(FPath, written);
+    tyDelivery read;
+    ReadConfigDelivery(FPath, read, FWarnings);
+    EXPECT_EQ(read.Mode, written.Mode);
+    EXPECT_EQ(read.SkipWhenClear, written.SkipWhenClear);
+    EXPECT_EQ(read.AttachWorkbook, written.AttachWorkbook);
+  }
+  EXPECT_TRUE(FWarnings.isEmpty());
+  EXPECT_TRUE(ReadTextFile(FPath).contains("[Delivery]\nMode=report\n")) << ReadTextFile(FPath).toStdString();
+
+  WriteTextFile(FPath, "[Delivery]\nMode=Everyone\nSkipWhenClear=1\n");
+  tyDelivery read{TDeliveryMode::Personal, false, false};
+  ReadConfigDelivery(FPath, read, FWarnings);
+  EXPECT_EQ(read.Mode, TDeliveryMode::Report);
+  EXPECT_TRUE(read.SkipWhenClear);
+  ASSERT_EQ(FWarnings.size(), 1);
+  for (const QString &part : {QString("\"Everyone\""), QString("\"Mode\""), QString("[Delivery]"), FPath})
+    EXPECT_TRUE(FWarnings[0].contains(part)) << FWarnings[0].toStdString();
+}
+
 TEST_F(SettingsTest, WrongTypesFallBackToDefaults)
 {
   WriteTextFile(FPath, "[QuorvexITSM]\nSaaS=yes\nTokenValidity=12h\nTokenRequest=yesterday\n"

@@ -3,6 +3,7 @@
 
 #include "../report/SmtpTestServer.h"
 #include "core/IniFile.h"
+#include "DemoData.h"
 #include "core/SecretCodec.h"
 #include "support/DemoServiceProcess.h"
 #include "support/TempConfig.h"
@@ -14,6 +15,8 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QProcess>
+#include <QRegularExpression>
+#include <QSet>
 #include <QSslConfiguration>
 #include <QSslCertificate>
 #include <csignal>
@@ -23,6 +26,10 @@
 #include <sys/stat.h>
 
 namespace {
+
+const QString CTwoOrganizations = QString::fromUtf8(
+    "[Organizations]\nNb=2\nid_1=101\nname_1=Northwind Logistics\nticketingModuleEnabled_1=1\n"
+    "id_2=102\nname_2=Brasserie Lefèvre & Fils\nticketingModuleEnabled_2=1\n");
 
 class EndToEnd : public ::testing::Test
 {
@@ -48,9 +55,10 @@ protected:
 
   QString Folder() const { return FConfig.Root() + "/Vellmor/vlmQuorvexITSM/"; }
 
-  // The demo's account, organizations 101 and 102, teams 11 and 12, and the SMTP
-  // server on `smtpPort` without encryption.
-  void WriteSettings(int smtpPort)
+  // The demo's account, organizations 101 and 102 (or those of `organizations`),
+  // teams 11 and 12, the SMTP server on `smtpPort` without encryption, and the
+  // settings of `more`.
+  void WriteSettings(int smtpPort, const QString &more = {}, const QString &organizations = CTwoOrganizations)
   {
     QDir().mkpath(Folder());
     WriteTextFile(Folder() + "quorvex-followup.ini",
@@ -59,13 +67,11 @@ protected:
                                  "[SMTP]\nServer=127.0.0.1\nPort=%4\nUseSSL=0\nUserName=\nPassword=\n"
                                  "DefaultTo=leads@example.org; desk@example.org\nDefaultCC=boss@example.org\n"
                                  "From=followup@example.org\n"
-                                 "[Organizations]\nNb=2\nid_1=101\nname_1=Northwind Logistics\n"
-                                 "ticketingModuleEnabled_1=1\nid_2=102\nname_2=Brasserie Lefèvre & Fils\n"
-                                 "ticketingModuleEnabled_2=1\n"
                                  "[Teams]\nNb=2\nid_1=11\nname_1=Service Desk\nid_2=12\nname_2=Network & Security\n")
-                      .arg(Printed("Instance: "), Encrypt("demo secret&=1"), Encrypt(QString::fromUtf8("Pass word&=é")))
-                      .arg(smtpPort)
-                      .toUtf8());
+                          .arg(Printed("Instance: "), Encrypt("demo secret&=1"), Encrypt(QString::fromUtf8("Pass word&=é")))
+                          .arg(smtpPort)
+                          .toUtf8() +
+                      organizations.toUtf8() + more.toUtf8());
   }
 
   struct TRun
@@ -174,6 +180,7 @@ const QStringList CCleanRunSteps{
     " - * To: 35",
     " - * Cc: 0",
     " - Send email",
+    " - * Mail to 3 recipient(s), 111 row(s): leads@example.org…",
     " - END"};
 
 TEST_F(EndToEnd, FullRunSendsTheReportToTheDefaultRecipientsAndLogsEveryStep)
@@ -279,7 +286,9 @@ TEST_F(EndToEnd, DryRunWritesTheReportFilesAndSendsNothing)
   EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.html"));
   EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.to"));
   EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.cc"));
-  EXPECT_TRUE(run.Log.contains("Dry run: nothing sent"));
+  EXPECT_TRUE(run.Log.contains(" - * Would send: Mail to 3 recipient(s), 111 row(s): leads@example.org… as " +
+                                Folder() + "quorvex-followup_1.eml"))
+      << run.Log.toStdString();
   EXPECT_TRUE(FSmtp.Messages().isEmpty());
 }
 
@@ -315,4 +324,199 @@ TEST_F(EndToEnd, AbsentMailServerFailsTheRunButKeepsItsLog)
   EXPECT_TRUE(run.Log.contains("127.0.0.1"));
   EXPECT_FALSE(run.Log.contains(" - END"));
   EXPECT_TRUE(run.Err.contains("127.0.0.1")) << run.Err.toStdString();
+}
+
+namespace {
+
+QStringList Addresses(const QJsonObject &mail)
+{
+  QStringList addresses;
+  for (const char *header : {"To", "Cc"})
+    for (const QString &address : mail["headers"][header].toString().split(", ", Qt::SkipEmptyParts))
+      addresses << address;
+  return addresses;
+}
+
+QStringList Envelope(const QJsonObject &mail)
+{
+  QStringList addresses;
+  for (const QJsonValue &address : mail["rcpt_tos"].toArray())
+    addresses << address.toString();
+  return addresses;
+}
+
+// The sheets of a mail's workbook, by name; each a list of rows, the header first.
+QMap<QString, QJsonArray> Workbook(const QJsonObject &mail)
+{
+  QMap<QString, QJsonArray> sheets;
+  for (const QJsonValue &part : mail["parts"].toArray()) {
+    if (!part["filename"].toString().startsWith("tickets-follow-up-"))
+      continue;
+    EXPECT_EQ(part["filename"].toString(),
+              "tickets-follow-up-" + QDate::currentDate().toString("yyyyMMdd") + ".xlsx");
+    for (const QJsonValue &sheet : ReadWorkbook(QByteArray::fromBase64(part["data"].toString().toLatin1()))) {
+      EXPECT_TRUE(sheet["bold"].toBool());
+      EXPECT_EQ(sheet["freeze"].toString(), "A2");
+      EXPECT_TRUE(sheet["filter"].toString().startsWith("A1:")) << sheet["filter"].toString().toStdString();
+      sheets.insert(sheet["name"].toString(), sheet["rows"].toArray());
+    }
+  }
+  return sheets;
+}
+
+qsizetype Rows(const QMap<QString, QJsonArray> &sheets)
+{
+  qsizetype rows = 0;
+  for (const QJsonArray &sheet : sheets)
+    rows += sheet.size() - 1;
+  return rows;
+}
+
+// Column `name` of the data rows of a sheet.
+QStringList Column(const QJsonArray &sheet, const QString &name)
+{
+  const qsizetype column = sheet.first().toArray().toVariantList().indexOf(name);
+  QStringList values;
+  for (qsizetype row = 1; row < sheet.size(); ++row)
+    values << sheet[row][column].toVariant().toString();
+  return values;
+}
+
+// The demo's people by address: name and team names.
+QMap<QString, QPair<QString, QStringList>> DemoPeople()
+{
+  QMap<QString, QPair<QString, QStringList>> people;
+  for (const QJsonValue &op : MakeSampleData(QDateTime::currentDateTime())["operators"].toArray()) {
+    QStringList teams;
+    for (const QJsonValue &team : op["teams"].toArray())
+      teams << team["name"].toString();
+    people.insert(op["notificationEmail"].toString(),
+                  {op["firstName"].toString() + ' ' + op["lastName"].toString(), teams});
+  }
+  return people;
+}
+
+struct TDeliveryCase
+{
+  const char *Mode;
+  qsizetype Mails;          // the last one carries every row
+  QString FullTo;           // of the mail with every row
+  QString FullCc;
+};
+
+class DeliveryEndToEnd : public EndToEnd, public ::testing::WithParamInterface<TDeliveryCase>
+{
+};
+
+} // namespace
+
+TEST_P(DeliveryEndToEnd, EveryMailGoesToItsHeadersWithItsRowsAttached)
+{
+  const TDeliveryCase mode = GetParam();
+  WriteSettings(FSmtp.Port(), QStringLiteral("[Delivery]\nMode=%1\nAttachWorkbook=1\n").arg(mode.Mode));
+  const TRun run = RunTool({"auto"});
+  ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString();
+  const QList<QJsonObject> mails = FSmtp.Messages();
+  ASSERT_EQ(mails.size(), mode.Mails);
+  const QStringList logged = Steps(run.Log).filter(QRegularExpression("^ - \\* Mail to "));
+  ASSERT_EQ(logged.size(), mode.Mails) << run.Log.toStdString();
+
+  const auto people = DemoPeople();
+  QSet<QString> digestUnassigned;
+  for (qsizetype i = 0; i < mails.size(); ++i) {
+    const QJsonObject &mail = mails[i];
+    const bool full = i == mails.size() - 1;
+    SCOPED_TRACE(mail["headers"]["To"].toString().toStdString());
+    EXPECT_EQ(mail["headers"]["Auto-Submitted"].toString(), "auto-generated");
+    EXPECT_EQ(mail["headers"]["X-Auto-Response-Suppress"].toString(), "All");
+    QStringList headers = Addresses(mail);
+    QStringList envelope = Envelope(mail);
+    EXPECT_EQ(QSet<QString>(headers.begin(), headers.end()).size(), headers.size()); // each address once
+    headers.sort();
+    envelope.sort();
+    EXPECT_EQ(envelope, headers);
+    EXPECT_EQ(PartText(mail, "text/html").contains("<h2>DEBUG</h2>"), full && mode.Mode == QLatin1String("report"));
+
+    const auto sheets = Workbook(mail);
+    const QString first = Addresses(mail).first();
+    EXPECT_EQ(logged[i], QStringLiteral(" - * Mail to %1 recipient(s), %2 row(s): %3%4")
+                             .arg(envelope.size())
+                             .arg(Rows(sheets))
+                             .arg(first, envelope.size() > 1 ? "…" : ""));
+    if (full) {
+      EXPECT_EQ(Rows(sheets), 111);
+      EXPECT_EQ(mail["headers"]["Cc"].toString(), mode.FullCc);
+      if (!mode.FullTo.isEmpty())
+        EXPECT_EQ(mail["headers"]["To"].toString(), mode.FullTo);
+      const QJsonArray unassigned = sheets["Unassigned"];
+      EXPECT_EQ(unassigned.first().toArray().toVariantList(),
+                (QVariantList{"Organization", "Ticket", "Title", "Assigned Team", "Creation Date",
+                              "Hours since creation", "Last Update", "Priority", "Status"}));
+      EXPECT_TRUE(unassigned[1][1].isDouble());
+      EXPECT_TRUE(QDateTime::fromString(unassigned[1][4].toString(), Qt::ISODate).isValid());
+      EXPECT_TRUE(unassigned[1][5].isDouble());
+      if (!digestUnassigned.isEmpty()) {
+        const QStringList ids = Column(unassigned, "Ticket");
+        EXPECT_EQ(digestUnassigned, QSet<QString>(ids.begin(), ids.end()));
+      }
+      continue;
+    }
+    // A digest: the unassigned tickets of the person's teams, the others assigned to them.
+    ASSERT_EQ(Envelope(mail).size(), 1);
+    const auto person = people.value(first);
+    EXPECT_GT(Rows(sheets), 0);
+    for (const QString &team : Column(sheets["Unassigned"], "Assigned Team"))
+      EXPECT_TRUE(person.second.contains(team)) << team.toStdString();
+    for (const QString &ticket : Column(sheets["Unassigned"], "Ticket"))
+      digestUnassigned.insert(ticket);
+    for (const char *section : {"Without update", "More than 10 exchanges"})
+      for (const QString &user : Column(sheets[section], "Assigned User"))
+        EXPECT_EQ(user, person.first);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Modes, DeliveryEndToEnd,
+    ::testing::Values(
+        TDeliveryCase{"report", 1, "leads@example.org, desk@example.org", "boss@example.org"},
+        TDeliveryCase{"concerned", 1, "", "leads@example.org, desk@example.org, boss@example.org"},
+        TDeliveryCase{"personal", 36, "leads@example.org, desk@example.org", "boss@example.org"}),
+    [](const ::testing::TestParamInfo<TDeliveryCase> &info) { return std::string(info.param.Mode); });
+
+TEST_F(EndToEnd, SkipWhenClearSendsNothingOnlyWhenThereIsNothingToReport)
+{
+  const QString harbourOnly =
+      QStringLiteral("[Organizations]\nNb=1\nid_1=103\nname_1=Harbour Clinic\nticketingModuleEnabled_1=1\n");
+  for (const bool clear : {true, false}) {
+    SCOPED_TRACE(clear);
+    const qsizetype before = FSmtp.Messages().size();
+    WriteSettings(FSmtp.Port(), "[Delivery]\nSkipWhenClear=1\n", clear ? harbourOnly : CTwoOrganizations);
+    const TRun run = RunTool({"auto"});
+    EXPECT_EQ(run.ExitCode, 0) << run.Err.toStdString();
+    EXPECT_EQ(Steps(run.Log).contains(" - * Nothing to report: no mail sent"), clear) << run.Log.toStdString();
+    EXPECT_EQ(FSmtp.Messages().size() - before, clear ? 0 : 1);
+  }
+}
+
+TEST_F(EndToEnd, DryRunOfThePersonalModeWritesEveryMailWhole)
+{
+  QDir().mkpath(Folder());
+  WriteTextFile(Folder() + "quorvex-followup_99.eml", "left by an earlier dry run");
+  WriteSettings(FSmtp.Port(), "[Delivery]\nMode=personal\nAttachWorkbook=1\n");
+  const TRun run = RunTool({"--dry-run"});
+  ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString();
+  EXPECT_TRUE(FSmtp.Messages().isEmpty());
+  const QStringList files = QDir(Folder()).entryList({"quorvex-followup_*.eml"});
+  EXPECT_EQ(files.size(), 36);
+  EXPECT_EQ(Steps(run.Log).filter(QRegularExpression("^ - \\* Would send: Mail to ")).size(), 36);
+  EXPECT_FALSE(files.contains("quorvex-followup_99.eml"));
+
+  const QString last = ReadTextFile(Folder() + "quorvex-followup_36.eml");
+  for (const QString &line : {"To: leads@example.org, desk@example.org", "Cc: boss@example.org",
+                              "Auto-Submitted: auto-generated", "X-Auto-Response-Suppress: All",
+                              "Content-Type: multipart/mixed", "Content-Type: multipart/alternative",
+                              "Content-Type: text/plain; charset=UTF-8", "Content-Type: text/html; charset=UTF-8",
+                              "filename=\"tickets-follow-up-"})
+    EXPECT_TRUE(last.contains(line)) << line.toStdString();
+  EXPECT_FALSE(last.contains("DEBUG"));
 }

@@ -68,6 +68,20 @@ QList<QJsonObject> TSmtpTestServer::Messages() const
   return messages;
 }
 
+QJsonArray ReadWorkbook(const QByteArray &xlsx)
+{
+  QTemporaryDir dir;
+  QFile file(dir.filePath(QStringLiteral("book.xlsx")));
+  if (!file.open(QIODevice::WriteOnly) || file.write(xlsx) != xlsx.size())
+    return {};
+  file.close();
+  QProcess reader;
+  reader.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  reader.start(QStringLiteral(QUORVEX_SYSTEM_PYTHON), {QStringLiteral(QUORVEX_READ_WORKBOOK), file.fileName()});
+  reader.waitForFinished(30000);
+  return QJsonDocument::fromJson(reader.readAllStandardOutput()).array();
+}
+
 int UnusedPort()
 {
   QTcpServer probe;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
 #include <QProcess>
@@ -41,6 +42,10 @@ private:
   int FPort = 0;
   QString FFailure;
 };
+
+// What a person sees in an XLSX workbook, read back with openpyxl (see
+// read_workbook.py): an array of sheets {name, rows, freeze, filter, bold}.
+QJsonArray ReadWorkbook(const QByteArray &xlsx);
 
 // A loopback port on which nothing listens.
 int UnusedPort();

@@ -1,7 +1,9 @@
 #include "SmtpTestServer.h"
 #include "report/MailSender.h"
+#include "report/DeliveryPlan.h"
 #include "report/ReportSending.h"
 #include "support/TempConfig.h"
+#include "tickets/ColourStore.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
@@ -18,6 +20,18 @@ QStringList Report()
 {
   return {"<!DOCTYPE html>", "<html>", "  <head><title>Quorvex ITSM tickets follow-up</title></head>", "  <body>",
           "    <h1>Quorvex ITSM tickets follow-up</h1>", "    <p>Équipe &amp; réseau</p>", "  </body>", "</html>"};
+}
+
+// The report to the default receivers, as "Send Mail" sends it in mode "report".
+void SendReport(const tySMTPserver &smtp, const QStringList &lines)
+{
+  TReportMail mail;
+  mail.To = SplitAddresses(smtp.DefaultTo);
+  mail.Cc = SplitAddresses(smtp.DefaultCC);
+  mail.Report.HtmlContent = lines;
+  TTempConfig config;
+  TColourStore colours(config.File("colours.ini"));
+  DeliverReport(smtp, {mail}, {}, colours);
 }
 
 QStringList Strings(const QJsonValue &array)
@@ -101,7 +115,7 @@ TEST(EncodeHeaderTextTest, AsciiStaysNonAsciiBecomesShortUtf8Words)
 TEST_F(StartTlsSendingTest, ReportReachesEveryReceiverAsAlternativeTextAndHtml)
 {
   const QDateTime before = QDateTime::currentDateTime().addSecs(-2);
-  ASSERT_TRUE(SendReport(FSmtp, Report()));
+  SendReport(FSmtp, Report());
 
   const QJsonObject message = Last();
   EXPECT_TRUE(message["tls"].toBool());
@@ -118,6 +132,8 @@ TEST_F(StartTlsSendingTest, ReportReachesEveryReceiverAsAlternativeTextAndHtml)
   EXPECT_GE(date, before);
   EXPECT_TRUE(QRegularExpression("^<[0-9a-f-]{36}@vellmor\\.example>$").match(Header(message, "Message-ID")).hasMatch())
       << Header(message, "Message-ID").toStdString();
+  EXPECT_EQ(Header(message, "Auto-Submitted"), "auto-generated");
+  EXPECT_EQ(Header(message, "X-Auto-Response-Suppress"), "All");
 
   EXPECT_EQ(message["content_type"].toString(), "multipart/alternative");
   const QJsonArray parts = message["parts"].toArray();
@@ -133,18 +149,10 @@ TEST_F(StartTlsSendingTest, ReportReachesEveryReceiverAsAlternativeTextAndHtml)
 TEST_F(StartTlsSendingTest, EmptyCopyGoesToTheMainReceiversOnly)
 {
   FSmtp.DefaultCC = " ";
-  ASSERT_TRUE(SendReport(FSmtp, Report()));
+  SendReport(FSmtp, Report());
   const QJsonObject message = Last();
   EXPECT_EQ(Strings(message["rcpt_tos"]), (QStringList{"leads@vellmor.example", "desk@vellmor.example"}));
   EXPECT_FALSE(message["headers"].toObject().contains("Cc"));
-}
-
-TEST_F(StartTlsSendingTest, ReportOfFewerThanFiveLinesIsNotSent)
-{
-  const qsizetype before = Received();
-  EXPECT_FALSE(SendReport(FSmtp, Report().mid(0, 4)));
-  EXPECT_FALSE(SendReport(FSmtp, {}));
-  EXPECT_EQ(Received(), before);
 }
 
 TEST_F(StartTlsSendingTest, ServerRefusalsCarryTheServersWords)
@@ -256,7 +264,7 @@ TEST(ImplicitTlsSendingTest, Port465SpeaksTlsFromTheStart)
   smtp.UserName = CUser;
   smtp.Password = CPassword;
   smtp.DefaultTo = "leads@vellmor.example";
-  ASSERT_TRUE(SendReport(smtp, Report()));
+  SendReport(smtp, Report());
   const QList<QJsonObject> messages = server.Messages();
   ASSERT_EQ(messages.size(), 1);
   EXPECT_TRUE(messages[0]["tls"].toBool());

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTimer>
 #include <QValidator>
 #include <gtest/gtest.h>
@@ -162,7 +163,8 @@ TEST(SmtpDialogTest, CancelAfterARealTestLeavesTheSettingsUnchanged)
     dialog->BitBtn1->click();
     dialog->reject();
   });
-  EXPECT_FALSE(ConfigureSMTPserver(smtp, nullptr, actions));
+  tyDelivery delivery;
+  EXPECT_FALSE(ConfigureSMTPserver(smtp, delivery, nullptr, actions));
 
   EXPECT_TRUE(Same(smtp, Settings()));
   EXPECT_EQ(informed, QStringList{"Check your inbox, the email has been sent."});
@@ -175,15 +177,24 @@ TEST(SmtpDialogTest, CancelAfterARealTestLeavesTheSettingsUnchanged)
 TEST(SmtpDialogTest, OkCopiesTheEditedValuesBack)
 {
   tySMTPserver smtp = Settings();
+  tyDelivery delivery;
+  delivery.SkipWhenClear = true;
   QTimer::singleShot(0, [] {
     auto *dialog = qobject_cast<TfrmSMTP *>(QApplication::activeModalWidget());
     ASSERT_NE(dialog, nullptr);
+    EXPECT_TRUE(dialog->rbtModeReport->isChecked());
+    EXPECT_TRUE(dialog->chkSkipWhenClear->isChecked());
     dialog->ledtServer->setText(" smtp.other.example ");
     dialog->ledtFrom->setText("robot@other.example");
+    dialog->rbtModePersonal->click();
+    dialog->chkAttachWorkbook->click();
     dialog->findChild<QPushButton *>("bbtOk")->click();
   });
-  EXPECT_TRUE(ConfigureSMTPserver(smtp));
+  EXPECT_TRUE(ConfigureSMTPserver(smtp, delivery));
   EXPECT_EQ(smtp.Server, "smtp.other.example");
   EXPECT_EQ(smtp.From, "robot@other.example");
   EXPECT_EQ(smtp.DefaultTo, Settings().DefaultTo);
+  EXPECT_EQ(delivery.Mode, TDeliveryMode::Personal);
+  EXPECT_TRUE(delivery.SkipWhenClear);
+  EXPECT_TRUE(delivery.AttachWorkbook);
 }

@@ -209,7 +209,7 @@ TEST_F(StepsFixture, DryRunLogsEveryStepWritesTheReportAndSendsNothing)
   EXPECT_TRUE(IsLogLine(log[generate + 4], " - * To: 2"));
   EXPECT_TRUE(IsLogLine(log[generate + 5], " - * Cc: 0"));
   EXPECT_TRUE(IsLogLine(log[generate + 6], " - Send email"));
-  EXPECT_TRUE(log[generate + 7].contains("Dry run: nothing sent"));
+  EXPECT_TRUE(log[generate + 7].contains(" - * Would send: Mail to ")) << log[generate + 7].toStdString();
   EXPECT_TRUE(IsLogLine(log[generate + 8], " - END"));
 }
 

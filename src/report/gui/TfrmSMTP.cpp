@@ -7,6 +7,9 @@
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QRadioButton>
 #include <QHBoxLayout>
 #include <QInputDialog>
 #include <QLineEdit>
@@ -25,6 +28,23 @@ QLineEdit *NamedEdit(const char *name)
   edit->setObjectName(QLatin1String(name));
   edit->setMinimumWidth(280);
   return edit;
+}
+
+QRadioButton *ModeButton(const char *name, const QString &caption)
+{
+  auto *button = new QRadioButton(caption);
+  button->setObjectName(QLatin1String(name));
+  return button;
+}
+
+// A mode's button with the line that says who receives what.
+void AddMode(QVBoxLayout *layout, QRadioButton *button, const QString &explanation)
+{
+  auto *label = new QLabel(explanation);
+  label->setIndent(22);
+  label->setEnabled(false); // shown as a quieter line under its button
+  layout->addWidget(button);
+  layout->addWidget(label);
 }
 
 } // namespace
@@ -82,6 +102,25 @@ TfrmSMTP::TfrmSMTP(QWidget *parent, TTestActions actions) : QDialog(parent), FAc
   form->addRow(QStringLiteral("Default receiver \"Cc\""), ledtDefaultCc);
   form->addRow(QStringLiteral("Sender address"), ledtFrom);
 
+  rbtModeReport = ModeButton("rbtModeReport", QStringLiteral("Report"));
+  rbtModeConcerned = ModeButton("rbtModeConcerned", QStringLiteral("Concerned"));
+  rbtModePersonal = ModeButton("rbtModePersonal", QStringLiteral("Personal"));
+  chkSkipWhenClear = new QCheckBox(QStringLiteral("No mail when there is nothing to report"));
+  chkSkipWhenClear->setObjectName(QStringLiteral("chkSkipWhenClear"));
+  chkAttachWorkbook = new QCheckBox(QStringLiteral("Attach the rows as an Excel workbook"));
+  chkAttachWorkbook->setObjectName(QStringLiteral("chkAttachWorkbook"));
+  auto *delivery = new QGroupBox(QStringLiteral("Delivery"));
+  delivery->setObjectName(QStringLiteral("grpDelivery"));
+  auto *deliveryLayout = new QVBoxLayout(delivery);
+  AddMode(deliveryLayout, rbtModeReport,
+          QStringLiteral("The whole report to the default receivers, with the people concerned listed at its end."));
+  AddMode(deliveryLayout, rbtModeConcerned,
+          QStringLiteral("The whole report to the people concerned; team members and default receivers in copy."));
+  AddMode(deliveryLayout, rbtModePersonal,
+          QStringLiteral("Each person concerned gets their own rows; the whole report to the default receivers."));
+  deliveryLayout->addWidget(chkSkipWhenClear);
+  deliveryLayout->addWidget(chkAttachWorkbook);
+
   BitBtn1 = new QPushButton(QStringLiteral("Test"));
   BitBtn1->setObjectName(QStringLiteral("BitBtn1"));
   BitBtn1->setAutoDefault(false);
@@ -98,13 +137,19 @@ TfrmSMTP::TfrmSMTP(QWidget *parent, TTestActions actions) : QDialog(parent), FAc
 
   auto *layout = new QVBoxLayout(this);
   layout->addLayout(form);
+  layout->addWidget(delivery);
   layout->addSpacing(8);
   layout->addLayout(bottom);
   layout->setSizeConstraint(QLayout::SetFixedSize); // fixed dialog border
 }
 
-void TfrmSMTP::Fill(const tySMTPserver &smtp)
+void TfrmSMTP::Fill(const tySMTPserver &smtp, const tyDelivery &delivery)
 {
+  rbtModeReport->setChecked(delivery.Mode == TDeliveryMode::Report);
+  rbtModeConcerned->setChecked(delivery.Mode == TDeliveryMode::Concerned);
+  rbtModePersonal->setChecked(delivery.Mode == TDeliveryMode::Personal);
+  chkSkipWhenClear->setChecked(delivery.SkipWhenClear);
+  chkAttachWorkbook->setChecked(delivery.AttachWorkbook);
   ledtServer->setText(smtp.Server);
   ledtPort->setText(QString::number(smtp.Port));
   chkSSL->setChecked(smtp.UseSSL);
@@ -132,6 +177,17 @@ tySMTPserver TfrmSMTP::TypedValues() const
   return smtp;
 }
 
+tyDelivery TfrmSMTP::DeliveryValues() const
+{
+  tyDelivery delivery;
+  delivery.Mode = rbtModePersonal->isChecked()    ? TDeliveryMode::Personal
+                  : rbtModeConcerned->isChecked() ? TDeliveryMode::Concerned
+                                                  : TDeliveryMode::Report;
+  delivery.SkipWhenClear = chkSkipWhenClear->isChecked();
+  delivery.AttachWorkbook = chkAttachWorkbook->isChecked();
+  return delivery;
+}
+
 tySMTPserver TfrmSMTP::Values() const
 {
   tySMTPserver smtp = TypedValues();
@@ -154,12 +210,13 @@ void TfrmSMTP::BitBtn1Click()
   FActions.Inform(this, QStringLiteral("Check your inbox, the email has been sent."));
 }
 
-bool ConfigureSMTPserver(tySMTPserver &smtp, QWidget *parent, TfrmSMTP::TTestActions actions)
+bool ConfigureSMTPserver(tySMTPserver &smtp, tyDelivery &delivery, QWidget *parent, TfrmSMTP::TTestActions actions)
 {
   TfrmSMTP dialog(parent, std::move(actions));
-  dialog.Fill(smtp);
+  dialog.Fill(smtp, delivery);
   if (dialog.exec() != QDialog::Accepted)
     return false;
   smtp = dialog.Values();
+  delivery = dialog.DeliveryValues();
   return true;
 }
