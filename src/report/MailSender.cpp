@@ -10,6 +10,7 @@
 #include <QLoggingCategory>
 #include <QRegularExpression>
 #include <QUuid>
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <curl/curl.h>

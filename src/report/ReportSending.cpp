@@ -5,7 +5,7 @@
 #include "MailSender.h"
 #include "ReportWorkbook.h"
 #include "core/Errors.h"
-#include "core/TextFiles.h"
+#include "core/AtomicFile.h"
 
 #include <QDir>
 #include <QFileInfo>
