@@ -14,7 +14,8 @@ class TColourStore;
 struct TReportInput
 {
   tyRestTickets Tickets;
-  TDateTime ExtractionTickets = 0; // moment of the retrieval
+  TDateTime ExtractionTickets = 0; // moment of the retrieval that gave the tickets
+  TDateTime RetrievalAttempt = 0;  // moment of the last attempt, shown when it was incomplete
   std::int32_t NbMinutes = 0;
   std::int32_t NbDays = 0;
   QStringList StatusToIgnore;
@@ -25,7 +26,8 @@ struct TReportInput
   tyHtmlTexts HtmlTexts;
   QString ServiceUrl; // address of the service's web interface
   // When set, a warning paragraph opens the report: the retrieval was not
-  // complete, so the report is not an "all clear".
+  // complete, so the report is not an "all clear", and a section without
+  // tickets says that it could not be checked.
   QString RetrievalWarning;
 };
 
@@ -74,6 +76,8 @@ private:
   bool IsUnassignedLate(const tyRestTicket &ticket) const;
   bool IsWithoutUpdate(const tyRestTicket &ticket) const;
   void AddLines(const QStringList &lines, const QString &placeholder = QString(), const QString &value = QString());
+  // The section's "everything is OK" block, unless the retrieval was incomplete.
+  void AddAllClear(const QStringList &lines);
   void AddTable(const QList<const tyRestTicket *> &rows, bool withAssignedUser, TAge creationAge, TAge updateAge);
   QString DateCell(const QString &timestamp, TAge age) const;
   void TakeTeam(std::int32_t teamId);
