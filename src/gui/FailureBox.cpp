@@ -16,13 +16,25 @@ void ShowFailure(QWidget *parent, const QString &message, const QString &details
 
 void ShowStepFailures(QWidget *parent, const QString &summary, const TStepFailures &failures)
 {
-  QStringList texts;
+  // Queries that failed for the same reason (the service is down) share one
+  // paragraph.
+  QStringList reasons;
+  QList<QStringList> whats;
   QStringList details;
   for (const TStepFailure &failure : failures) {
-    texts.append(failure.Text() + u'.');
+    const qsizetype known = reasons.indexOf(failure.Reason);
+    if (known < 0) {
+      reasons.append(failure.Reason);
+      whats.append({failure.What});
+    } else {
+      whats[known].append(failure.What);
+    }
     if (!failure.Details.isEmpty())
       details.append(failure.What + QStringLiteral(": ") + failure.Details);
   }
+  QStringList texts;
+  for (qsizetype i = 0; i < reasons.size(); ++i)
+    texts.append(whats[i].join(QStringLiteral(", ")) + QStringLiteral(": ") + reasons[i] + u'.');
   ShowFailure(parent, summary + QStringLiteral("\n\n") + texts.join(QStringLiteral("\n\n")),
-              details.join(QStringLiteral("\n\n")));
+              details.join(QStringLiteral("\n")));
 }

@@ -74,17 +74,18 @@ QString TMainState::RetrievalStatusText() const
   const int count = static_cast<int>(FTickets.size());
   if (FRetrievalFailures.isEmpty())
     return QStringLiteral("%1 open ticket(s) retrieved").arg(count);
+  // What the grid shows comes first: a long failure is clipped at the end.
   QString failures = FRetrievalFailures.first().Text();
   if (FRetrievalFailures.size() > 1)
     failures += QStringLiteral(" (and %1 more failure(s))").arg(FRetrievalFailures.size() - 1);
   if (FExtractionTickets >= FRetrievalAttempt)
-    return QStringLiteral("Retrieval incomplete: %1. %2 open ticket(s) shown").arg(failures).arg(count);
+    return QStringLiteral("Retrieval incomplete, %1 open ticket(s) shown. %2").arg(count).arg(failures);
   const QString since = FExtractionTickets > 0
-                            ? QStringLiteral("The grid still shows the %1 ticket(s) retrieved on %2")
+                            ? QStringLiteral("the grid still shows the %1 ticket(s) retrieved on %2")
                                   .arg(count)
                                   .arg(DateTimeToStr(FExtractionTickets))
-                            : QStringLiteral("No ticket has been retrieved yet");
-  return QStringLiteral("Retrieval failed: %1. %2").arg(failures, since);
+                            : QStringLiteral("no ticket has been retrieved yet");
+  return QStringLiteral("Retrieval failed, %1. %2").arg(since, failures);
 }
 
 void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)

@@ -109,8 +109,8 @@ TEST_F(MainWindow, AFailedGetTicketsSaysWhyInAMessageBoxAndTheStatusBar)
   EXPECT_EQ(shown, "\"Get tickets\" could not be completed.\n\nGet tickets: no organization is selected; choose them "
                    "with \"Organizations & Teams\".");
   EXPECT_EQ(FWindow->statusBar()->currentMessage(),
-            "Retrieval failed: Get tickets: no organization is selected; choose them with \"Organizations & Teams\". "
-            "No ticket has been retrieved yet");
+            "Retrieval failed, no ticket has been retrieved yet. Get tickets: no organization is selected; choose "
+            "them with \"Organizations & Teams\"");
 }
 
 TEST_F(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)
