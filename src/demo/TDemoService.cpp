@@ -192,7 +192,8 @@ TDemoService::TAnswer TDemoService::Dispatch(const TDemoRequest &request)
       answered.append(QStringLiteral("%1 %2 %3")
                           .arg(QString::fromLatin1(FRequests[i].Method), QUrl(FRequests[i].Target).path())
                           .arg(FRequests[i].Status));
-    return {200, JsonBytes(QJsonObject{{QStringLiteral("count"), answered.size()}, {QStringLiteral("answered"), answered}})};
+    return {200, JsonBytes(QJsonObject{{QStringLiteral("count"), answered.size()},
+                                       {QStringLiteral("answered"), answered}})};
   }
   if (request.Method == "POST" && path == QLatin1String("/oauth/token"))
     return Token(request);

@@ -285,8 +285,9 @@ void TfrmMain::WireButtons()
 {
   auto wire = [this](QToolButton *button, void (TfrmMain::*handler)()) {
     connect(button, &QToolButton::clicked, this, [this, button, handler] {
-      const QString caption = button->text().isEmpty() ? button->toolTip() : button->text();
-      RunStep(QString(caption).replace(QStringLiteral("&&"), QStringLiteral("&")), [this, handler] { (this->*handler)(); });
+      QString caption = button->text().isEmpty() ? button->toolTip() : button->text();
+      caption.replace(QStringLiteral("&&"), QStringLiteral("&"));
+      RunStep(caption, [this, handler] { (this->*handler)(); });
     });
   };
   wire(bbtQuorvexItsmApi, &TfrmMain::bbtQuorvexItsmApiClick);

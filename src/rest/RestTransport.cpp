@@ -148,8 +148,9 @@ TRestTransport::TAnswer TRestTransport::Send(const QByteArray &method, const QUr
                        .arg(HostOf(url))
                        .arg(CMaxAnswerBytes >> 20)
                  : TransportReason(url, *reply);
-    const QString details =
-        timedOut || tooBig ? url.toString() : url.toString() + QStringLiteral(": ") + TransportDetails(*reply, sslErrors);
+    const QString details = timedOut || tooBig
+                                ? url.toString()
+                                : url.toString() + QStringLiteral(": ") + TransportDetails(*reply, sslErrors);
     reply->deleteLater();
     throw ERestTransportError(reason, details);
   }

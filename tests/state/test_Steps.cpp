@@ -144,7 +144,8 @@ TEST_F(StepsFixture, OrganizationsStepHidesItsProgressWhenTheServiceCannotBeReac
   });
   const TStepFailures failures = FState->TakeStepFailures();
   ASSERT_EQ(failures.size(), 1);
-  EXPECT_TRUE(failures[0].Reason.startsWith("the connection was refused by 127.0.0.1:1")) << failures[0].Text().toStdString();
+  EXPECT_TRUE(failures[0].Reason.startsWith("the connection was refused by 127.0.0.1:1"))
+      << failures[0].Text().toStdString();
   ASSERT_FALSE(FProgress.Calls.isEmpty());
   EXPECT_EQ(FProgress.Calls.first(), "show 2");
   EXPECT_EQ(FProgress.Calls.last(), "hide");
