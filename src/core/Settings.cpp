@@ -78,7 +78,7 @@ QString ReadSecret(const TIniFile &ini, const QString &section, const QString &k
         QStringLiteral("The stored secret \"%1\" of section [%2] in \"%3\" cannot be read (%4); it is taken as "
                        "empty. Enter it again in its settings dialog.")
             .arg(key, section, ini.FileName(), error.Message());
-    TraceError(lcSettings(), warning);
+    TraceFailure(lcSettings(), warning); // the warning itself reaches the person
     warnings.append(warning);
     return QString();
   }

@@ -63,7 +63,8 @@ void Handler(QtMsgType type, const QMessageLogContext &context, const QString &m
   const QString line = QDateTime::currentDateTime().toString(QStringLiteral("HH:mm:ss.zzz ")) + message;
   QMutexLocker locker(&channel.Lock);
   WriteLine(channel, line);
-  if (channel.EchoToStderr || type >= QtWarningMsg) {
+  // Warnings and worse reach stderr; debug and info lines only when asked.
+  if (channel.EchoToStderr || (type != QtDebugMsg && type != QtInfoMsg)) {
     std::fputs(qPrintable(line), stderr);
     std::fputc('\n', stderr);
   }
@@ -176,4 +177,9 @@ void TraceValue(const QLoggingCategory &category, const char *name, qint64 value
 void TraceError(const QLoggingCategory &category, const QString &message)
 {
   qCWarning(category).noquote() << "ERROR" << message;
+}
+
+void TraceFailure(const QLoggingCategory &category, const QString &message)
+{
+  qCInfo(category).noquote() << "ERROR" << message;
 }

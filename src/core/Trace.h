@@ -56,5 +56,8 @@ private:
 // `name = "value"`, the form used for paths and texts.
 void TraceValue(const QLoggingCategory &category, const char *name, const QString &value);
 void TraceValue(const QLoggingCategory &category, const char *name, qint64 value);
-// An error line: "ERROR " followed by the message.
+// An error line: "ERROR " followed by the message, in the trace and on stderr.
 void TraceError(const QLoggingCategory &category, const QString &message);
+// The same line kept in the trace only (stderr with --verbose): the program's own
+// words for a failure that the caller reports to the person in plain words.
+void TraceFailure(const QLoggingCategory &category, const QString &message);

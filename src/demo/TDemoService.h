@@ -55,6 +55,7 @@ struct TDemoRequest
   QString Target; // path and query
   QList<QPair<QByteArray, QByteArray>> Headers;
   QByteArray Body;
+  int Status = 0; // of the answer given
 
   QByteArray Header(const QByteArray &name) const;
 };
@@ -64,7 +65,8 @@ struct TDemoRequest
 // (see DemoData.h for its shape). Bearer tokens are checked; the paging request
 // of the ticket list is read from the body of the GET. Faults are set from code
 // or by POSTing them as JSON to /demo/faults; GET /demo/requests tells how many
-// requests came so far (for benchmarks).
+// requests came so far and lists them as "METHOD path status" (for benchmarks
+// and for tests that run the program as a separate process).
 class TDemoService : public QObject
 {
 public:

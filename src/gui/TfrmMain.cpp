@@ -14,6 +14,7 @@
 #include "tickets/gui/TfrmFilters.h"
 #include "tickets/gui/TfrmLoading.h"
 #include "tickets/gui/TfrmStatusPriorities.h"
+#include "FailureBox.h"
 #include "TfrmAbout.h"
 
 #include <QGuiApplication>
@@ -26,7 +27,6 @@
 #include <QCloseEvent>
 #include <QLabel>
 #include <QMenu>
-#include <QMessageBox>
 #include <QScopeGuard>
 #include <QScreen>
 #include <QStatusBar>
@@ -146,11 +146,9 @@ void TfrmMain::FitColumns()
 
 void TfrmMain::ShowRetrievalStatus()
 {
-  const QStringList &failures = FState.RetrievalFailures();
-  if (failures.isEmpty())
-    statusBar()->showMessage(tr("%n open ticket(s) retrieved", nullptr, static_cast<int>(FState.FTickets.size())));
-  else
-    statusBar()->showMessage(tr("Retrieval incomplete: %1").arg(failures.join(QStringLiteral("; "))));
+  const QString status = FState.RetrievalStatusText();
+  statusBar()->showMessage(status);
+  statusBar()->setToolTip(status); // a long line is clipped
 }
 
 void TfrmMain::bbtGET_Organization_ListClick()
@@ -270,7 +268,7 @@ void TfrmMain::closeEvent(QCloseEvent *event)
   QMainWindow::closeEvent(event);
 }
 
-void TfrmMain::RunStep(const std::function<void()> &step)
+void TfrmMain::RunStep(const QString &caption, const std::function<void()> &step)
 {
   // The buttons stay disabled while a step runs: a long step lets window events
   // through to keep the window painted, and no step may start inside another.
@@ -279,18 +277,27 @@ void TfrmMain::RunStep(const std::function<void()> &step)
   try {
     step();
   } catch (const EQuorvexError &error) {
-    TraceError(lcApp(), error.Message());
-    QMessageBox::critical(this, CApplicationTitle, error.Message());
+    TraceFailure(lcApp(), error.Message());
+    ShowFailure(this, error.Message(), error.Details());
+    return;
   } catch (const std::exception &error) {
-    TraceError(lcApp(), QString::fromLocal8Bit(error.what()));
-    QMessageBox::critical(this, CApplicationTitle, QString::fromLocal8Bit(error.what()));
+    TraceFailure(lcApp(), QString::fromLocal8Bit(error.what()));
+    ShowFailure(this, QString::fromLocal8Bit(error.what()), QString());
+    return;
   }
+  const TStepFailures failures = FState.TakeStepFailures();
+  if (!failures.isEmpty())
+    ShowStepFailures(this, tr("\"%1\" could not be completed.").arg(caption), failures);
 }
 
 void TfrmMain::WireButtons()
 {
   auto wire = [this](QToolButton *button, void (TfrmMain::*handler)()) {
-    connect(button, &QToolButton::clicked, this, [this, handler] { RunStep([this, handler] { (this->*handler)(); }); });
+    connect(button, &QToolButton::clicked, this, [this, button, handler] {
+      QString caption = button->text().isEmpty() ? button->toolTip() : button->text();
+      caption.replace(QStringLiteral("&&"), QStringLiteral("&"));
+      RunStep(caption, [this, handler] { (this->*handler)(); });
+    });
   };
   wire(bbtQuorvexItsmApi, &TfrmMain::bbtQuorvexItsmApiClick);
   wire(bbtGetTickets, &TfrmMain::bbtGetTicketsClick);
@@ -313,9 +320,7 @@ void TfrmMain::WireButtons()
 
 void TfrmMain::bbtQuorvexItsmApiClick()
 {
-  const TraceScope trace(lcApp(), "TfrmMain.bbtQuorvexItsmApiClick");
-  if (SetQuorvexItsmConfig(FState.FICI, this))
-    FState.SaveConfigITSM();
+  FState.bbtQuorvexItsmApiClick([this](tyQuorvexITSM &settings) { return SetQuorvexItsmConfig(settings, this); });
 }
 
 void TfrmMain::bbtFilterClick()

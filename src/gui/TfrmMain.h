@@ -38,12 +38,14 @@ private:
   // Marks a step as running (every button off, closing refused) or ended.
   void SetStepRunning(bool running);
   // Runs a button's step; an error ends the step and is shown in a message box,
-  // as the toolkit would show an uncaught error.
-  void RunStep(const std::function<void()> &step);
+  // as the toolkit would show an uncaught error, and so is what the step could
+  // not do.
+  void RunStep(const QString &caption, const std::function<void()> &step);
   void WireButtons();
   // Columns as wide as their contents, plus a little air.
   void FitColumns();
-  // Tells in the status bar how many tickets came, or why the list is incomplete.
+  // Tells in the status bar how many tickets came, or what failed and since
+  // when the grid dates.
   void ShowRetrievalStatus();
   void bbtQuorvexItsmApiClick();
   void bbtGetTicketsClick();

@@ -14,6 +14,8 @@ namespace {
 
 const QString CReportTitle = QStringLiteral("Quorvex ITSM tickets follow-up");
 const QString CActive = QStringLiteral("ACTIVE");
+const QString CNotChecked = QStringLiteral("    <p><strong>This could not be checked: the retrieval of the tickets "
+                                           "was incomplete.</strong></p>");
 constexpr double CMillisecondsPerDay = 86400000.0;
 
 QString Safe(const QString &serviceText) { return NeutraliseActiveHtml(serviceText); }
@@ -122,6 +124,14 @@ void TMailReport::AddLines(const QStringList &lines, const QString &placeholder,
                                                   : QString(line).replace(placeholder, value, Qt::CaseInsensitive));
 }
 
+void TMailReport::AddAllClear(const QStringList &lines)
+{
+  if (FIn.RetrievalWarning.isEmpty())
+    AddLines(lines);
+  else
+    FOut.HtmlContent.append(CNotChecked);
+}
+
 void TMailReport::Mail_01_AddHeader()
 {
   FOut.HtmlContent = QStringList{
@@ -152,7 +162,12 @@ void TMailReport::Mail_01_AddHeader()
 
 void TMailReport::Mail_02_AddTitle()
 {
-  const QDateTime extraction = QDateTimeFromDateTime(FIn.ExtractionTickets);
+  // An incomplete retrieval shows when it was attempted (the report's own time
+  // when none was), never a day-zero date.
+  const bool incomplete = !FIn.RetrievalWarning.isEmpty();
+  const TDateTime moment =
+      !incomplete ? FIn.ExtractionTickets : FIn.RetrievalAttempt > 0 ? FIn.RetrievalAttempt : FNow();
+  const QDateTime extraction = QDateTimeFromDateTime(moment);
   const QDate date = extraction.date();
   const QTime time = extraction.time();
   const QString timestamp = NumStr(date.day(), 2) + u'.' + NumStr(date.month(), 2) + u'.' + NumStr(date.year(), 4) +
@@ -167,7 +182,8 @@ void TMailReport::Mail_02_AddTitle()
                    << QStringLiteral("    ") + SafeList(Names(FIn.SelectedTeams)) +
                           QStringLiteral("</p>")
                    << QStringLiteral("    <p><b>Extraction</b><br>")
-                   << QStringLiteral("    ") + timestamp + QStringLiteral("&nbsp;CET</p>");
+                   << QStringLiteral("    ") + timestamp + QStringLiteral("&nbsp;CET") +
+                          (incomplete ? QStringLiteral(" (incomplete)") : QString()) + QStringLiteral("</p>");
 }
 
 QString TMailReport::GetHtmlTicketLink(const tyRestTicket &ticket) const
@@ -295,7 +311,7 @@ void TMailReport::Mail_03_AddUnassigned()
   FOut.NbUnassigned = static_cast<std::int32_t>(rows.size());
   AddLines(FIn.HtmlTexts.Unassigned_Title, QStringLiteral("%NBMINUTES%"), QString::number(FIn.NbMinutes));
   if (rows.isEmpty()) {
-    AddLines(FIn.HtmlTexts.Unassigned_Without);
+    AddAllClear(FIn.HtmlTexts.Unassigned_Without);
     return;
   }
   AddLines(FIn.HtmlTexts.Unassigned_With);
@@ -311,7 +327,7 @@ void TMailReport::Mail_04_AddWithoutUpdate()
   FOut.NbWithoutUpdate = static_cast<std::int32_t>(rows.size());
   AddLines(FIn.HtmlTexts.WithoutUpdate_Title);
   if (rows.isEmpty()) {
-    AddLines(FIn.HtmlTexts.WithoutUpdate_Without);
+    AddAllClear(FIn.HtmlTexts.WithoutUpdate_Without);
     return;
   }
   AddLines(FIn.HtmlTexts.WithoutUpdate_With, QStringLiteral("%NBDAYS%"), QString::number(FIn.NbDays));

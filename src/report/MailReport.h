@@ -38,7 +38,8 @@ std::int32_t AgeOf(TDateTime moment, TDateTime now, TAge unit);
 struct TReportInput
 {
   tyRestTickets Tickets;
-  TDateTime ExtractionTickets = 0; // moment of the retrieval
+  TDateTime ExtractionTickets = 0; // moment of the retrieval that gave the tickets
+  TDateTime RetrievalAttempt = 0;  // moment of the last attempt, shown when it was incomplete
   std::int32_t NbMinutes = 0;
   std::int32_t NbDays = 0;
   QStringList StatusToIgnore;
@@ -49,7 +50,8 @@ struct TReportInput
   tyHtmlTexts HtmlTexts;
   QString ServiceUrl; // address of the service's web interface
   // When set, a warning paragraph opens the report: the retrieval was not
-  // complete, so the report is not an "all clear".
+  // complete, so the report is not an "all clear", and a section without
+  // tickets says that it could not be checked.
   QString RetrievalWarning;
   // Which of the rows that meet a section's rule the report keeps (a person's
   // digest); when empty, all of them.
@@ -108,6 +110,8 @@ private:
   // The tickets of FIn that meet a section's rule and that the report keeps.
   const tyRestTickets &SectionRows(TReportSection section, const std::function<bool(const tyRestTicket &)> &rule);
   void AddTable(TReportSection section);
+  // The section's "everything is OK" block, unless the retrieval was incomplete.
+  void AddAllClear(const QStringList &lines);
   QString DateCell(const QString &timestamp, TAge age) const;
   void TakeTeam(std::int32_t teamId);
   void TakeUser(std::int32_t userId);

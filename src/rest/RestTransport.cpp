@@ -59,28 +59,38 @@ bool BrokenOff(QNetworkReply::NetworkError error)
   return error != QNetworkReply::NoError && error < QNetworkReply::ContentAccessDenied;
 }
 
-QString TransportErrorText(const QUrl &url, const QNetworkReply &reply, const QList<QSslError> &sslErrors)
+// Why no answer came, for a person: the reason with what to do.
+QString TransportReason(const QUrl &url, const QNetworkReply &reply)
 {
-  const QString address = url.toString();
   switch (reply.error()) {
   case QNetworkReply::ConnectionRefusedError:
-    return QStringLiteral("Connection refused by %1 (%2): is the service running?").arg(HostOf(url), address);
+    return QStringLiteral("the connection was refused by %1; check that the service is running and the instance "
+                          "name in \"Quorvex ITSM API\"")
+        .arg(HostOf(url));
   case QNetworkReply::RemoteHostClosedError:
-    return QStringLiteral("%1 closed the connection before the whole answer came (%2)").arg(HostOf(url), address);
+    return QStringLiteral("%1 closed the connection before the whole answer came; try again later").arg(HostOf(url));
   case QNetworkReply::HostNotFoundError:
-    return QStringLiteral("Host \"%1\" not found (%2): check the instance name").arg(url.host(), address);
-  case QNetworkReply::SslHandshakeFailedError: {
-    QStringList reasons;
-    for (const QSslError &error : sslErrors)
-      reasons.append(error.errorString());
-    if (reasons.isEmpty())
-      reasons.append(reply.errorString());
-    return QStringLiteral("The certificate of %1 is not trusted (%2): %3")
-        .arg(HostOf(url), address, reasons.join(QLatin1String("; ")));
-  }
+    return QStringLiteral("the host \"%1\" was not found; check the instance name in \"Quorvex ITSM API\" and "
+                          "the network connection")
+        .arg(url.host());
+  case QNetworkReply::SslHandshakeFailedError:
+    return QStringLiteral("the certificate of %1 is not trusted; if the service uses a certificate authority of "
+                          "its own, name its PEM file in %2")
+        .arg(HostOf(url), QLatin1String(CExtraCaVariable));
   default:
-    return QStringLiteral("Network error on %1: %2").arg(address, reply.errorString());
+    return QStringLiteral("the network failed on the way to %1; check the network connection").arg(HostOf(url));
   }
+}
+
+// The library's own words, with the certificate's faults when there are some.
+QString TransportDetails(const QNetworkReply &reply, const QList<QSslError> &sslErrors)
+{
+  QStringList reasons;
+  for (const QSslError &error : sslErrors)
+    reasons.append(error.errorString());
+  if (reasons.isEmpty())
+    reasons.append(reply.errorString());
+  return reasons.join(QLatin1String("; "));
 }
 
 } // namespace
@@ -95,8 +105,9 @@ TRestTransport::TAnswer TRestTransport::Send(const QByteArray &method, const QUr
 {
   if (FDeadline.hasExpired())
     throw ERestTransportError(
-        QStringLiteral("The run's time limit had passed, so %1 was not requested (a longer limit: --deadline MINUTES)")
-            .arg(url.toString()));
+        QStringLiteral("the run's time limit had passed, so it was not requested; allow more time with --deadline "
+                       "MINUTES"),
+        url.toString());
   const std::chrono::milliseconds wait =
       FDeadline.isForever() ? FTimeout : std::min(FTimeout, std::chrono::milliseconds(FDeadline.remainingTime()));
 
@@ -138,16 +149,19 @@ TRestTransport::TAnswer TRestTransport::Send(const QByteArray &method, const QUr
 
   const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
   if (timedOut || tooBig || !status.isValid() || BrokenOff(reply->error())) {
-    const QString message = timedOut ? QStringLiteral("No answer from %1 within %2 s (%3)")
-                                           .arg(HostOf(url))
-                                           .arg(wait.count() / 1000.0)
-                                           .arg(url.toString())
-                            : tooBig ? QStringLiteral("The answer of %1 exceeds %2 MiB and was refused")
-                                           .arg(url.toString())
-                                           .arg(CMaxAnswerBytes >> 20)
-                                     : TransportErrorText(url, *reply, sslErrors);
+    const QString reason =
+        timedOut ? QStringLiteral("no answer from %1 within %2 s (time-out); check the network, or try again later")
+                       .arg(HostOf(url))
+                       .arg(wait.count() / 1000.0)
+        : tooBig ? QStringLiteral("the answer of %1 exceeds %2 MiB and was refused; tell the service's administrator")
+                       .arg(HostOf(url))
+                       .arg(CMaxAnswerBytes >> 20)
+                 : TransportReason(url, *reply);
+    const QString details = timedOut || tooBig
+                                ? url.toString()
+                                : url.toString() + QStringLiteral(": ") + TransportDetails(*reply, sslErrors);
     reply->deleteLater();
-    throw ERestTransportError(message);
+    throw ERestTransportError(reason, details);
   }
   TAnswer answer;
   answer.Status = status.toInt();

@@ -36,9 +36,10 @@ public:
   explicit TRestTransport(QNetworkAccessManager &manager);
 
   // Sends the request and waits for the answer. Any HTTP status is an answer;
-  // only a failure to get one raises ERestTransportError, whose text tells a
+  // only a failure to get one raises ERestTransportError, whose message tells a
   // refused connection, an unknown host, an untrusted certificate, a time-out,
-  // a connection lost mid-answer and an answer above CMaxAnswerBytes apart.
+  // a connection lost mid-answer and an answer above CMaxAnswerBytes apart, with
+  // what to do; its details give the address and the network library's words.
   // `body` is sent only when `withBody` is true, whatever the method.
   TAnswer Send(const QByteArray &method, const QUrl &url, const THeaders &headers,
                const QByteArray &body = {}, bool withBody = false);

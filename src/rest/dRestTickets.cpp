@@ -80,20 +80,32 @@ tyRestTickets TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, std::i
       const QJsonArray items = content.toArray();
       if (items.isEmpty()) {
         // On the first page it only means that the organization has no open
-        // ticket; a later page announced but empty leaves the list incomplete.
-        if (page == 0)
-          TraceError(lcRest(), QStringLiteral("ContentArray.Count = 0"));
+        // ticket, unless the page announced some; a later page announced but
+        // empty leaves the list incomplete.
+        if (page == 0 && totalElements <= 0)
+          qCDebug(lcRest()) << "ContentArray.Count = 0";
         else
-          Fail(QStringLiteral("ContentArray.Count = 0"));
+          Fail(QStringLiteral("ContentArray.Count = 0, totalNumberOfElements = %1").arg(totalElements));
         return result;
       }
       if (page == 0 && totalElements > 0)
         result.reserve(std::min<qsizetype>(totalElements, CMaxReserved));
       result.resize(stored + items.size());
-      for (qsizetype i = 0; i < items.size(); ++i)
-        TicketFromJson(items.at(i).toObject(), result[stored + i]);
+      // An item that is not a ticket (not an object, no integer "id") is left
+      // out: it would show as a ticket 0 of 1899.
+      qsizetype kept = 0;
+      std::int32_t id = 0;
+      for (const QJsonValue &item : items)
+        if (item.isObject() && ReadInteger(item.toObject(), QStringLiteral("id"), id))
+          TicketFromJson(item.toObject(), result[stored + kept++]);
+      result.resize(stored + kept);
+      if (kept < items.size())
+        Fail(QStringLiteral("%1 of the %2 items of page %3 are not tickets (an object with an integer \"id\")")
+                 .arg(items.size() - kept)
+                 .arg(items.size())
+                 .arg(page));
     } catch (const EQuorvexError &error) {
-      Fail(QStringLiteral("Erreur API : ") + error.Message());
+      FailOn(error);
     }
     ++page;
     if (page <= totalPages)

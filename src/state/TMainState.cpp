@@ -6,18 +6,51 @@
 #include "core/Settings.h"
 #include "core/Trace.h"
 #include "report/HtmlTexts.h"
+#include "rest/dRest.h"
 #include "tickets/ColourSettings.h"
 #include "tickets/ColourStore.h"
 #include "tickets/SelectionSettings.h"
 
 #include <QFileInfo>
 
+namespace {
+
+// The connection and the credentials: a token obtained with other values is not
+// to be used with these.
+bool SameAccount(const tyQuorvexITSM &a, const tyQuorvexITSM &b)
+{
+  return a.Instance == b.Instance && a.SaaS == b.SaaS && a.API.ClientID == b.API.ClientID &&
+         a.API.ClientSecret == b.API.ClientSecret && a.API.Username == b.API.Username &&
+         a.API.Password == b.API.Password;
+}
+
+} // namespace
+
 TMainState::TMainState(QString exeFileName, TdmRest &rest, TWarningSink warningSink)
     : FExeFileName(std::move(exeFileName)), FRest(rest), FWarningSink(std::move(warningSink))
 {
+  FRest.SetTokenRefusedHandler([this] { return RenewRefusedToken(); });
 }
 
-TMainState::~TMainState() = default;
+TMainState::~TMainState()
+{
+  FRest.SetTokenRefusedHandler({});
+}
+
+void TMainState::bbtQuorvexItsmApiClick(const TEditApi &editApi)
+{
+  const TraceScope trace(lcApp(), "TfrmMain.bbtQuorvexItsmApiClick");
+  tyQuorvexITSM edited = FICI;
+  if (!editApi(edited))
+    return;
+  if (!SameAccount(edited, FICI)) {
+    qCDebug(lcApp) << "Connection or credentials changed: the saved token is dropped";
+    edited.API.Token.clear();
+    FRest.DropToken();
+  }
+  FICI = edited;
+  SaveConfigITSM();
+}
 
 TColourStore &TMainState::Colours()
 {

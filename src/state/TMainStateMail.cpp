@@ -15,8 +15,11 @@
 void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGenerateMailClick");
-  if (FTeamsOperators.isEmpty()) {
+  BeginServiceStep();
+  // Without a token the query could only be refused (the retrieval has said why).
+  if (FTeamsOperators.isEmpty() && FRest.TokenOk()) {
     FOperators = FRest.GET_OperatorsList(FICI);
+    NoteFailure(QStringLiteral("Operator list (the report's recipients)"));
     if (!FOperators.isEmpty())
       FTeamsOperators = UpdateListTeamsOperators(FOperators);
   }
@@ -24,6 +27,7 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
   TReportInput input;
   input.Tickets = FTickets;
   input.ExtractionTickets = FExtractionTickets;
+  input.RetrievalAttempt = FRetrievalAttempt;
   input.NbMinutes = FNbMinutes;
   input.NbDays = FNbDays;
   input.StatusToIgnore = FStatusToIgnore;
@@ -33,10 +37,16 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
   input.Operators = FOperators;
   input.HtmlTexts = FHtmlTexts;
   input.ServiceUrl = TdmRest::GetQuorvexItsmUrl(FICI);
-  if (!FRetrievalFailures.isEmpty())
+  if (!FRetrievalFailures.isEmpty()) {
+    QStringList failures;
+    for (const TStepFailure &failure : FRetrievalFailures)
+      failures.append(failure.Text());
     input.RetrievalWarning = QStringLiteral("the retrieval of the tickets was incomplete, this report may miss "
                                             "tickets (") +
-                             FRetrievalFailures.join(QStringLiteral("; ")) + u')';
+                             failures.join(QStringLiteral("; ")) + u')';
+  } else if (FRetrievalAttempt == 0) {
+    input.RetrievalWarning = QStringLiteral("the tickets have not been retrieved (\"Get tickets\")");
+  }
 
   // Only a report that goes to the default receivers lists the computed ones.
   input.ListRecipients = FDelivery.Mode == TDeliveryMode::Report;

@@ -4,6 +4,7 @@
 #include "TMainState.h"
 
 #include "core/RunLog.h"
+#include "core/uTools.h"
 #include "core/Trace.h"
 #include "rest/RestErrors.h"
 #include "rest/dRest.h"
@@ -23,38 +24,90 @@ namespace {
 void ProcessMessages() { QCoreApplication::processEvents(); }
 } // namespace
 
+void TMainState::BeginServiceStep()
+{
+  FStepFailures.clear();
+  if (!FAutomatic)
+    FTokenRenewed = false;
+}
+
+void TMainState::Failed(const QString &what, const TRestFailure &failure)
+{
+  FStepFailures.append(TStepFailure{what, failure.Reason, failure.Details});
+}
+
+void TMainState::NoteFailure(const QString &what)
+{
+  if (FRest.LastCallFailed())
+    Failed(what, FRest.LastFailure());
+}
+
+bool TMainState::RequestToken()
+{
+  const QString what = QStringLiteral("Access token from ") + TdmRest::GetQuorvexItsmUrl(FICI);
+  try {
+    if (FRest.GetToken(FICI))
+      return true;
+    Failed(what, FRest.LastFailure());
+  } catch (const ERestTransportError &error) {
+    Failed(what, TRestFailure{error.Message(), error.Details()});
+  }
+  return false;
+}
+
 bool TMainState::EnsureToken()
 {
-  try {
-    if (!FRest.TokenOk() && FRest.GetToken(FICI))
-      SaveConfigITSM();
-  } catch (const ERestTransportError &error) {
-    // A person sees the error; an unattended run goes on and its report says
-    // that the retrieval was incomplete.
-    if (!FAutomatic)
-      throw;
-    FRetrievalFailures.append(error.Message());
-    return false;
-  }
-  if (FRest.TokenOk())
-    return true;
-  FRetrievalFailures.append(QStringLiteral("no access token from %1: %2")
-                                .arg(TdmRest::GetQuorvexItsmUrl(FICI), FRest.LastError()));
-  return false;
+  if (!FRest.TokenOk() && RequestToken())
+    SaveConfigITSM();
+  return FRest.TokenOk();
+}
+
+bool TMainState::RenewRefusedToken()
+{
+  FICI.API.Token.clear();
+  const bool renewed = !FTokenRenewed && RequestToken();
+  FTokenRenewed = true;
+  SaveConfigITSM(); // the refused token must not be reused at the next start
+  return renewed;
+}
+
+QString TMainState::RetrievalStatusText() const
+{
+  const int count = static_cast<int>(FTickets.size());
+  if (FRetrievalFailures.isEmpty())
+    return QStringLiteral("%1 open ticket(s) retrieved").arg(count);
+  // What the grid shows comes first: a long failure is clipped at the end.
+  QString failures = FRetrievalFailures.first().Text();
+  if (FRetrievalFailures.size() > 1)
+    failures += QStringLiteral(" (and %1 more failure(s))").arg(FRetrievalFailures.size() - 1);
+  if (FExtractionTickets >= FRetrievalAttempt)
+    return QStringLiteral("Retrieval incomplete, %1 open ticket(s) shown. %2").arg(count).arg(failures);
+  const QString since = FExtractionTickets > 0
+                            ? QStringLiteral("the grid still shows the %1 ticket(s) retrieved on %2")
+                                  .arg(count)
+                                  .arg(DateTimeToStr(FExtractionTickets))
+                            : QStringLiteral("no ticket has been retrieved yet");
+  return QStringLiteral("Retrieval failed, %1. %2").arg(since, failures);
 }
 
 void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGetTicketsClick");
-  FRetrievalFailures.clear();
+  BeginServiceStep();
+  FRetrievalAttempt = NowDateTime();
+  const auto keepFailures = qScopeGuard([this] { FRetrievalFailures = FStepFailures; });
   if (FSelectedOrganizations.isEmpty()) {
     // Nothing to retrieve: a report made now would be a false "all clear".
-    FRetrievalFailures.append(QStringLiteral("no organization is selected (\"Organizations & Teams\")"));
+    FStepFailures.append(TStepFailure{QStringLiteral("Get tickets"),
+                                      QStringLiteral("no organization is selected; choose them with "
+                                                     "\"Organizations & Teams\""),
+                                      QString()});
     return;
   }
   // Entries that cannot be queried are left out, and the retrieval is then
   // incomplete: the report must not pass them over in silence.
-  FRetrievalFailures.append(SelectionIdErrors(FFichINI, FSelectedOrganizations, FSelectedTeams));
+  for (const QString &reason : SelectionIdErrors(FFichINI, FSelectedOrganizations, FSelectedTeams))
+    FStepFailures.append(TStepFailure{QStringLiteral("Settings"), reason, QString()});
   if (!EnsureToken())
     return;
 
@@ -67,18 +120,23 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   progress.LoadingSetAnimation(2);
   progress.LoadingSetProgressBar(maximum, 0);
 
-  FExtractionTickets = NowDateTime();
+  const TDateTime extraction = NowDateTime();
   FslLog.append(QString());
-  FTickets.clear();
+  tyRestTickets retrieved;
+  int queries = 0;
+  int failedQueries = 0;
 
   // One query of one organization: counted, traced, logged, failures remembered.
   auto query = [&](const tyRestOrganization &organization, const QString &title, const QString &search,
-                   const QString &label, const QString &dots) {
+                   const QString &label, const QString &dots, const QString &what) {
     progress.LoadingSetTitle(title);
     progress.LoadingSetProgressBar(maximum, ++step);
+    ++queries;
     const tyRestTickets tickets = FRest.GET_TicketsListOpen(FICI, organization.id, search);
-    if (FRest.LastCallFailed())
-      FRetrievalFailures.append(QStringLiteral("%1: %2").arg(label, FRest.LastError()));
+    if (FRest.LastCallFailed()) {
+      ++failedQueries;
+      Failed(what, FRest.LastFailure());
+    }
     TraceValue(lcApp(), qPrintable(label), tickets.size());
     FslLog.append(LogLine(QStringLiteral(" - * ") + label + dots + QString::number(tickets.size())));
     ProcessMessages();
@@ -89,28 +147,35 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
     if (organization.id <= 0)
       continue;
     const QString name = organization.name;
-    tyRestTickets tickets = query(organization, name, QString(), name, QStringLiteral(" ....................... : "));
-    const tyRestTickets english = query(organization, name + QStringLiteral(" / > 10 exchanges"),
-                                        CTenExchangesEnglish, name + QStringLiteral(" / > 10 exchanges (E)"),
-                                        QStringLiteral(" .. : "));
-    const tyRestTickets french = query(organization, name + QStringLiteral(" / > 10 échanges"),
-                                       CTenExchangesFrench, name + QStringLiteral(" / > 10 échanges (F)"),
-                                       QStringLiteral(" ... : "));
+    tyRestTickets tickets = query(organization, name, QString(), name, QStringLiteral(" ....................... : "),
+                                  name + QStringLiteral(" / open tickets"));
+    const QString english = name + QStringLiteral(" / > 10 exchanges (E)");
+    const tyRestTickets englishFound = query(organization, name + QStringLiteral(" / > 10 exchanges"),
+                                             CTenExchangesEnglish, english, QStringLiteral(" .. : "), english);
+    const QString french = name + QStringLiteral(" / > 10 échanges (F)");
+    const tyRestTickets frenchFound = query(organization, name + QStringLiteral(" / > 10 échanges"),
+                                            CTenExchangesFrench, french, QStringLiteral(" ... : "), french);
     progress.LoadingSetProgressBar(maximum, ++step);
-    FTickets.append(MergeTenExchanges(std::move(tickets), english, french));
+    retrieved.append(MergeTenExchanges(std::move(tickets), englishFound, frenchFound));
     ProcessMessages();
     FslLog.append(QString());
   }
 
-  TraceValue(lcApp(), "Nb tickets", FTickets.size());
-  FslLog.append(LogLine(QStringLiteral(" - * Nb tickets: ") + QString::number(FTickets.size())));
+  TraceValue(lcApp(), "Nb tickets", retrieved.size());
+  FslLog.append(LogLine(QStringLiteral(" - * Nb tickets: ") + QString::number(retrieved.size())));
   FslLog.append(QString());
+  // Nothing came at all: the list and the grid of the last good retrieval stay.
+  if (failedQueries == queries)
+    return;
+  FExtractionTickets = extraction;
+  FTickets = std::move(retrieved);
   FTicketsGrid.SetTickets(FTickets);
 }
 
 void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const TChooseOrga &chooseOrga)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGET_Organization_ListClick");
+  BeginServiceStep();
   int errors = 0;
   {
     // The progress window goes away however the fetching ends, an error included.
@@ -123,12 +188,14 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
       if (FOrganizations.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Organizations"));
         FOrganizations = FRest.GET_OrganizationsList(FICI);
+        NoteFailure(QStringLiteral("Organization list"));
         if (FOrganizations.isEmpty())
           ++errors;
       }
       if (FTeams.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Teams"));
         FTeams = FRest.GET_Teams(FICI, true);
+        NoteFailure(QStringLiteral("Team list"));
         if (FTeams.isEmpty()) {
           ++errors;
         } else {
@@ -141,6 +208,7 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
       if (FOperators.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Operators"));
         FOperators = FRest.GET_OperatorsList(FICI);
+        NoteFailure(QStringLiteral("Operator list"));
         if (FOperators.isEmpty()) {
           ++errors;
         } else {
@@ -161,15 +229,19 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
 void TMainState::bbtStatusAndPropertiesClick(const TEditColours &editColours)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtStatusAndPropertiesClick");
+  BeginServiceStep();
   if (FStatus.isEmpty()) {
     if (!EnsureToken())
       return;
     FStatus = BuildStatusList(FRest.GET_Objects(FICI, QStringLiteral("TICKETING"), QStringLiteral("TICKET_STATUS")),
                               Colours());
+    NoteFailure(QStringLiteral("Status list"));
   }
-  if (FPriorities.isEmpty())
+  if (FPriorities.isEmpty()) {
     FPriorities = BuildPriorityList(
         FRest.GET_Objects(FICI, QStringLiteral("TICKETING"), QStringLiteral("TICKET_PRIORITY")), Colours());
+    NoteFailure(QStringLiteral("Priority list"));
+  }
   if (editColours(FStatus, FPriorities, Colours())) {
     SaveStatus();
     SavePriorities();

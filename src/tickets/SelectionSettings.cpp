@@ -30,7 +30,7 @@ QString InvalidIds(const QString &iniPath, const QString &section, const QList<T
   QString named = keys.mid(0, CKeysNamed).join(QStringLiteral(", "));
   if (count > CKeysNamed)
     named += QStringLiteral(" and %1 more").arg(count - CKeysNamed);
-  return QStringLiteral("settings error: %1 of [%2] in %3 %4 no valid id, so %5; choose them again in "
+  return QStringLiteral("%1 of [%2] in %3 %4 no valid id, so %5; choose them again in "
                         "\"Organizations & Teams\"")
       .arg(named, section, iniPath, count == 1 ? QStringLiteral("has") : QStringLiteral("have"), what);
 }

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QMessageBox>
 #include <QStatusBar>
 #include <QTableView>
 #include <QTableWidget>
@@ -95,11 +96,21 @@ TEST_F(MainWindow, CloseButtonClosesTheWindow)
   EXPECT_FALSE(FWindow->isVisible());
 }
 
-TEST_F(MainWindow, GetTicketsSaysWhyNothingCame)
+TEST_F(MainWindow, AFailedGetTicketsSaysWhyInAMessageBoxAndTheStatusBar)
 {
+  QString shown;
+  QTimer::singleShot(0, [&] {
+    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    shown = box->text();
+    box->accept();
+  });
   FWindow->bbtGetTickets->click();
-  EXPECT_TRUE(FWindow->statusBar()->currentMessage().startsWith("Retrieval incomplete: no organization is selected"))
-      << FWindow->statusBar()->currentMessage().toStdString();
+  EXPECT_EQ(shown, "\"Get tickets\" could not be completed.\n\nGet tickets: no organization is selected; choose them "
+                   "with \"Organizations & Teams\".");
+  EXPECT_EQ(FWindow->statusBar()->currentMessage(),
+            "Retrieval failed, no ticket has been retrieved yet. Get tickets: no organization is selected; choose "
+            "them with \"Organizations & Teams\"");
 }
 
 TEST_F(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)

@@ -8,10 +8,12 @@
 #include "support/DemoServiceProcess.h"
 #include "support/TempConfig.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QProcess>
@@ -112,21 +114,36 @@ protected:
     return run;
   }
 
-  // Sets faults of the running demo service.
-  void SetFaults(const QByteArray &json)
+  // Sends a request to the running demo service and returns its answer.
+  QJsonObject CallService(const QByteArray &method, const QString &path, const QByteArray &json = {})
   {
     QNetworkAccessManager manager;
-    QNetworkRequest request(QUrl("https://" + Printed("Instance: ") + "/demo/faults"));
+    QNetworkRequest request(QUrl("https://" + Printed("Instance: ") + path));
     QSslConfiguration ssl = QSslConfiguration::defaultConfiguration();
     ssl.addCaCertificates(QSslCertificate::fromPath(Printed("CA certificate: ")));
     request.setSslConfiguration(ssl);
     request.setHeader(QNetworkRequest::ContentTypeHeader, "application/json");
-    QNetworkReply *reply = manager.post(request, json);
+    QBuffer body;
+    body.setData(json);
+    QNetworkReply *reply = manager.sendCustomRequest(request, method, &body);
     QEventLoop loop;
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
     loop.exec();
     EXPECT_EQ(reply->error(), QNetworkReply::NoError) << reply->errorString().toStdString();
     reply->deleteLater();
+    return QJsonDocument::fromJson(reply->readAll()).object();
+  }
+
+  // Sets faults of the running demo service.
+  void SetFaults(const QByteArray &json) { CallService("POST", "/demo/faults", json); }
+
+  // The requests the demo service answered so far, as "METHOD path status".
+  QStringList Answered()
+  {
+    QStringList answered;
+    for (const QJsonValue &line : CallService("GET", "/demo/requests")["answered"].toArray())
+      answered << line.toString();
+    return answered;
   }
 
   // The lines of a run log without their date and time ("<date> <time> - X"
@@ -193,6 +210,9 @@ TEST_F(EndToEnd, FullRunSendsTheReportToTheDefaultRecipientsAndLogsEveryStep)
   EXPECT_TRUE(run.Err.contains(" - END\n"));
   EXPECT_TRUE(run.Err.contains(QString::fromUtf8("Loading - Brasserie Lefèvre & Fils / > 10 échanges [7/8]\n")))
       << run.Err.toStdString();
+  // A clean run says ERROR nowhere, for a watcher that greps it.
+  EXPECT_FALSE(run.Err.contains("ERROR")) << run.Err.toStdString();
+  EXPECT_FALSE(ReadTextFile(Folder() + "quorvex-followup.log").contains("ERROR"));
 
   const QList<QJsonObject> messages = FSmtp.Messages();
   ASSERT_EQ(messages.size(), 1);
@@ -292,26 +312,89 @@ TEST_F(EndToEnd, DryRunWritesTheReportFilesAndSendsNothing)
   EXPECT_TRUE(FSmtp.Messages().isEmpty());
 }
 
-TEST_F(EndToEnd, RefusedTokenStillSendsAReportThatSaysSo)
+TEST_F(EndToEnd, ATokenRefusedAfterARestartOfTheServiceIsRenewedOnce)
+{
+  ASSERT_EQ(RunTool({"auto"}).ExitCode, 0);
+  const QString token = TIniFile(Folder() + "quorvex-followup.ini").ReadString("QuorvexITSM", "Token", "");
+  // The same service comes back on the same port, having forgotten every token.
+  const QString port = Printed("Instance: ").section(':', 1);
+  StopService();
+  StartService({"--port", port});
+
+  const TRun run = RunTool({"auto"});
+  ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString() << run.Log.toStdString();
+  EXPECT_EQ(Steps(run.Log), CCleanRunSteps) << run.Log.toStdString();
+  EXPECT_FALSE(run.Err.contains("ERROR")) << run.Err.toStdString();
+  const QStringList answered = Answered();
+  ASSERT_GE(answered.size(), 3);
+  EXPECT_EQ(answered.filter("/oauth/token").size(), 1) << answered.join('\n').toStdString();
+  EXPECT_EQ(answered[0], "GET /api/ticket/list/open 401");
+  EXPECT_EQ(answered[1], "POST /oauth/token 200");
+  EXPECT_EQ(answered[2], "GET /api/ticket/list/open 200");
+  EXPECT_EQ(answered.filter(" 401").size(), 1);
+  const QString renewed = TIniFile(Folder() + "quorvex-followup.ini").ReadString("QuorvexITSM", "Token", "");
+  EXPECT_FALSE(renewed.isEmpty());
+  EXPECT_NE(renewed, token);
+}
+
+TEST_F(EndToEnd, NoTokenStillSendsAReportThatChecksNothingAndSaysWhyInPlainWords)
 {
   StopService();
   StartService({"--refuse-token"});
   WriteSettings(FSmtp.Port());
   const TRun run = RunTool({"auto"});
   EXPECT_EQ(run.ExitCode, 3) << run.Err.toStdString();
-  EXPECT_TRUE(run.Log.contains("WARNING incomplete retrieval: no access token")) << run.Log.toStdString();
+  const QString failure = " - ERROR Access token from https://" + Printed("Instance: ") + ": " +
+                          Printed("Instance: ") + " answered HTTP 401 Unauthorized: the service refused the access "
+                          "token or the credentials; check the client ID, client secret, user name and password in "
+                          "\"Quorvex ITSM API\" [";
+  const QStringList steps = Steps(run.Log);
+  ASSERT_EQ(steps.size(), 11) << run.Log.toStdString();
+  EXPECT_EQ(steps.mid(0, 2), (QStringList{" - BEGIN", " - Retrieve all tickets"}));
+  EXPECT_TRUE(steps[2].startsWith(failure)) << steps[2].toStdString();
+  EXPECT_EQ(steps[3], " - Generate email");
+  // Each message once on stderr, and the trace's own words stay in the trace.
+  EXPECT_EQ(run.Err.count("answered HTTP 401"), 1) << run.Err.toStdString();
+  EXPECT_FALSE(run.Err.contains("Erreur")) << run.Err.toStdString();
+
   ASSERT_EQ(FSmtp.Messages().size(), 1);
-  EXPECT_TRUE(PartText(FSmtp.Messages()[0], "text/html").contains("WARNING: the retrieval of the tickets was incomplete"));
+  const QString html = PartText(FSmtp.Messages()[0], "text/html");
+  EXPECT_TRUE(html.contains("WARNING: the retrieval of the tickets was incomplete"));
+  EXPECT_EQ(html.count("This could not be checked: the retrieval of the tickets was incomplete."), 2);
+  EXPECT_FALSE(html.contains("All tickets have been"));
+  EXPECT_TRUE(html.contains("&nbsp;CET (incomplete)</p>"));
+  EXPECT_FALSE(html.contains("1899"));
+
+  // With the service down, the same in other words.
+  StopService();
+  const TRun down = RunTool({"auto"});
+  EXPECT_EQ(down.ExitCode, 3);
+  EXPECT_TRUE(down.Log.contains(": the connection was refused by " + Printed("Instance: ") +
+                                "; check that the service is running"))
+      << down.Log.toStdString();
+  EXPECT_EQ(down.Err.count("the connection was refused"), 1) << down.Err.toStdString();
 }
 
-TEST_F(EndToEnd, GarbageTicketPageMakesTheRetrievalIncomplete)
+TEST_F(EndToEnd, AnswersThatAreNotTicketListsMakeTheRetrievalIncompleteWithoutPhantomRows)
 {
-  SetFaults(R"({"bodies":[{"path":"/api/ticket/list/open","page":0,"body":"garbage","status":200}]})");
-  const TRun run = RunTool({"auto"});
-  EXPECT_EQ(run.ExitCode, 3) << run.Err.toStdString();
-  EXPECT_TRUE(run.Log.contains("WARNING incomplete retrieval: Northwind Logistics")) << run.Log.toStdString();
-  ASSERT_EQ(FSmtp.Messages().size(), 1);
-  EXPECT_TRUE(PartText(FSmtp.Messages()[0], "text/html").contains("WARNING: the retrieval of the tickets was incomplete"));
+  const QStringList pages{
+      "garbage",
+      R"({"content":[1,"x",{"title":"no id"},{"id":"7"}],"totalNumberOfElements":4,"totalNumberOfPages":1})",
+      R"({"content":[],"totalNumberOfElements":500000000,"totalNumberOfPages":1})",
+  };
+  for (const QString &page : pages) {
+    const QJsonObject fault{{"path", "/api/ticket/list/open"}, {"page", 0}, {"body", page}, {"status", 200}};
+    SetFaults(QJsonDocument(QJsonObject{{"bodies", QJsonArray{fault}}}).toJson());
+    const TRun run = RunTool({"auto"});
+    EXPECT_EQ(run.ExitCode, 3) << page.toStdString() << run.Err.toStdString();
+    EXPECT_TRUE(run.Log.contains(" - ERROR Northwind Logistics / open tickets: the answer of " +
+                                 Printed("Instance: ") + " was not understood"))
+        << run.Log.toStdString();
+    EXPECT_TRUE(run.Log.contains(" - * Unassigned: 0\n")) << run.Log.toStdString();
+    const QString html = PartText(FSmtp.Messages().last(), "text/html");
+    EXPECT_TRUE(html.contains("WARNING: the retrieval of the tickets was incomplete"));
+    EXPECT_FALSE(html.contains("1899")) << page.toStdString();
+  }
 }
 
 TEST_F(EndToEnd, AbsentMailServerFailsTheRunButKeepsItsLog)

@@ -344,12 +344,27 @@ TEST_F(MailReportTest, UnknownAssigneeYieldsAKeyButNoAddress)
 
 TEST_F(MailReportTest, IncompleteRetrievalIsNeverAnAllClear)
 {
+  const QString notChecked =
+      "    <p><strong>This could not be checked: the retrieval of the tickets was incomplete.</strong></p>";
   FIn.RetrievalWarning = "the retrieval was incomplete: the tickets of Beta could not be read";
+  FIn.ExtractionTickets = 0; // no retrieval ever gave tickets
+  FIn.RetrievalAttempt = CNow - 1.0 / 24;
   const QStringList html = Generate().HtmlContent;
   const qsizetype warning = IndexOf(
       html, "    <p><strong>WARNING: the retrieval was incomplete: the tickets of Beta could not be read</strong></p>");
   ASSERT_GE(warning, 0);
   EXPECT_LT(warning, IndexOf(html, "<h2>Unassigned after 15 minutes</h2>"));
+  EXPECT_TRUE(html.contains("    14.11.2026 - 05:00&nbsp;CET (incomplete)</p>"));
+  EXPECT_FALSE(html.contains("<p>U-without %NBMINUTES%</p>"));
+  EXPECT_FALSE(html.contains("<p>W-without</p>"));
+  EXPECT_EQ(html.count(notChecked), 2);
+  EXPECT_EQ(IndexOf(html, notChecked), IndexOf(html, "<h2>Unassigned after 15 minutes</h2>") + 1);
+
+  // Tickets that were retrieved are listed all the same.
+  FIn.Tickets = {Stale(1, 30)};
+  const QStringList listed = Generate().HtmlContent;
+  EXPECT_TRUE(listed.contains("<p>W-with 14</p>"));
+  EXPECT_EQ(listed.count(notChecked), 1);
 }
 
 TEST(HtmlSafety, ServiceTextStaysHtmlButCannotRun)
