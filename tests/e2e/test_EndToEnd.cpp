@@ -349,7 +349,7 @@ TEST_F(EndToEnd, NoTokenStillSendsAReportThatChecksNothingAndSaysWhyInPlainWords
                           "token or the credentials; check the client ID, client secret, user name and password in "
                           "\"Quorvex ITSM API\" [";
   const QStringList steps = Steps(run.Log);
-  ASSERT_EQ(steps.size(), 11) << run.Log.toStdString();
+  ASSERT_EQ(steps.size(), 12) << run.Log.toStdString();
   EXPECT_EQ(steps.mid(0, 2), (QStringList{" - BEGIN", " - Retrieve all tickets"}));
   EXPECT_TRUE(steps[2].startsWith(failure)) << steps[2].toStdString();
   EXPECT_EQ(steps[3], " - Generate email");

@@ -207,6 +207,6 @@ TEST_F(TicketsList, NoRequestStartsOnceTheDeadlineHasPassed)
   FRest->SetDeadline(QDeadlineTimer(0));
   EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 1, "").isEmpty());
   EXPECT_TRUE(FRest->LastCallFailed());
-  EXPECT_TRUE(FRest->LastError().contains("time limit")) << FRest->LastError().toStdString();
+  EXPECT_TRUE(FRest->LastFailure().Reason.contains("time limit")) << FRest->LastFailure().Reason.toStdString();
   EXPECT_TRUE(FService.Requests().isEmpty());
 }

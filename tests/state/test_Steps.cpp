@@ -333,7 +333,9 @@ TEST_F(StepsFixture, AStoredSelectionWithoutValidIdsIsASettingsErrorNotAQuery)
   FService.ClearRequests();
   FState->bbtGetTicketsClick(FProgress);
   EXPECT_EQ(FService.Requests().size(), 4); // the token, and the three queries of Acme
-  const QStringList failures = FState->RetrievalFailures();
+  QStringList failures;
+  for (const TStepFailure &failure : FState->RetrievalFailures())
+    failures.append(failure.Text());
   ASSERT_EQ(failures.size(), 2) << failures.join('\n').toStdString();
   EXPECT_TRUE(failures[0].contains("id_2, id_3, id_4 and 99996 more of [Organizations] in " + FState->FFichINI))
       << failures[0].toStdString();
