@@ -7,7 +7,6 @@
 #include <memory>
 
 class QLabel;
-class QTableView;
 class QToolButton;
 class TMainState;
 class TWindowProgress;
@@ -41,10 +40,12 @@ private:
   // as the toolkit would show an uncaught error.
   void RunStep(const std::function<void()> &step);
   void WireButtons();
-  // Columns as wide as their contents, plus a little air.
-  void FitColumns();
+  // "Send Mail" only with a report to send, the workbook only with tickets.
+  void UpdateButtons();
   // Tells in the status bar how many tickets came, or why the list is incomplete.
   void ShowRetrievalStatus();
+  // The status-bar line of a settings dialog: saved, or left as it was.
+  void ShowSettingsResult(bool saved, const QString &what);
   void bbtQuorvexItsmApiClick();
   void bbtGetTicketsClick();
   void bbtGET_Organization_ListClick();
@@ -65,7 +66,6 @@ private:
   std::unique_ptr<TWindowProgress> FProgress;
   QLabel *imgBigBrother = nullptr;
   QLabel *imgBigBrotherRed = nullptr;
-  QTableView *asgTickets = nullptr;
   QWidget *FButtonPanel = nullptr;
   QWidget *FIconRow = nullptr;
   bool FStepRunning = false;

@@ -30,7 +30,7 @@ struct TMailMessage
 // - the server's certificate always verified against the system's authorities
 //   and those of the PEM file named by QUORVEX_EXTRA_CA_CERTS;
 // - with both bodies, a multipart/alternative message (plain text, then HTML),
-//   both UTF-8; headers Date, From (smtp.From, or the built-in no-reply address),
+//   both UTF-8; headers Date, From (SenderAddress),
 //   To, Cc (when any), Subject and Message-ID.
 // Every recipient of To and Cc gets the mail. Raises ESmtpError on any failure;
 // nothing is retried.

@@ -1,8 +1,10 @@
 #include "TMainState.h"
 
 #include "core/AppPaths.h"
+#include "core/Errors.h"
 #include "core/Settings.h"
 #include "core/Trace.h"
+#include "core/uTools.h"
 #include "report/HtmlTexts.h"
 #include "tickets/ColourSettings.h"
 #include "tickets/ColourStore.h"
@@ -117,4 +119,21 @@ void TMainState::Warn(const QStringList &warnings) const
     return;
   for (const QString &warning : warnings)
     FWarningSink(warning);
+}
+
+bool TMainState::ServiceConfigured() const
+{
+  return !TrimBlanks(FICI.Instance).isEmpty() && !TrimBlanks(FICI.API.ClientID).isEmpty();
+}
+
+bool TMainState::ServiceReady()
+{
+  if (ServiceConfigured())
+    return true;
+  const QString missing =
+      QStringLiteral("Enter the service's address and API account in 'Quorvex ITSM API' first");
+  if (!FAutomatic)
+    throw EQuorvexError(missing);
+  FRetrievalFailures.append(missing);
+  return false;
 }

@@ -67,9 +67,10 @@ public:
   // "Generate Mail": the report in FHtmlContent and its recipients; an
   // interactive run also writes the .to, .cc and .html files and opens the page.
   void bbtGenerateMailClick(const TOpenFile &openFile = {});
-  // "Send Mail": the last generated report to the SMTP settings' recipients;
-  // nothing when no report was generated.
-  void bbtSendMailClick();
+  // "Send Mail": the last generated report to the SMTP settings' recipients,
+  // sent off this thread while `progress` names the server. False, having sent
+  // nothing, when no report was generated.
+  bool bbtSendMailClick(TLoadingProgress &progress);
 
   // Path of the report page written by an interactive or dry run.
   QString ReportFile() const { return OutputBase() + QStringLiteral(".html"); }
@@ -118,6 +119,11 @@ private:
   void Warn(const QStringList &warnings) const;
   // A token in force, renewed (and saved) when needed.
   bool EnsureToken();
+  // Whether the service's address and API account were entered.
+  bool ServiceConfigured() const;
+  // The same; when not, a person is told where to enter them (EQuorvexError) and
+  // an unattended run counts the retrieval as incomplete.
+  bool ServiceReady();
   // <settings folder>/<executable name>: base of the report files.
   QString OutputBase() const;
 

@@ -2,17 +2,23 @@
 
 #include "TMainState.h"
 
+#include "core/OffThread.h"
 #include "core/Trace.h"
 #include "report/MailReport.h"
 #include "report/ReportFiles.h"
 #include "report/ReportSending.h"
+#include "report/SmtpIdentity.h"
 #include "rest/dRest.h"
+#include "tickets/LoadingProgress.h"
 #include "tickets/Selection.h"
+
+#include <QScopeGuard>
 
 void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGenerateMailClick");
-  if (FTeamsOperators.isEmpty()) {
+  // The recipients come from the service's operators, once it is configured.
+  if (FTeamsOperators.isEmpty() && ServiceConfigured()) {
     FOperators = FRest.GET_OperatorsList(FICI);
     if (!FOperators.isEmpty())
       FTeamsOperators = UpdateListTeamsOperators(FOperators);
@@ -53,9 +59,14 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
     openFile(page);
 }
 
-void TMainState::bbtSendMailClick()
+bool TMainState::bbtSendMailClick(TLoadingProgress &progress)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSendMailClick");
-  const bool sent = SendReport(FSmtp, FHtmlContent);
+  progress.LoadingShow(1);
+  const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
+  progress.LoadingSetTitle(QStringLiteral("Sending to %1…").arg(SmtpServerName(FSmtp)));
+  bool sent = false;
+  RunOffThread([this, &sent] { sent = SendReport(FSmtp, FHtmlContent); });
   TraceValue(lcApp(), "Sent", sent ? 1 : 0);
+  return sent;
 }

@@ -45,6 +45,8 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGetTicketsClick");
   FRetrievalFailures.clear();
+  if (!ServiceReady())
+    return;
   if (FSelectedOrganizations.isEmpty()) {
     // Nothing to retrieve: a report made now would be a false "all clear".
     FRetrievalFailures.append(QStringLiteral("no organization is selected (\"Organizations & Teams\")"));
@@ -102,6 +104,8 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
 void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const TChooseOrga &chooseOrga)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGET_Organization_ListClick");
+  if (!ServiceReady())
+    return;
   int errors = 0;
   {
     // The progress window goes away however the fetching ends, an error included.
@@ -153,7 +157,7 @@ void TMainState::bbtStatusAndPropertiesClick(const TEditColours &editColours)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtStatusAndPropertiesClick");
   if (FStatus.isEmpty()) {
-    if (!EnsureToken())
+    if (!ServiceReady() || !EnsureToken())
       return;
     FStatus = BuildStatusList(FRest.GET_Objects(FICI, QStringLiteral("TICKETING"), QStringLiteral("TICKET_STATUS")),
                               Colours());

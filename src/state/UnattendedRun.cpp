@@ -85,7 +85,7 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     if (options.DryRun)
       log.append(LogLine(QStringLiteral(" - * Dry run: nothing sent; the report is ") + state.ReportFile()));
     else
-      state.bbtSendMailClick();
+      state.bbtSendMailClick(progress);
     log.append(LogLine(QStringLiteral(" - END")));
   } catch (const EQuorvexError &error) {
     Fail(state, error.Message());

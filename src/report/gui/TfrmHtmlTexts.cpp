@@ -5,11 +5,13 @@
 
 #include <QFontDatabase>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
@@ -115,6 +117,23 @@ void TfrmHtmlTexts::Fill(const tyHtmlTexts &texts)
   for (std::size_t i = 0; i < CBlockNumbers.size(); ++i)
     FEditors.value(CBlockNumbers[i])->setPlainText((texts.*CHtmlTextBlocks[i]).join(u'\n'));
   PageControl->setCurrentIndex(0);
+  FFilled = Texts(); // as the editors hold them, so that an untouched block is never "modified"
+}
+
+bool TfrmHtmlTexts::Modified() const
+{
+  const tyHtmlTexts now = Texts();
+  return std::any_of(CHtmlTextBlocks.cbegin(), CHtmlTextBlocks.cend(),
+                     [&](QStringList tyHtmlTexts::*block) { return now.*block != FFilled.*block; });
+}
+
+void TfrmHtmlTexts::reject()
+{
+  if (Modified() &&
+      QMessageBox::question(this, windowTitle(), tr("Discard the changes made to the texts?"),
+                            QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Cancel) != QMessageBox::Discard)
+    return;
+  QDialog::reject();
 }
 
 tyHtmlTexts TfrmHtmlTexts::Texts() const
