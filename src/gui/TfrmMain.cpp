@@ -203,9 +203,7 @@ void TfrmMain::bbtGenerateMailClick()
       [&opened](const QString &page) { opened = QDesktopServices::openUrl(QUrl::fromLocalFile(page)); });
   const QString page = QDir::toNativeSeparators(FState.ReportFile());
   statusBar()->showMessage(opened ? tr("Report written to %1 and opened in the browser").arg(page)
-                                  : tr("Report written to %1; no browser could be started, open the file "
-                                       "yourself")
-                                        .arg(page));
+                                  : tr("No browser could be started; the report is written to %1").arg(page));
 }
 
 QToolButton *TfrmMain::AddStepButton(const char *objectName, const QString &caption, const QString &icon)

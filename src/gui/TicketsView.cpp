@@ -54,7 +54,8 @@ TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
 {
   lblGuide = new QLabel(CGuide);
   lblGuide->setObjectName(QStringLiteral("lblGuide"));
-  lblGuide->setAlignment(Qt::AlignCenter);
+  lblGuide->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+  lblGuide->setMargin(16);
   lblGuide->setWordWrap(true);
   lblGuide->setFrameShape(QFrame::StyledPanel);
 

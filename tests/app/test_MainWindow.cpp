@@ -179,7 +179,7 @@ TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)
   QTest::mouseClick(FWindow->bbtGenerateMail, Qt::LeftButton);
   // No browser on this platform: the path is shown all the same.
   EXPECT_EQ(FWindow->statusBar()->currentMessage(),
-            "Report written to " + FState.ReportFile() + "; no browser could be started, open the file yourself");
+            "No browser could be started; the report is written to " + FState.ReportFile());
 
   ASSERT_TRUE(FWindow->bbtSendMail->isEnabled());
   QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);

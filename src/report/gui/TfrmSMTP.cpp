@@ -44,7 +44,8 @@ TfrmSMTP::TTestActions TfrmSMTP::DefaultTestActions()
     ask.setLabelText(QStringLiteral("Recipient's email"));
     ask.setTextValue(proposed);
     // Room for an address and the whole caption.
-    ask.setMinimumWidth(ask.fontMetrics().horizontalAdvance(CTestSubject + proposed) + 160);
+    if (auto *edit = ask.findChild<QLineEdit *>())
+      edit->setMinimumWidth(ask.fontMetrics().horizontalAdvance(CTestSubject + proposed) + 80);
     return ask.exec() == QDialog::Accepted ? ask.textValue() : QString();
   };
   actions.Send = SendTestMail;
@@ -97,6 +98,10 @@ TfrmSMTP::TfrmSMTP(QWidget *parent, TTestActions actions) : QDialog(parent), FAc
   BitBtn1->setObjectName(QStringLiteral("BitBtn1"));
   BitBtn1->setAutoDefault(false);
   connect(BitBtn1, &QPushButton::clicked, this, &TfrmSMTP::BitBtn1Click);
+  // No test without a server to send to.
+  connect(ledtServer, &QLineEdit::textChanged, BitBtn1,
+          [this](const QString &server) { BitBtn1->setEnabled(!TrimBlanks(server).isEmpty()); });
+  BitBtn1->setEnabled(false);
   FButtons = OkCancelButtons(this);
   auto *bottom = new QHBoxLayout;
   bottom->addWidget(BitBtn1);

@@ -3,19 +3,26 @@
 #include "BusyAnimation.h"
 
 #include <QCloseEvent>
+#include <QFrame>
 #include <QLabel>
 #include <QProgressBar>
 #include <QVBoxLayout>
 
 TfrmLoading::TfrmLoading(QWidget *parent)
-    : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint), FStep(new QLabel),
-      FProgressBar(new QProgressBar)
+    // No title bar at all: window managers add buttons to any title bar, and cut
+    // a long caption.
+    : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), FStep(new QLabel), FProgressBar(new QProgressBar)
 {
   setObjectName(QStringLiteral("frmLoading"));
   setWindowTitle(QStringLiteral("Loading"));
-  auto *layout = new QVBoxLayout(this);
+  auto *frame = new QFrame;
+  frame->setFrameStyle(QFrame::Panel | QFrame::Raised);
+  auto *outer = new QVBoxLayout(this);
+  outer->setContentsMargins(0, 0, 0, 0);
+  outer->setSizeConstraint(QLayout::SetFixedSize);
+  outer->addWidget(frame);
+  auto *layout = new QVBoxLayout(frame);
   layout->setContentsMargins(8, 8, 8, 8);
-  layout->setSizeConstraint(QLayout::SetFixedSize);
   for (int style = 1; style <= 3; ++style) {
     auto *animation = new TBusyAnimation(style, this);
     animation->setObjectName(QStringLiteral("JvGIFAnimator%1").arg(style));

@@ -10,9 +10,9 @@ class QProgressBar;
 class TBusyAnimation;
 
 // The small progress window shown while the main window talks to a server: a
-// busy animation, the step in a label (and in the caption, which a window manager
-// may cut), and a progress bar reading "k / n". It has no title-bar buttons and
-// cannot be closed until its run says so.
+// busy animation, the step in a label (also in the caption, for the task bar), and
+// a progress bar reading "k / n". It has no title bar and cannot be closed until
+// its run says so.
 class TfrmLoading : public QDialog
 {
   Q_OBJECT
