@@ -23,15 +23,20 @@ const char CCrossSvg[] = R"(<svg xmlns="http://www.w3.org/2000/svg" width="16" h
 
 } // namespace
 
+void StyleOkCancel(QDialogButtonBox *buttons)
+{
+  if (QPushButton *ok = buttons->button(QDialogButtonBox::Ok))
+    ok->setIcon(SvgIcon(CTickSvg));
+  if (QPushButton *cancel = buttons->button(QDialogButtonBox::Cancel))
+    cancel->setIcon(SvgIcon(CCrossSvg));
+}
+
 QDialogButtonBox *OkCancelButtons(QDialog *dialog)
 {
   auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, dialog);
-  QPushButton *ok = buttons->button(QDialogButtonBox::Ok);
-  ok->setObjectName(QStringLiteral("bbtOk"));
-  ok->setIcon(SvgIcon(CTickSvg));
-  QPushButton *cancel = buttons->button(QDialogButtonBox::Cancel);
-  cancel->setObjectName(QStringLiteral("bbtCancel"));
-  cancel->setIcon(SvgIcon(CCrossSvg));
+  buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("bbtOk"));
+  buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("bbtCancel"));
+  StyleOkCancel(buttons);
   QObject::connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
   QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
   return buttons;

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QScreen>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QTabWidget>
@@ -31,7 +32,8 @@ TfrmHtmlTexts::TfrmHtmlTexts(QWidget *parent) : QDialog(parent)
 {
   setObjectName(QStringLiteral("frmHtmlTexts"));
   setWindowTitle(QStringLiteral("Texts"));
-  resize(820, 640);
+  // Large enough to edit in, never larger than the screen (scaled displays).
+  resize(QSize(820, 640).boundedTo(screen()->availableGeometry().size() * 9 / 10));
 
   PageControl = new QTabWidget;
   PageControl->setObjectName(QStringLiteral("PageControl"));

@@ -46,6 +46,8 @@ TfrmSMTP::TTestActions TfrmSMTP::DefaultTestActions()
     // Room for an address and the whole caption.
     if (auto *edit = ask.findChild<QLineEdit *>())
       edit->setMinimumWidth(ask.fontMetrics().horizontalAdvance(CTestSubject + proposed) + 80);
+    if (auto *buttons = ask.findChild<QDialogButtonBox *>())
+      StyleOkCancel(buttons);
     return ask.exec() == QDialog::Accepted ? ask.textValue() : QString();
   };
   actions.Send = SendTestMail;
