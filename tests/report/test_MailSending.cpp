@@ -1,9 +1,11 @@
 #include "SmtpTestServer.h"
 #include "report/MailSender.h"
+#include "report/SmtpIdentity.h"
 #include "report/ReportSending.h"
 #include "support/TempConfig.h"
 
 #include <QDateTime>
+#include <QHostInfo>
 #include <QJsonArray>
 #include <QRegularExpression>
 #include <gtest/gtest.h>
@@ -204,7 +206,7 @@ TEST(PlainSendingTest, GatewayTestAndEncodedSubjectWithoutEncryption)
   const QList<QJsonObject> messages = server.Messages();
   ASSERT_EQ(messages.size(), 2);
   EXPECT_FALSE(messages[0]["tls"].toBool());
-  EXPECT_EQ(messages[0]["mail_from"].toString(), "noreply@vellmor.example");
+  EXPECT_EQ(messages[0]["mail_from"].toString(), SenderAddress(smtp));
   EXPECT_EQ(Strings(messages[0]["rcpt_tos"]), QStringList{"tester@vellmor.example"});
   EXPECT_EQ(Header(messages[0], "Subject"), "SMTP gateway test");
   const QJsonArray parts = messages[0]["parts"].toArray();
@@ -260,4 +262,22 @@ TEST(ImplicitTlsSendingTest, Port465SpeaksTlsFromTheStart)
   ASSERT_EQ(messages.size(), 1);
   EXPECT_TRUE(messages[0]["tls"].toBool());
   EXPECT_TRUE(messages[0]["authenticated"].toBool());
+}
+
+TEST(SenderAddress, TheFromSettingElseTheUserNameWhenAnAddressElseThisMachine)
+{
+  struct
+  {
+    QString From, UserName, Expected;
+  } const cases[] = {
+      {" robot@vellmor.example ", "login@vellmor.example", "robot@vellmor.example"},
+      {"", " login@vellmor.example", "login@vellmor.example"},
+      {"", "login", "quorvex-followup@" + QHostInfo::localHostName()},
+  };
+  for (const auto &c : cases) {
+    tySMTPserver smtp;
+    smtp.From = c.From;
+    smtp.UserName = c.UserName;
+    EXPECT_EQ(SenderAddress(smtp), c.Expected) << c.From.toStdString() << " / " << c.UserName.toStdString();
+  }
 }
