@@ -40,9 +40,9 @@ const QString DefaultTo = QStringLiteral("DefaultTo");
 const QString DefaultCC = QStringLiteral("DefaultCC");
 const QString From = QStringLiteral("From");
 
+// No server, mailbox or address is made up: the user enters them.
+constexpr std::int32_t DefaultPort = 465;
 constexpr bool DefaultUseSSL = true;
-// The built-in password of the default mailbox; the file holds it enciphered.
-const QString BuiltInPassword = QStringLiteral("Qv7%mT2_rW9k%Zp4_Lx8Ns");
 } // namespace Smtp
 
 namespace Delivery {
@@ -141,16 +141,16 @@ void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarning
   const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigSMTP");
   const TIniFile ini(iniPath);
   using namespace Smtp;
-  smtp.Server = ini.ReadString(Section, Server, SmtpDefaults::Server);
-  smtp.Port = ini.ReadInteger(Section, Port, SmtpDefaults::Port);
+  smtp.Server = ini.ReadString(Section, Server, QString());
+  smtp.Port = ini.ReadInteger(Section, Port, DefaultPort);
   smtp.UseSSL = ini.ReadBool(Section, UseSSL, DefaultUseSSL);
-  smtp.UserName = ini.ReadString(Section, UserName, SmtpDefaults::UserName);
+  smtp.UserName = ini.ReadString(Section, UserName, QString());
   // The default of an enciphered key is given enciphered, so that a missing key
   // and a present one go through the same Decrypt.
-  smtp.Password = ReadSecret(ini, Section, Password, Encrypt(BuiltInPassword), warnings);
-  smtp.DefaultTo = ini.ReadString(Section, DefaultTo, SmtpDefaults::DefaultTo);
-  smtp.DefaultCC = ini.ReadString(Section, DefaultCC, SmtpDefaults::DefaultCC);
-  smtp.From = ini.ReadString(Section, From, SmtpDefaults::From);
+  smtp.Password = ReadSecret(ini, Section, Password, Encrypt(QString()), warnings);
+  smtp.DefaultTo = ini.ReadString(Section, DefaultTo, QString());
+  smtp.DefaultCC = ini.ReadString(Section, DefaultCC, QString());
+  smtp.From = ini.ReadString(Section, From, QString());
 }
 
 void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp)

@@ -34,13 +34,3 @@ void ReadConfigFilters(const QString &iniPath, std::int32_t &nbMinutes, std::int
                        QStringList &statusToIgnore);
 void SaveConfigFilters(const QString &iniPath, std::int32_t nbMinutes, std::int32_t nbDays,
                        const QStringList &statusToIgnore);
-
-// Built-in SMTP defaults, for the deployment of the maker.
-namespace SmtpDefaults {
-inline const QString Server = QStringLiteral("mail.vellmor.example");
-inline constexpr std::int32_t Port = 465;
-inline const QString UserName = QStringLiteral("followup@vellmor.example");
-inline const QString DefaultTo = QStringLiteral("servicedesk-leads@vellmor.example");
-inline const QString DefaultCC = QStringLiteral("itsm-followup@vellmor.example");
-inline const QString From = QStringLiteral("noreply@vellmor.example");
-} // namespace SmtpDefaults

@@ -7,7 +7,6 @@
 #include <memory>
 
 class QLabel;
-class QTableView;
 class QToolButton;
 class TMainState;
 class TWindowProgress;
@@ -42,11 +41,13 @@ private:
   // not do.
   void RunStep(const QString &caption, const std::function<void()> &step);
   void WireButtons();
-  // Columns as wide as their contents, plus a little air.
-  void FitColumns();
+  // "Send Mail" only with a report to send, the workbook only with tickets.
+  void UpdateButtons();
   // Tells in the status bar how many tickets came, or what failed and since
   // when the grid dates.
   void ShowRetrievalStatus();
+  // The status-bar line of a settings dialog: saved, or left as it was.
+  void ShowSettingsResult(bool saved, const QString &what);
   void bbtQuorvexItsmApiClick();
   void bbtGetTicketsClick();
   void bbtGET_Organization_ListClick();
@@ -67,7 +68,6 @@ private:
   std::unique_ptr<TWindowProgress> FProgress;
   QLabel *imgBigBrother = nullptr;
   QLabel *imgBigBrotherRed = nullptr;
-  QTableView *asgTickets = nullptr;
   QWidget *FButtonPanel = nullptr;
   QWidget *FIconRow = nullptr;
   bool FStepRunning = false;

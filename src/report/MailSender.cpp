@@ -1,8 +1,8 @@
 #include "MailSender.h"
 
 #include "MailCapture.h"
+#include "SmtpIdentity.h"
 
-#include "core/Settings.h"
 #include "core/Trace.h"
 
 #include <QDateTime>
@@ -71,11 +71,6 @@ int OnCurlDebug(CURL *, curl_infotype type, char *data, size_t size, void *userD
   return 0;
 }
 
-QString ServerName(const tySMTPserver &smtp)
-{
-  return QStringLiteral("%1:%2").arg(smtp.Server.trimmed()).arg(smtp.Port);
-}
-
 // The system's authorities followed by those of QUORVEX_EXTRA_CA_CERTS; empty when
 // that variable is not set, so that libcurl keeps its own defaults.
 QByteArray TrustedAuthorities(CURL *curl, const tySMTPserver &smtp)
@@ -87,7 +82,7 @@ QByteArray TrustedAuthorities(CURL *curl, const tySMTPserver &smtp)
   if (!extra.open(QIODevice::ReadOnly))
     throw ESmtpError(QStringLiteral("Unable to send the mail through %1: the certificates named by %2 cannot be "
                                     "read from %3: %4")
-                         .arg(ServerName(smtp), QLatin1String(CExtraCaVariable), extraPath, extra.errorString()));
+                         .arg(SmtpServerName(smtp), QLatin1String(CExtraCaVariable), extraPath, extra.errorString()));
   QByteArray pem;
   char *systemBundle = nullptr;
   if (curl_easy_getinfo(curl, CURLINFO_CAINFO, &systemBundle) == CURLE_OK && systemBundle) {
@@ -213,7 +208,7 @@ void Transfer(const tySMTPserver &smtp, const TMailMessage &message, TMailCaptur
               std::chrono::milliseconds timeout)
 {
   const auto started = std::chrono::steady_clock::now();
-  const QString server = capture ? QStringLiteral("the dry run's copy") : ServerName(smtp);
+  const QString server = capture ? QStringLiteral("the dry run's copy") : SmtpServerName(smtp);
   TraceValue(lcMail(), "Server", server);
   TraceValue(lcMail(), "Subject", message.Subject);
   if (message.To.isEmpty())
@@ -233,7 +228,7 @@ void Transfer(const tySMTPserver &smtp, const TMailMessage &message, TMailCaptur
                           .arg(implicitTls ? QStringLiteral("smtps") : QStringLiteral("smtp"),
                                host.contains(u':') ? u'[' + host + u']' : host)
                           .arg(capture ? capture->Port() : smtp.Port);
-  const QString from = smtp.From.trimmed().isEmpty() ? SmtpDefaults::From : smtp.From.trimmed();
+  const QString from = SenderAddress(smtp);
 
   TCurlList recipients;
   for (const QString &address : message.To + message.Cc)

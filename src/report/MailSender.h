@@ -40,7 +40,7 @@ struct TMailMessage
 //   and those of the PEM file named by QUORVEX_EXTRA_CA_CERTS;
 // - with both bodies, a multipart/alternative message (plain text, then HTML),
 //   both UTF-8, inside a multipart/mixed one when there are attachments
-//   (Base64); headers Date, From (smtp.From, or the built-in no-reply address),
+//   (Base64); headers Date, From (SenderAddress),
 //   To, Cc (when any), Subject, Message-ID, and Auto-Submitted and
 //   X-Auto-Response-Suppress so that no automatic answer comes back.
 // Every recipient of To and Cc gets the mail, and no one else. The whole

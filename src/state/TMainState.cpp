@@ -3,8 +3,10 @@
 #include "rest/dRest.h"
 
 #include "core/AppPaths.h"
+#include "core/Errors.h"
 #include "core/Settings.h"
 #include "core/Trace.h"
+#include "core/uTools.h"
 #include "report/HtmlTexts.h"
 #include "rest/dRest.h"
 #include "tickets/ColourSettings.h"
@@ -37,12 +39,12 @@ TMainState::~TMainState()
   FRest.SetTokenRefusedHandler({});
 }
 
-void TMainState::bbtQuorvexItsmApiClick(const TEditApi &editApi)
+bool TMainState::bbtQuorvexItsmApiClick(const TEditApi &editApi)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtQuorvexItsmApiClick");
   tyQuorvexITSM edited = FICI;
   if (!editApi(edited))
-    return;
+    return false;
   if (!SameAccount(edited, FICI)) {
     qCDebug(lcApp) << "Connection or credentials changed: the saved token is dropped";
     edited.API.Token.clear();
@@ -50,6 +52,7 @@ void TMainState::bbtQuorvexItsmApiClick(const TEditApi &editApi)
   }
   FICI = edited;
   SaveConfigITSM();
+  return true;
 }
 
 TColourStore &TMainState::Colours()
@@ -166,4 +169,21 @@ void TMainState::Warn(const QStringList &warnings) const
     return;
   for (const QString &warning : warnings)
     FWarningSink(warning);
+}
+
+bool TMainState::ServiceConfigured() const
+{
+  return !TrimBlanks(FICI.Instance).isEmpty() && !TrimBlanks(FICI.API.ClientID).isEmpty();
+}
+
+bool TMainState::ServiceReady()
+{
+  if (ServiceConfigured())
+    return true;
+  const QString missing =
+      QStringLiteral("Enter the service's address and API account in 'Quorvex ITSM API' first");
+  if (!FAutomatic)
+    throw EQuorvexError(missing);
+  FStepFailures.append(TStepFailure{QStringLiteral("Quorvex ITSM API"), missing, QString()});
+  return false;
 }

@@ -68,7 +68,7 @@ public:
 
   // "Quorvex ITSM API": the service settings, saved on OK. A change of the
   // connection or the credentials drops the saved token.
-  void bbtQuorvexItsmApiClick(const TEditApi &editApi);
+  bool bbtQuorvexItsmApiClick(const TEditApi &editApi);
   // "Get tickets": the open tickets of every selected organization, flagged for
   // the ten-exchanges notice, into FTickets and the grid; counts in FslLog. When
   // no token came or every query failed, the previous list and grid stay.
@@ -83,12 +83,13 @@ public:
   // interactive run also writes the .to, .cc and .html files and opens the page.
   void bbtGenerateMailClick(const TOpenFile &openFile = {});
   // "Send Mail": the last generated report, delivered as FDelivery says
-  // (PlanDelivery); a dry run writes the mails as <base>_1.eml, ... instead. In
-  // modes concerned and personal an interactive run first asks `confirm`, and
-  // sends nothing when refused. Adds one run-log line per mail (or "Nothing to
-  // report") to FslLog and returns their texts; nothing when no report was
-  // generated or the person refused.
-  QStringList bbtSendMailClick(const TConfirmMails &confirm = {});
+  // (PlanDelivery), off this thread while `progress` names the server; a dry
+  // run writes the mails as <base>_1.eml, ... instead. In modes concerned and
+  // personal an interactive run first asks `confirm`, and sends nothing when
+  // refused. Adds one run-log line per mail (or "Nothing to report") to FslLog
+  // and returns their texts; nothing when no report was generated or the
+  // person refused.
+  QStringList bbtSendMailClick(TLoadingProgress &progress, const TConfirmMails &confirm = {});
 
   // Path of the report page written by an interactive or dry run.
   QString ReportFile() const { return OutputBase() + QStringLiteral(".html"); }
@@ -159,6 +160,11 @@ private:
   // The service refused the token: it is dropped from the settings, and one new
   // token is requested per step. Returns whether a new one is in force.
   bool RenewRefusedToken();
+  // Whether the service's address and API account were entered.
+  bool ServiceConfigured() const;
+  // The same; when not, a person is told where to enter them (EQuorvexError) and
+  // an unattended run counts the retrieval as incomplete.
+  bool ServiceReady();
   // <settings folder>/<executable name>: base of the report files.
   QString OutputBase() const;
 

@@ -3,21 +3,26 @@
 #include "TMainState.h"
 
 #include "core/RunLog.h"
+#include "core/OffThread.h"
 #include "core/Trace.h"
 #include "report/DeliveryPlan.h"
 #include "report/MailReport.h"
 #include "report/ReportFiles.h"
 #include "report/ReportSending.h"
+#include "report/SmtpIdentity.h"
 #include "rest/dRest.h"
+#include "tickets/LoadingProgress.h"
 #include "tickets/Selection.h"
 
+#include <QScopeGuard>
 
 void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGenerateMailClick");
   BeginServiceStep();
-  // Without a token the query could only be refused (the retrieval has said why).
-  if (FTeamsOperators.isEmpty() && FRest.TokenOk()) {
+  // The recipients come from the service's operators; without a token the query
+  // could only be refused (the retrieval has said why).
+  if (FTeamsOperators.isEmpty() && ServiceConfigured() && FRest.TokenOk()) {
     FOperators = FRest.GET_OperatorsList(FICI);
     NoteFailure(QStringLiteral("Operator list (the report's recipients)"));
     if (!FOperators.isEmpty())
@@ -71,7 +76,7 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
     openFile(page);
 }
 
-QStringList TMainState::bbtSendMailClick(const TConfirmMails &confirm)
+QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConfirmMails &confirm)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSendMailClick");
   constexpr qsizetype CMinimumReportLines = 5; // fewer: no report generated yet
@@ -101,7 +106,11 @@ QStringList TMainState::bbtSendMailClick(const TConfirmMails &confirm)
   if (FDryRun)
     options.DryRunBase = OutputBase();
   options.Delivered = delivered;
-  DeliverReport(FSmtp, mails, options, Colours());
+  progress.LoadingShow(1);
+  const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
+  progress.LoadingSetTitle(FDryRun ? QStringLiteral("Writing the mails…")
+                                   : QStringLiteral("Sending to %1…").arg(SmtpServerName(FSmtp)));
+  RunOffThread([&] { DeliverReport(FSmtp, mails, options, Colours()); });
   TraceValue(lcApp(), "Mails", static_cast<int>(mails.size()));
   return texts;
 }

@@ -96,6 +96,8 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   BeginServiceStep();
   FRetrievalAttempt = NowDateTime();
   const auto keepFailures = qScopeGuard([this] { FRetrievalFailures = FStepFailures; });
+  if (!ServiceReady())
+    return;
   if (FSelectedOrganizations.isEmpty()) {
     // Nothing to retrieve: a report made now would be a false "all clear".
     FStepFailures.append(TStepFailure{QStringLiteral("Get tickets"),
@@ -176,6 +178,8 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGET_Organization_ListClick");
   BeginServiceStep();
+  if (!ServiceReady())
+    return;
   int errors = 0;
   {
     // The progress window goes away however the fetching ends, an error included.
@@ -231,7 +235,7 @@ void TMainState::bbtStatusAndPropertiesClick(const TEditColours &editColours)
   const TraceScope trace(lcApp(), "TfrmMain.bbtStatusAndPropertiesClick");
   BeginServiceStep();
   if (FStatus.isEmpty()) {
-    if (!EnsureToken())
+    if (!ServiceReady() || !EnsureToken())
       return;
     FStatus = BuildStatusList(FRest.GET_Objects(FICI, QStringLiteral("TICKETING"), QStringLiteral("TICKET_STATUS")),
                               Colours());

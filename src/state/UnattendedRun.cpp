@@ -90,7 +90,7 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     log.append(LogLine(QStringLiteral(" - * Cc: ") + QString::number(state.FSlRecipientCc.size())));
     log.append(LogLine(QStringLiteral(" - Send email")));
     echo.Flush();
-    state.bbtSendMailClick();
+    state.bbtSendMailClick(progress);
     log.append(LogLine(QStringLiteral(" - END")));
   } catch (const EQuorvexError &error) {
     Fail(state, error.Message());

@@ -119,7 +119,9 @@ TEST(Executable, AHeadlessRunWithNothingSelectedIsNeverAnAllClear)
   const QStringList logs = QDir(folder).entryList({"quorvex-followup_*.log"});
   ASSERT_EQ(logs.size(), 1);
   const QString log = ReadTextFile(folder + logs[0]);
-  EXPECT_TRUE(log.contains(" - ERROR Get tickets: no organization is selected")) << log.toStdString();
+  EXPECT_TRUE(log.contains(" - ERROR Quorvex ITSM API: Enter the service's address and API account in "
+                           "'Quorvex ITSM API' first"))
+      << log.toStdString();
   EXPECT_TRUE(log.contains(" - END"));
   QFile page(folder + "quorvex-followup.html");
   ASSERT_TRUE(page.open(QIODevice::ReadOnly));

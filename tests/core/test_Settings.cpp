@@ -6,7 +6,6 @@
 #include "tickets/SelectionSettings.h"
 
 #include <QFile>
-#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 namespace {
@@ -51,14 +50,11 @@ TEST_F(SettingsTest, MissingFileGivesEveryDefault)
 
   tySMTPserver smtp;
   ReadConfigSMTP(FPath, smtp, FWarnings);
-  EXPECT_EQ(smtp.Server, SmtpDefaults::Server);
+  // No made-up server, mailbox or address.
+  for (const QString &value : {smtp.Server, smtp.UserName, smtp.Password, smtp.DefaultTo, smtp.DefaultCC, smtp.From})
+    EXPECT_EQ(value, "");
   EXPECT_EQ(smtp.Port, 465);
   EXPECT_TRUE(smtp.UseSSL);
-  EXPECT_EQ(smtp.UserName, SmtpDefaults::UserName);
-  // The built-in password: 22 letters, digits, "%" and "_".
-  EXPECT_TRUE(QRegularExpression("^[A-Za-z0-9%_]{22}$").match(smtp.Password).hasMatch());
-  EXPECT_EQ(smtp.DefaultTo, SmtpDefaults::DefaultTo);
-  EXPECT_EQ(smtp.DefaultCC, SmtpDefaults::DefaultCC);
 
   std::int32_t minutes = 0, days = 0;
   QStringList ignored{"stale"};

@@ -1,12 +1,14 @@
 #include "SmtpTestServer.h"
 #include "report/MailSender.h"
 #include "report/DeliveryPlan.h"
+#include "report/SmtpIdentity.h"
 #include "report/ReportSending.h"
 #include "support/TempConfig.h"
 #include "tickets/ColourStore.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
+#include <QHostInfo>
 #include <QJsonArray>
 #include <QRegularExpression>
 #include <gtest/gtest.h>
@@ -213,7 +215,7 @@ TEST(PlainSendingTest, GatewayTestAndEncodedSubjectWithoutEncryption)
   const QList<QJsonObject> messages = server.Messages();
   ASSERT_EQ(messages.size(), 2);
   EXPECT_FALSE(messages[0]["tls"].toBool());
-  EXPECT_EQ(messages[0]["mail_from"].toString(), "noreply@vellmor.example");
+  EXPECT_EQ(messages[0]["mail_from"].toString(), SenderAddress(smtp));
   EXPECT_EQ(Strings(messages[0]["rcpt_tos"]), QStringList{"tester@vellmor.example"});
   EXPECT_EQ(Header(messages[0], "Subject"), "SMTP gateway test");
   const QJsonArray parts = messages[0]["parts"].toArray();
@@ -292,4 +294,22 @@ TEST(PlainSendingTest, AServerSilentAfterTheMessageCostsNoMoreThanTheTimeOut)
   EXPECT_LT(clock.elapsed(), 6000);
   EXPECT_TRUE(error.contains("Timeout", Qt::CaseInsensitive) || error.contains("timed out", Qt::CaseInsensitive))
       << error.toStdString();
+}
+
+TEST(SenderAddress, TheFromSettingElseTheUserNameWhenAnAddressElseThisMachine)
+{
+  struct
+  {
+    QString From, UserName, Expected;
+  } const cases[] = {
+      {" robot@vellmor.example ", "login@vellmor.example", "robot@vellmor.example"},
+      {"", " login@vellmor.example", "login@vellmor.example"},
+      {"", "login", "quorvex-followup@" + QHostInfo::localHostName()},
+  };
+  for (const auto &c : cases) {
+    tySMTPserver smtp;
+    smtp.From = c.From;
+    smtp.UserName = c.UserName;
+    EXPECT_EQ(SenderAddress(smtp), c.Expected) << c.From.toStdString() << " / " << c.UserName.toStdString();
+  }
 }

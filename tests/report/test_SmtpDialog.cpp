@@ -1,6 +1,7 @@
 #include "SmtpTestServer.h"
 #include "report/MailSender.h"
 #include "report/gui/TfrmSMTP.h"
+#include "tickets/gui/TfrmLoading.h"
 #include "support/TempConfig.h"
 
 #include <QApplication>
@@ -10,8 +11,12 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScopeGuard>
+#include <QTest>
+#include <QThread>
 #include <QTimer>
 #include <QValidator>
+#include <atomic>
 #include <gtest/gtest.h>
 
 namespace {
@@ -141,6 +146,38 @@ TEST(SmtpDialogTest, NoRecipientNoTestAndAFailureKeepsTheValues)
   EXPECT_TRUE(recorder.Informed.isEmpty());
   EXPECT_TRUE(dialog.isVisible());
   EXPECT_TRUE(Same(dialog.Values(), Settings()));
+}
+
+TEST(SmtpDialogTest, TestRunsOffTheWindowThreadWithTheButtonsOff)
+{
+  TRecorder recorder;
+  recorder.Answer = "tester@vellmor.example";
+  TfrmSMTP::TTestActions actions = recorder.Actions();
+  std::atomic<bool> released = false;
+  actions.Send = [&released](const tySMTPserver &, const QString &) {
+    while (!released)
+      QThread::msleep(5);
+  };
+  TfrmSMTP dialog(nullptr, actions);
+  dialog.Fill(Settings());
+  dialog.show();
+  bool seen = false;
+  QTimer::singleShot(0, [&] {
+    const auto release = qScopeGuard([&released] { released = true; });
+    seen = true; // the window thread runs while the server is slow
+    EXPECT_FALSE(dialog.BitBtn1->isEnabled());
+    EXPECT_FALSE(dialog.findChild<QPushButton *>("bbtOk")->isEnabled());
+    const auto *progress = dialog.findChild<TfrmLoading *>();
+    ASSERT_NE(progress, nullptr);
+    EXPECT_TRUE(progress->isVisible());
+    EXPECT_EQ(progress->Step(), QString::fromUtf8("Sending to mail.vellmor.example:587…"));
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    EXPECT_TRUE(dialog.isVisible());
+  });
+  QTest::mouseClick(dialog.BitBtn1, Qt::LeftButton);
+  EXPECT_TRUE(seen);
+  EXPECT_TRUE(dialog.BitBtn1->isEnabled());
+  EXPECT_EQ(recorder.Informed, QStringList{"Check your inbox, the email has been sent."});
 }
 
 TEST(SmtpDialogTest, CancelAfterARealTestLeavesTheSettingsUnchanged)

@@ -1,8 +1,12 @@
 #include "TfrmSMTP.h"
 
 #include "core/Errors.h"
+#include "core/OffThread.h"
 #include "core/uTools.h"
+#include "gui/DialogLayout.h"
 #include "report/ReportSending.h"
+#include "report/SmtpIdentity.h"
+#include "tickets/gui/TfrmLoading.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -16,7 +20,9 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
+#include <QScopeGuard>
 #include <QVBoxLayout>
+#include <optional>
 
 namespace {
 
@@ -53,8 +59,16 @@ TfrmSMTP::TTestActions TfrmSMTP::DefaultTestActions()
 {
   TTestActions actions;
   actions.AskRecipient = [](QWidget *parent, const QString &proposed) {
-    return QInputDialog::getText(parent, CTestSubject, QStringLiteral("Recipient's email"), QLineEdit::Normal,
-                                 proposed);
+    QInputDialog ask(parent);
+    ask.setWindowTitle(CTestSubject);
+    ask.setLabelText(QStringLiteral("Recipient's email"));
+    ask.setTextValue(proposed);
+    // Room for an address and the whole caption.
+    if (auto *edit = ask.findChild<QLineEdit *>())
+      edit->setMinimumWidth(ask.fontMetrics().horizontalAdvance(CTestSubject + proposed) + 80);
+    if (auto *buttons = ask.findChild<QDialogButtonBox *>())
+      StyleOkCancel(buttons);
+    return ask.exec() == QDialog::Accepted ? ask.textValue() : QString();
   };
   actions.Send = SendTestMail;
   actions.Inform = [](QWidget *parent, const QString &text) {
@@ -125,15 +139,15 @@ TfrmSMTP::TfrmSMTP(QWidget *parent, TTestActions actions) : QDialog(parent), FAc
   BitBtn1->setObjectName(QStringLiteral("BitBtn1"));
   BitBtn1->setAutoDefault(false);
   connect(BitBtn1, &QPushButton::clicked, this, &TfrmSMTP::BitBtn1Click);
-  auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("bbtOk"));
-  buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("bbtCancel"));
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  // No test without a server to send to.
+  connect(ledtServer, &QLineEdit::textChanged, BitBtn1,
+          [this](const QString &server) { BitBtn1->setEnabled(!TrimBlanks(server).isEmpty()); });
+  BitBtn1->setEnabled(false);
+  FButtons = OkCancelButtons(this);
   auto *bottom = new QHBoxLayout;
   bottom->addWidget(BitBtn1);
   bottom->addStretch(1);
-  bottom->addWidget(buttons);
+  bottom->addWidget(FButtons);
 
   auto *layout = new QVBoxLayout(this);
   layout->addLayout(form);
@@ -201,13 +215,38 @@ void TfrmSMTP::BitBtn1Click()
   const QString recipient = FActions.AskRecipient(this, ledtDefaultTo->text());
   if (recipient.isEmpty())
     return;
-  try {
-    FActions.Send(TypedValues(), recipient);
-  } catch (const EQuorvexError &error) {
-    FActions.ShowError(this, error.Message());
+  const tySMTPserver smtp = TypedValues();
+  std::optional<QString> failure;
+  {
+    FSending = true;
+    BitBtn1->setEnabled(false);
+    FButtons->setEnabled(false);
+    TWindowProgress progress(this);
+    progress.LoadingShow(1);
+    const auto restore = qScopeGuard([&] {
+      progress.LoadingHide();
+      FSending = false;
+      BitBtn1->setEnabled(true);
+      FButtons->setEnabled(true);
+    });
+    progress.LoadingSetTitle(QStringLiteral("Sending to %1…").arg(SmtpServerName(smtp)));
+    try {
+      RunOffThread([&] { FActions.Send(smtp, recipient); });
+    } catch (const EQuorvexError &error) {
+      failure = error.Message();
+    }
+  }
+  if (failure) {
+    FActions.ShowError(this, *failure);
     return;
   }
   FActions.Inform(this, QStringLiteral("Check your inbox, the email has been sent."));
+}
+
+void TfrmSMTP::reject()
+{
+  if (!FSending)
+    QDialog::reject();
 }
 
 bool ConfigureSMTPserver(tySMTPserver &smtp, tyDelivery &delivery, QWidget *parent, TfrmSMTP::TTestActions actions)

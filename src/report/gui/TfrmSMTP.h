@@ -6,6 +6,7 @@
 #include <functional>
 
 class QCheckBox;
+class QDialogButtonBox;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
@@ -42,8 +43,9 @@ public:
   tySMTPserver TypedValues() const;
   tyDelivery DeliveryValues() const;
 
-  // "Test": the gateway test message to a recipient asked for. An error is shown
-  // and the dialog stays open with its values.
+  // "Test": the gateway test message to a recipient asked for, sent off the
+  // user-interface thread while a progress window names the server and the
+  // buttons are off. An error is shown and the dialog stays open with its values.
   void BitBtn1Click();
 
   QLineEdit *ledtServer;
@@ -61,8 +63,13 @@ public:
   QCheckBox *chkAttachWorkbook;
   QPushButton *BitBtn1;
 
+  // No closing (Cancel, Escape, close box) while the test message is on its way.
+  void reject() override;
+
 private:
   TTestActions FActions;
+  QDialogButtonBox *FButtons;
+  bool FSending = false;
 };
 
 // Edits the SMTP and delivery settings; on OK writes them back and returns true.
