@@ -32,6 +32,13 @@ TRun RunTool(const QStringList &arguments, const QByteArray &input = {},
           QString::fromUtf8(process.readAllStandardError())};
 }
 
+// Settings that give the report somewhere to go, and nothing else.
+void WriteMailSettings(const TTempConfig &config)
+{
+  QDir().mkpath(config.File("Vellmor/vlmQuorvexITSM"));
+  WriteTextFile(config.File("Vellmor/vlmQuorvexITSM/quorvex-followup.ini"), "[SMTP]\nDefaultTo=leads@example.org\n");
+}
+
 QProcessEnvironment Environment(const TTempConfig &config)
 {
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -111,6 +118,7 @@ TEST(Executable, EncryptPrintsTheStoredFormOfOneLine)
 TEST(Executable, AHeadlessRunWithNothingSelectedIsNeverAnAllClear)
 {
   TTempConfig config;
+  WriteMailSettings(config);
   const QProcessEnvironment environment = HeadlessEnvironment(config);
   const TRun run = RunTool({"--dry-run"}, {}, environment);
   EXPECT_EQ(run.ExitCode, 3) << run.Err.toStdString();
@@ -171,8 +179,8 @@ TEST(Executable, ALockWhoseOwnerIsGoneNeverBlocksARun)
 {
   TTempConfig config;
   const QProcessEnvironment environment = HeadlessEnvironment(config);
+  WriteMailSettings(config);
   const QString folder = config.File("Vellmor/vlmQuorvexITSM");
-  QDir().mkpath(folder);
   const QString lock = folder + "/quorvex-followup.ini.lock";
   // Left by a process killed as it made it: empty, or with a dead owner's data.
   WriteTextFile(lock, "");

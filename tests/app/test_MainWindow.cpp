@@ -143,6 +143,8 @@ TEST_F(MainWindow, CloseButtonClosesTheWindow)
 
 TEST_F(MainWindow, AFailedGetTicketsSaysWhyInAMessageBoxAndTheStatusBar)
 {
+  FState.FICI.Instance = "itsm.vellmor.example";
+  FState.FICI.API.ClientID = "client";
   QString shown;
   QTimer::singleShot(0, [&] {
     auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());

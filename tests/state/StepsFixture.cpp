@@ -110,6 +110,7 @@ StepsFixture::StepsFixture() : FService(StepsData())
   FState->FICI.API.ClientSecret = QStringLiteral("secret");
   FState->FICI.API.Username = QStringLiteral("lead");
   FState->FICI.API.Password = QStringLiteral("pw");
+  FState->FSmtp.DefaultTo = QStringLiteral("leads@vellmor.example");
 }
 
 StepsFixture::~StepsFixture()
