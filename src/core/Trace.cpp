@@ -33,6 +33,14 @@ TTraceChannel &Channel()
   return channel;
 }
 
+// Closes and deletes a file whose last writes may have failed (QFile::remove
+// gives up when the close reports that failure).
+void Remove(QFile &file)
+{
+  file.close();
+  QFile::remove(file.fileName());
+}
+
 // Called with the lock held.
 void WriteLine(TTraceChannel &channel, const QString &line)
 {
@@ -42,7 +50,7 @@ void WriteLine(TTraceChannel &channel, const QString &line)
       // The previous trace stays whole; the broken new one goes.
       std::fprintf(stderr, "Trace log \"%s\" cannot be written: %s; the previous one is kept\n",
                    qPrintable(channel.Target), qPrintable(channel.File.errorString()));
-      channel.File.remove();
+      Remove(channel.File);
       channel.FileFailed = true;
     }
   } else if (!channel.FileFailed) {
@@ -90,7 +98,7 @@ void Install(bool echoToStderr)
 void Discard(TTraceChannel &channel)
 {
   if (channel.File.isOpen())
-    channel.File.remove();
+    Remove(channel.File);
 }
 
 void Clear()
@@ -142,7 +150,7 @@ void Shutdown()
   if (!synced || channel.File.error() != QFileDevice::NoError) {
     std::fprintf(stderr, "Trace log \"%s\" cannot be written: %s; the previous one is kept\n",
                  qPrintable(channel.Target), synced ? qPrintable(channel.File.errorString()) : std::strerror(errno));
-    channel.File.remove();
+    QFile::remove(channel.File.fileName());
     return;
   }
   if (std::rename(QFile::encodeName(channel.File.fileName()).constData(),

@@ -293,6 +293,7 @@ TEST_F(EndToEnd, AFullDiskFailsTheRunAndLosesNoSetting)
   EXPECT_TRUE(full.Err.contains("Unable to write to " + ini + ": File too large")) << full.Err.toStdString();
   EXPECT_EQ(ReadTextFile(ini).toUtf8(), settings);
   EXPECT_EQ(ReadTextFile(Folder() + "quorvex-followup.log").toUtf8(), trace);
+  EXPECT_EQ(QDir(Folder()).entryList({"*.new*"}), QStringList()); // nothing half-written left behind
   EXPECT_EQ(FSmtp.Messages().size(), 1);
 
   // Once there is room again, the next run is as before.
