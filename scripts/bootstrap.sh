@@ -9,7 +9,7 @@ packages=(
   libsimpleini-dev libssl-dev libcurl4-openssl-dev libxlsxwriter-dev
   libgtest-dev libbenchmark-dev libsimdjson-dev
   clang libclang-rt-14-dev time
-  python3-aiosmtpd python3-openpyxl ccache
+  python3-aiosmtpd python3-openpyxl python3-html5lib ccache
 )
 
 missing=()

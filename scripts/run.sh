@@ -3,7 +3,8 @@
 # service (HTTPS on 127.0.0.1) and a local SMTP sink, with a settings folder of
 # their own below ./build (never your real ~/.config). With a display the window
 # opens; without one an unattended run is made and the paths of its report, run
-# log and received e-mail are printed. Extra arguments go to the tool.
+# log and received e-mail are printed. Extra arguments go to the tool;
+# DEMO_DELIVERY=concerned or personal picks the delivery mode.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/build.sh >/dev/null
@@ -64,6 +65,8 @@ id_1=11
 name_1=Service Desk
 id_2=12
 name_2=Network & Security
+[Delivery]
+Mode=${DEMO_DELIVERY:-report}
 INI
 echo "Demo service: https://$instance   SMTP sink: 127.0.0.1:$smtp_port   Settings: $folder" >&2
 

@@ -3,8 +3,19 @@
 TCommandLine ParseCommandLine(const QStringList &arguments)
 {
   TCommandLine line;
-  for (const QString &argument : arguments) {
-    if (argument == QLatin1String("--help") || argument == QLatin1String("-h"))
+  for (qsizetype i = 0; i < arguments.size(); ++i) {
+    const QString &argument = arguments[i];
+    if (argument == QLatin1String("--deadline") || argument.startsWith(QLatin1String("--deadline="))) {
+      const QString value = argument.contains(u'=') ? argument.section(u'=', 1)
+                            : i + 1 < arguments.size() ? arguments[++i]
+                                                       : QString();
+      bool ok = false;
+      line.DeadlineMinutes = value.toInt(&ok);
+      if (!ok || line.DeadlineMinutes <= 0)
+        line.Error = QStringLiteral("--deadline takes a number of minutes greater than 0, not \"%1\"").arg(value);
+      // A deadline is only of use to the unattended run, which it implies.
+      line.OtherArguments.append(argument);
+    } else if (argument == QLatin1String("--help") || argument == QLatin1String("-h"))
       line.Help = true;
     else if (argument == QLatin1String("--version"))
       line.Version = true;
@@ -39,6 +50,10 @@ QString UsageText(const QString &programName)
              "  --encrypt    read one secret line on standard input and print its stored\n"
              "               form, for the settings file of a headless installation\n"
              "  --dry-run    unattended run that writes the report files and sends nothing\n"
+             "  --deadline MINUTES\n"
+             "               unattended run that starts no request of the service after\n"
+             "               MINUTES (default 20): what was not retrieved by then is\n"
+             "               reported as incomplete, and the report is still sent\n"
              "\n"
              "Settings: $XDG_CONFIG_HOME/Vellmor/vlmQuorvexITSM/%1.ini (default ~/.config).\n")
       .arg(programName);

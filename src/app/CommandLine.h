@@ -11,7 +11,13 @@ struct TCommandLine
   bool Verbose = false;    // echo the trace to stderr
   bool Encrypt = false;    // read a secret on stdin, print its stored form
   bool DryRun = false;     // unattended run that writes the report files and sends nothing
+  // Minutes after which the unattended run starts no more request of the
+  // service ("--deadline MINUTES" or "--deadline=MINUTES").
+  int DeadlineMinutes = CDefaultDeadlineMinutes;
+  QString Error;           // an option given a value it cannot take
   QStringList OtherArguments;
+
+  static constexpr int CDefaultDeadlineMinutes = 20;
 
   bool Unattended() const { return DryRun || !OtherArguments.isEmpty(); }
 };

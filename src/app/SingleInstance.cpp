@@ -1,12 +1,19 @@
 #include "SingleInstance.h"
 
+#include "core/AtomicFile.h"
+#include "core/Errors.h"
 #include "core/Trace.h"
 
 #include <QCryptographicHash>
-#include <QDir>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QFileInfo>
+#include <QFile>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -23,20 +30,30 @@ TSingleInstance::TSingleInstance(const QString &key, QObject *parent) : QObject(
   // settings meets it, from a desktop session or from cron alike (their
   // environments differ: cron has no XDG_RUNTIME_DIR, for one).
   const QFileInfo settings(key);
-  QDir().mkpath(settings.absolutePath());
   const QString lockPath = settings.absoluteFilePath() + QStringLiteral(".lock");
-  FLock = std::make_unique<QLockFile>(lockPath);
-  // A lock left by a process that died is taken over (QLockFile checks its PID).
-  FPrimary = FLock->tryLock(0);
-  if (!FPrimary && FLock->error() != QLockFile::LockFailedError) {
+  QString failure;
+  try {
+    MakePrivateFolder(settings.absolutePath());
+    FLockDescriptor = ::open(QFile::encodeName(lockPath).constData(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (FLockDescriptor < 0)
+      failure = QString::fromLocal8Bit(std::strerror(errno));
+  } catch (const EQuorvexError &error) {
+    failure = error.Message();
+  }
+  if (FLockDescriptor >= 0) {
+    FPrimary = ::flock(FLockDescriptor, LOCK_EX | LOCK_NB) == 0;
+    if (!FPrimary && errno != EWOULDBLOCK) {
+      failure = QString::fromLocal8Bit(std::strerror(errno));
+      FPrimary = true;
+    }
+  } else {
     // No lock can be made there (a read-only folder, say): that says nothing of
     // another instance, so this one goes on unguarded; the settings will tell
     // the user what is wrong with the folder.
-    TraceError(lcApp(), QStringLiteral("The single-instance lock %1 cannot be made (error %2); running unguarded")
-                            .arg(lockPath)
-                            .arg(int(FLock->error())));
     FPrimary = true;
   }
+  if (!failure.isEmpty())
+    TraceValue(lcApp(), "Single-instance lock cannot be taken, running unguarded", lockPath + QStringLiteral(": ") + failure);
   if (!FPrimary)
     return;
 
@@ -58,7 +75,13 @@ TSingleInstance::TSingleInstance(const QString &key, QObject *parent) : QObject(
   });
 }
 
-TSingleInstance::~TSingleInstance() = default;
+TSingleInstance::~TSingleInstance()
+{
+  // Closing releases the lock; the file stays, as removing it could race with a
+  // start that has just opened it.
+  if (FLockDescriptor >= 0)
+    ::close(FLockDescriptor);
+}
 
 bool TSingleInstance::AskPrimaryToRaise() const
 {

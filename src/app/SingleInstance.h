@@ -1,15 +1,15 @@
 #pragma once
 
-#include <QLockFile>
 #include <QObject>
 #include <QString>
-#include <memory>
 
 class QLocalServer;
 
 // One running instance per user and settings file. The first instance holds a
-// lock file and listens on a local socket; a later start learns that it is not
-// alone and can ask the first one to come to the front.
+// lock on a file beside the settings (a lock of the system, which it releases
+// when the process ends however it ends, so a crash never leaves it behind) and
+// listens on a local socket; a later start learns that it is not alone and can
+// ask the first one to come to the front.
 class TSingleInstance : public QObject
 {
   Q_OBJECT
@@ -33,7 +33,7 @@ signals:
 
 private:
   QString FServerName;
-  std::unique_ptr<QLockFile> FLock;
+  int FLockDescriptor = -1;
   QLocalServer *FServer = nullptr;
   bool FPrimary = false;
 };

@@ -105,6 +105,7 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
   TdmRest rest(network);
   TUnattendedOptions options;
   options.DryRun = line.DryRun;
+  options.Deadline = QDeadlineTimer(std::chrono::minutes(line.DeadlineMinutes));
   options.Echo = PrintLine;
 
   TMainState state(exeFileName, rest, [&tell](const QString &warning) { tell(warning, false); });
@@ -162,6 +163,10 @@ int main(int argc, char *argv[])
   Trace::Install(line.Verbose || qEnvironmentVariableIsSet("QT_LOGGING_RULES"));
   if (line.Encrypt)
     return EncryptFromStdin();
+  if (!line.Error.isEmpty()) {
+    PrintLine(QStringLiteral("%1: %2 (see --help)").arg(exeFileName, line.Error));
+    return CExitStepFailed;
+  }
   if (!line.Unattended() && !DisplayAvailable()) {
     PrintLine(QStringLiteral("%1: no display to open the window on (DISPLAY is not set). Run it from a desktop "
                              "session, or give an argument for the unattended run (see --help).")

@@ -1,6 +1,6 @@
 #include "AppPaths.h"
 
-#include "Errors.h"
+#include "AtomicFile.h"
 #include "Trace.h"
 #include "uTools.h"
 
@@ -49,8 +49,8 @@ QString TraceLogPathFor(const QString &iniPath, const QString &exeFileName)
 tyAppPaths InitFichIniLocation(const QString &exeFileName)
 {
   const QString folder = BaseFolder();
-  if (!QDir().mkpath(folder))
-    throw EWriteError(QStringLiteral("Unable to create the folder ") + folder);
+  // It holds the access token and the enciphered secrets.
+  MakePrivateFolder(folder);
 
   tyAppPaths paths;
   paths.FFichINI = folder + IniFileNameFor(exeFileName);

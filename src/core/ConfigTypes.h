@@ -43,3 +43,17 @@ struct tySMTPserver
   QString DefaultCC;
   QString From;       // sender address of the report
 };
+
+// Who receives the report (section "Delivery").
+enum class TDeliveryMode {
+  Report,    // one mail to the default receivers, with the computed recipients listed for information
+  Concerned, // one mail to the computed recipients, the defaults in copy
+  Personal,  // one digest per computed primary recipient, then the full report to the defaults
+};
+
+struct tyDelivery
+{
+  TDeliveryMode Mode = TDeliveryMode::Report;
+  bool SkipWhenClear = false;  // no mail when the retrieval was complete and no section has a row
+  bool AttachWorkbook = false; // each mail carries its rows as a workbook
+};

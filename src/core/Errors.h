@@ -4,16 +4,19 @@
 #include <stdexcept>
 
 // Errors raised by the program's own code. Each carries a message meant for the
-// user, naming the file, key, URL or server concerned.
+// user, naming the file, key, URL or server concerned, and may carry technical
+// details (address, status, the library's own words) shown on demand.
 class EQuorvexError : public std::runtime_error
 {
 public:
-  explicit EQuorvexError(const QString &message)
-      : std::runtime_error(message.toStdString()), FMessage(message) {}
+  explicit EQuorvexError(const QString &message, QString details = {})
+      : std::runtime_error(message.toStdString()), FMessage(message), FDetails(std::move(details)) {}
   const QString &Message() const { return FMessage; }
+  const QString &Details() const { return FDetails; }
 
 private:
   QString FMessage;
+  QString FDetails;
 };
 
 // A number outside the range its destination can hold.

@@ -3,12 +3,14 @@
 
 #include "IniFile.h"
 
+#include "AtomicFile.h"
 #include "Errors.h"
+#include "Trace.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
-#include <QSaveFile>
+#include <QMap>
 #include <QStringConverter>
 #include <QStringDecoder>
 
@@ -17,6 +19,27 @@ struct TIniFile::TData
   // Multi-key so that a duplicated key keeps every occurrence and the first one
   // is read, as the profile API does; writes replace them with one entry.
   CSimpleIniA Ini{/*a_bIsUtf8*/ true, /*a_bMultiKey*/ true, /*a_bMultiLine*/ false};
+  // Every value as read, so that a save that changes none writes nothing.
+  QMap<QString, QString> Loaded;
+
+  // Each key's value (its first occurrence), keyed by section and key in lower
+  // case, as the profile rules compare them.
+  QMap<QString, QString> Values() const
+  {
+    QMap<QString, QString> values;
+    CSimpleIniA::TNamesDepend sections;
+    Ini.GetAllSections(sections);
+    for (const auto &section : sections) {
+      CSimpleIniA::TNamesDepend keys;
+      Ini.GetAllKeys(section.pItem, keys);
+      for (const auto &key : keys) {
+        const QString id = QString::fromUtf8(section.pItem).toLower() + u'\n' + QString::fromUtf8(key.pItem).toLower();
+        if (!values.contains(id))
+          values.insert(id, QString::fromUtf8(Ini.GetValue(section.pItem, key.pItem, "")));
+      }
+    }
+    return values;
+  }
 };
 
 namespace {
@@ -56,6 +79,7 @@ TIniFile::TIniFile(const QString &path) : FPath(path), FData(std::make_unique<TD
   FData->Ini.SetSpaces(false);
   const QByteArray utf8 = ReadAsUtf8(path);
   FData->Ini.LoadData(utf8.constData(), static_cast<size_t>(utf8.size()));
+  FData->Loaded = FData->Values();
 }
 
 TIniFile::~TIniFile() = default;
@@ -108,6 +132,11 @@ void TIniFile::WriteString(const QString &section, const QString &key, const QSt
 {
   // A value is one line of the file: a line break would cut it and turn the rest
   // into a stray line.
+  // A line "=value" could never be read back.
+  if (key.trimmed().isEmpty()) {
+    TraceValue(lcSettings(), "Not written, no key name in section", section);
+    return;
+  }
   QString line = value;
   line.replace(QStringLiteral("\r\n"), QStringLiteral(" ")).replace(u'\n', u' ').replace(u'\r', u' ');
   FData->Ini.SetValue(section.toUtf8().constData(), key.toUtf8().constData(), line.toUtf8().constData(),
@@ -136,15 +165,12 @@ void TIniFile::EraseSection(const QString &section)
 
 void TIniFile::UpdateFile()
 {
-  // The new file replaces the old one by a rename, which a read-only file would
-  // not stop: its mode is honoured here.
-  const QFileInfo existing(FPath);
-  if (existing.exists() && (!existing.isWritable() || !existing.permissions().testFlag(QFileDevice::WriteOwner)))
-    throw EWriteError(QStringLiteral("Unable to write to ") + FPath);
+  if (FData->Values() == FData->Loaded)
+    return;
   std::string text;
-  QSaveFile file(FPath);
-  if (FData->Ini.Save(text) < 0 || !file.open(QIODevice::WriteOnly) ||
-      file.write(text.data(), static_cast<qint64>(text.size())) != static_cast<qint64>(text.size()) ||
-      !file.commit())
+  if (FData->Ini.Save(text) < 0)
     throw EWriteError(QStringLiteral("Unable to write to ") + FPath);
+  // The file holds the access token and enciphered secrets: nobody else reads it.
+  WriteFileAtomically(FPath, QByteArray(text.data(), static_cast<qsizetype>(text.size())), /*ownerOnly*/ true);
+  FData->Loaded = FData->Values();
 }

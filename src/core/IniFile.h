@@ -8,7 +8,7 @@
 // names are case-insensitive, the first occurrence of a key wins, values are
 // trimmed, unknown sections, keys and comments are kept. The file is read when the
 // object is made; changes reach the disk only through UpdateFile, which replaces
-// the file atomically. A missing file reads as empty; one that exists but cannot
+// the file atomically. A key with an empty name is never written. A missing file reads as empty; one that exists but cannot
 // be read raises EReadError "Unable to read <path>: <reason>".
 //
 // Typed reads follow the profile rules: a value that does not convert gives the
@@ -37,8 +37,9 @@ public:
   void WriteFloat(const QString &section, const QString &key, double value);
   void EraseSection(const QString &section);
 
-  // Writes the file through a temporary file and a rename. Raises EWriteError
-  // "Unable to write to <path>" when the system refuses.
+  // Writes the file when a value differs from what was read (a save that
+  // changes nothing writes nothing), through WriteFileAtomically, readable by
+  // its owner only. Raises EWriteError "Unable to write to <path>: <reason>".
   void UpdateFile();
 
 private:

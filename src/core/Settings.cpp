@@ -45,10 +45,21 @@ const QString DefaultTo = QStringLiteral("DefaultTo");
 const QString DefaultCC = QStringLiteral("DefaultCC");
 const QString From = QStringLiteral("From");
 
+// No server, mailbox or address is made up: the user enters them.
+constexpr std::int32_t DefaultPort = 465;
 constexpr bool DefaultUseSSL = true;
-// The built-in password of the default mailbox; the file holds it enciphered.
-const QString BuiltInPassword = QStringLiteral("Qv7%mT2_rW9k%Zp4_Lx8Ns");
 } // namespace Smtp
+
+namespace Delivery {
+const QString Section = QStringLiteral("Delivery");
+const QString Mode = QStringLiteral("Mode");
+const QString SkipWhenClear = QStringLiteral("SkipWhenClear");
+const QString AttachWorkbook = QStringLiteral("AttachWorkbook");
+
+const QList<std::pair<TDeliveryMode, QString>> ModeNames{{TDeliveryMode::Report, QStringLiteral("report")},
+                                                         {TDeliveryMode::Concerned, QStringLiteral("concerned")},
+                                                         {TDeliveryMode::Personal, QStringLiteral("personal")}};
+} // namespace Delivery
 
 namespace Filters {
 const QString Section = QStringLiteral("Filters");
@@ -72,10 +83,27 @@ QString ReadSecret(const TIniFile &ini, const QString &section, const QString &k
         QStringLiteral("The stored secret \"%1\" of section [%2] in \"%3\" cannot be read (%4); it is taken as "
                        "empty. Enter it again in its settings dialog.")
             .arg(key, section, ini.FileName(), error.Message());
-    TraceError(lcSettings(), warning);
+    TraceFailure(lcSettings(), warning); // the warning itself reaches the person
     warnings.append(warning);
     return QString();
   }
+}
+
+// Writes a secret enciphered, unless the stored text already holds it (each
+// enciphering differs, and a save that changes nothing must write nothing). A
+// stored value that cannot be deciphered read as empty: while the secret is
+// still empty it stays as found, so that a save of the group never destroys
+// what the user may still repair or recover.
+void WriteSecret(TIniFile &ini, const QString &section, const QString &key, const QString &secret)
+{
+  try {
+    if (Decrypt(ini.ReadString(section, key, QString())) == secret)
+      return;
+  } catch (const ESecretError &) {
+    if (secret.isEmpty())
+      return;
+  }
+  ini.WriteString(section, key, Encrypt(secret));
 }
 
 } // namespace
@@ -113,9 +141,9 @@ void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici)
   ini.WriteBool(Section, SaaS, ici.SaaS);
   ini.WriteString(Section, Instance, ici.Instance);
   ini.WriteString(Section, ClientID, ici.API.ClientID);
-  ini.WriteString(Section, ClientSecret, Encrypt(ici.API.ClientSecret));
+  WriteSecret(ini, Section, ClientSecret, ici.API.ClientSecret);
   ini.WriteString(Section, Username, ici.API.Username);
-  ini.WriteString(Section, Password, Encrypt(ici.API.Password));
+  WriteSecret(ini, Section, Password, ici.API.Password);
   ini.WriteFloat(Section, TokenRequest, ici.API.TokenRequest);
   ini.WriteInteger(Section, TokenValidity, ici.API.TokenValidity);
   ini.WriteString(Section, Token, ici.API.Token);
@@ -128,16 +156,16 @@ void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarning
   const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigSMTP");
   const TIniFile ini(iniPath);
   using namespace Smtp;
-  smtp.Server = ini.ReadString(Section, Server, SmtpDefaults::Server);
-  smtp.Port = ini.ReadInteger(Section, Port, SmtpDefaults::Port);
+  smtp.Server = ini.ReadString(Section, Server, QString());
+  smtp.Port = ini.ReadInteger(Section, Port, DefaultPort);
   smtp.UseSSL = ini.ReadBool(Section, UseSSL, DefaultUseSSL);
-  smtp.UserName = ini.ReadString(Section, UserName, SmtpDefaults::UserName);
+  smtp.UserName = ini.ReadString(Section, UserName, QString());
   // The default of an enciphered key is given enciphered, so that a missing key
   // and a present one go through the same Decrypt.
-  smtp.Password = ReadSecret(ini, Section, Password, Encrypt(BuiltInPassword), warnings);
-  smtp.DefaultTo = ini.ReadString(Section, DefaultTo, SmtpDefaults::DefaultTo);
-  smtp.DefaultCC = ini.ReadString(Section, DefaultCC, SmtpDefaults::DefaultCC);
-  smtp.From = ini.ReadString(Section, From, SmtpDefaults::From);
+  smtp.Password = ReadSecret(ini, Section, Password, Encrypt(QString()), warnings);
+  smtp.DefaultTo = ini.ReadString(Section, DefaultTo, QString());
+  smtp.DefaultCC = ini.ReadString(Section, DefaultCC, QString());
+  smtp.From = ini.ReadString(Section, From, QString());
 }
 
 void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp)
@@ -149,10 +177,48 @@ void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp)
   ini.WriteInteger(Section, Port, smtp.Port);
   ini.WriteBool(Section, UseSSL, smtp.UseSSL);
   ini.WriteString(Section, UserName, smtp.UserName);
-  ini.WriteString(Section, Password, Encrypt(smtp.Password));
+  WriteSecret(ini, Section, Password, smtp.Password);
   ini.WriteString(Section, DefaultTo, smtp.DefaultTo);
   ini.WriteString(Section, DefaultCC, smtp.DefaultCC);
   ini.WriteString(Section, From, smtp.From);
+  ini.UpdateFile();
+}
+
+void ReadConfigDelivery(const QString &iniPath, tyDelivery &delivery, TSettingsWarnings &warnings)
+{
+  const TraceScope trace(lcSettings(), "ReadConfigDelivery");
+  const TIniFile ini(iniPath);
+  using namespace Delivery;
+  const QString mode = ini.ReadString(Section, Mode, ModeNames.first().second);
+  delivery.Mode = TDeliveryMode::Report;
+  bool known = false;
+  for (const auto &[value, name] : ModeNames)
+    if (mode.compare(name, Qt::CaseInsensitive) == 0) {
+      delivery.Mode = value;
+      known = true;
+    }
+  if (!known) {
+    const QString warning = QStringLiteral("The delivery mode \"%1\" (key \"%2\" of section [%3] in \"%4\") is not "
+                                           "one of report, concerned or personal; the report goes to the default "
+                                           "receivers. Choose the mode in the \"SMPT Server\" settings.")
+                                .arg(mode, Mode, Section, ini.FileName());
+    TraceError(lcSettings(), warning);
+    warnings.append(warning);
+  }
+  delivery.SkipWhenClear = ini.ReadBool(Section, SkipWhenClear, false);
+  delivery.AttachWorkbook = ini.ReadBool(Section, AttachWorkbook, false);
+}
+
+void SaveConfigDelivery(const QString &iniPath, const tyDelivery &delivery)
+{
+  const TraceScope trace(lcSettings(), "SaveConfigDelivery");
+  TIniFile ini(iniPath);
+  using namespace Delivery;
+  for (const auto &[value, name] : ModeNames)
+    if (value == delivery.Mode)
+      ini.WriteString(Section, Mode, name);
+  ini.WriteBool(Section, SkipWhenClear, delivery.SkipWhenClear);
+  ini.WriteBool(Section, AttachWorkbook, delivery.AttachWorkbook);
   ini.UpdateFile();
 }
 

@@ -21,6 +21,11 @@ void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici);
 void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarnings &warnings);
 void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp);
 
+// Delivery of the report. A mode other than "report", "concerned" or "personal"
+// reads as "report", with a warning naming the file and the key.
+void ReadConfigDelivery(const QString &iniPath, tyDelivery &delivery, TSettingsWarnings &warnings);
+void SaveConfigDelivery(const QString &iniPath, const tyDelivery &delivery);
+
 // Report filters: minutes before an unassigned ticket is reported, days without an
 // update, statuses left out. When no status is stored the list holds the one entry
 // CDefaultIgnoredStatus.
@@ -29,13 +34,3 @@ void ReadConfigFilters(const QString &iniPath, std::int32_t &nbMinutes, std::int
                        QStringList &statusToIgnore);
 void SaveConfigFilters(const QString &iniPath, std::int32_t nbMinutes, std::int32_t nbDays,
                        const QStringList &statusToIgnore);
-
-// Built-in SMTP defaults, for the deployment of the maker.
-namespace SmtpDefaults {
-inline const QString Server = QStringLiteral("mail.vellmor.example");
-inline constexpr std::int32_t Port = 465;
-inline const QString UserName = QStringLiteral("followup@vellmor.example");
-inline const QString DefaultTo = QStringLiteral("servicedesk-leads@vellmor.example");
-inline const QString DefaultCC = QStringLiteral("itsm-followup@vellmor.example");
-inline const QString From = QStringLiteral("noreply@vellmor.example");
-} // namespace SmtpDefaults

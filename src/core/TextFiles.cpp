@@ -1,8 +1,7 @@
 #include "TextFiles.h"
 
-#include "Errors.h"
+#include "AtomicFile.h"
 
-#include <QSaveFile>
 #include <QStringEncoder>
 
 void SaveLines(const QString &path, const QStringList &lines, const QString &lineBreak, TTextEncoding encoding)
@@ -17,7 +16,5 @@ void SaveLines(const QString &path, const QStringList &lines, const QString &lin
   } else {
     bytes = text.toUtf8();
   }
-  QSaveFile file(path);
-  if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-    throw EWriteError(QStringLiteral("Unable to write to ") + path + QStringLiteral(": ") + file.errorString());
+  WriteFileAtomically(path, bytes);
 }

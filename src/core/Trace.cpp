@@ -4,7 +4,10 @@
 #include <QFile>
 #include <QMutex>
 #include <QStringList>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <unistd.h>
 
 Q_LOGGING_CATEGORY(lcCore, "quorvex.core")
 Q_LOGGING_CATEGORY(lcSettings, "quorvex.settings")
@@ -18,7 +21,8 @@ struct TTraceChannel
   QMutex Lock;
   bool EchoToStderr = false;
   QStringList Pending; // lines kept until a file is attached
-  QFile File;
+  QFile File;       // the new trace, beside the attached name until Shutdown
+  QString Target;   // the attached name, which the new trace replaces once whole
   bool FileFailed = false;
   QtMessageHandler Previous = nullptr;
 };
@@ -29,13 +33,24 @@ TTraceChannel &Channel()
   return channel;
 }
 
+// Closes and deletes a file whose last writes may have failed (QFile::remove
+// gives up when the close reports that failure).
+void Remove(QFile &file)
+{
+  file.close();
+  QFile::remove(file.fileName());
+}
+
 // Called with the lock held.
 void WriteLine(TTraceChannel &channel, const QString &line)
 {
   if (channel.File.isOpen()) {
     const QByteArray bytes = (line + u'\n').toUtf8();
     if (channel.File.write(bytes) != bytes.size() || !channel.File.flush()) {
-      channel.File.close();
+      // The previous trace stays whole; the broken new one goes.
+      std::fprintf(stderr, "Trace log \"%s\" cannot be written: %s; the previous one is kept\n",
+                   qPrintable(channel.Target), qPrintable(channel.File.errorString()));
+      Remove(channel.File);
       channel.FileFailed = true;
     }
   } else if (!channel.FileFailed) {
@@ -56,7 +71,8 @@ void Handler(QtMsgType type, const QMessageLogContext &context, const QString &m
   const QString line = QDateTime::currentDateTime().toString(QStringLiteral("HH:mm:ss.zzz ")) + message;
   QMutexLocker locker(&channel.Lock);
   WriteLine(channel, line);
-  if (channel.EchoToStderr || type >= QtWarningMsg) {
+  // Warnings and worse reach stderr; debug and info lines only when asked.
+  if (channel.EchoToStderr || (type != QtDebugMsg && type != QtInfoMsg)) {
     std::fputs(qPrintable(line), stderr);
     std::fputc('\n', stderr);
   }
@@ -78,12 +94,19 @@ void Install(bool echoToStderr)
     channel.Previous = previous;
 }
 
+// Called with the lock held: the new trace is given up, the attached one kept.
+void Discard(TTraceChannel &channel)
+{
+  if (channel.File.isOpen())
+    Remove(channel.File);
+}
+
 void Clear()
 {
   TTraceChannel &channel = Channel();
   QMutexLocker locker(&channel.Lock);
   channel.Pending.clear();
-  channel.File.close();
+  Discard(channel);
   channel.FileFailed = false;
 }
 
@@ -91,9 +114,11 @@ void AttachFile(const QString &path)
 {
   TTraceChannel &channel = Channel();
   QMutexLocker locker(&channel.Lock);
-  channel.File.close();
-  channel.File.setFileName(path);
-  if (!channel.File.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
+  Discard(channel);
+  channel.Target = path;
+  channel.File.setFileName(path + QStringLiteral(".new"));
+  if (!channel.File.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text,
+                         QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
     // The trace is a help, never a condition: say it once and go on without it.
     std::fprintf(stderr, "Trace log \"%s\" cannot be written: %s\n", qPrintable(path),
                  qPrintable(channel.File.errorString()));
@@ -118,7 +143,20 @@ void Shutdown()
 {
   TTraceChannel &channel = Channel();
   QMutexLocker locker(&channel.Lock);
+  if (!channel.File.isOpen())
+    return;
+  const bool synced = channel.File.flush() && ::fsync(channel.File.handle()) == 0;
   channel.File.close();
+  if (!synced || channel.File.error() != QFileDevice::NoError) {
+    std::fprintf(stderr, "Trace log \"%s\" cannot be written: %s; the previous one is kept\n",
+                 qPrintable(channel.Target), synced ? qPrintable(channel.File.errorString()) : std::strerror(errno));
+    QFile::remove(channel.File.fileName());
+    return;
+  }
+  if (std::rename(QFile::encodeName(channel.File.fileName()).constData(),
+                  QFile::encodeName(channel.Target).constData()) != 0)
+    std::fprintf(stderr, "Trace log \"%s\" cannot be written: %s\n", qPrintable(channel.Target),
+                 std::strerror(errno));
 }
 
 } // namespace Trace
@@ -147,4 +185,9 @@ void TraceValue(const QLoggingCategory &category, const char *name, qint64 value
 void TraceError(const QLoggingCategory &category, const QString &message)
 {
   qCWarning(category).noquote() << "ERROR" << message;
+}
+
+void TraceFailure(const QLoggingCategory &category, const QString &message)
+{
+  qCInfo(category).noquote() << "ERROR" << message;
 }

@@ -24,14 +24,16 @@ void Install(bool echoToStderr);
 // Forgets the lines kept so far and detaches any file ("clear" of the viewer).
 void Clear();
 
-// Writes the lines kept so far to `path` (replacing the file) and appends every
-// later line to it.
+// Writes the lines kept so far, and every later line, to a new file beside
+// `path` (readable by its owner only), which replaces `path` at Shutdown once
+// every byte of it reached the disk: a trace that cannot be written leaves the
+// previous one whole.
 void AttachFile(const QString &path);
 
-// Path of the attached trace file, empty when none.
+// Path of the trace file being written, empty when none.
 QString FilePath();
 
-// Flushes and closes the trace file.
+// Syncs the trace file and puts it in place of the attached path.
 void Shutdown();
 
 } // namespace Trace
@@ -54,5 +56,8 @@ private:
 // `name = "value"`, the form used for paths and texts.
 void TraceValue(const QLoggingCategory &category, const char *name, const QString &value);
 void TraceValue(const QLoggingCategory &category, const char *name, qint64 value);
-// An error line: "ERROR " followed by the message.
+// An error line: "ERROR " followed by the message, in the trace and on stderr.
 void TraceError(const QLoggingCategory &category, const QString &message);
+// The same line kept in the trace only (stderr with --verbose): the program's own
+// words for a failure that the caller reports to the person in plain words.
+void TraceFailure(const QLoggingCategory &category, const QString &message);

@@ -122,6 +122,7 @@ TDemoService::TDemoService(QJsonObject data, QObject *parent)
       received.Target += u'?' + request.url().query();
     FRequests.append(received);
     const TAnswer answer = Dispatch(received);
+    FRequests.last().Status = answer.Status;
     if (answer.Delivery == TDemoFaults::TDelivery::Never) {
       FUnanswered.push_back(std::make_unique<QHttpServerResponder>(std::move(responder)));
       return;
@@ -199,9 +200,16 @@ TDemoService::TAnswer TDemoService::Dispatch(const TDemoRequest &request)
     SetFaults(TDemoFaults::FromJson(QJsonDocument::fromJson(request.Body).object()));
     return {200, "{}"};
   }
-  if (request.Method == "GET" && path == QLatin1String("/demo/requests")) // how many came before this one
-    return {200, JsonBytes(QJsonObject{{QStringLiteral("count"), FRequests.size() - 1},
+  if (request.Method == "GET" && path == QLatin1String("/demo/requests")) { // those that came before this one
+    QJsonArray answered;
+    for (qsizetype i = 0; i + 1 < FRequests.size(); ++i)
+      answered.append(QStringLiteral("%1 %2 %3")
+                          .arg(QString::fromLatin1(FRequests[i].Method), QUrl(FRequests[i].Target).path())
+                          .arg(FRequests[i].Status));
+    return {200, JsonBytes(QJsonObject{{QStringLiteral("count"), answered.size()},
+                                       {QStringLiteral("answered"), answered},
                                        {QStringLiteral("busyMs"), FBusyNs / 1e6}})};
+  }
   if (request.Method == "POST" && path == QLatin1String("/oauth/token"))
     return Token(request);
   if (!path.startsWith(QLatin1String("/api/")))

@@ -56,6 +56,7 @@ struct TDemoRequest
   QString Target; // path and query
   QList<QPair<QByteArray, QByteArray>> Headers;
   QByteArray Body;
+  int Status = 0; // of the answer given
 
   QByteArray Header(const QByteArray &name) const;
 };
@@ -65,8 +66,9 @@ struct TDemoRequest
 // (see DemoData.h for its shape). Bearer tokens are checked; the paging request
 // of the ticket list is read from the body of the GET. Faults are set from code
 // or by POSTing them as JSON to /demo/faults; GET /demo/requests tells how many
-// requests came so far and how long the service itself spent on them (for
-// benchmarks).
+// requests came so far, lists them as "METHOD path status" and tells how long
+// the service itself spent on them (for benchmarks and for tests that run the
+// program as a separate process).
 class TDemoService : public QObject
 {
 public:

@@ -3,21 +3,24 @@
 #include "core/AppInfo.h"
 #include "core/Errors.h"
 #include "core/Trace.h"
+#include "report/gui/TfrmConfirmRecipients.h"
 #include "report/gui/TfrmHtmlTexts.h"
+#include "report/SmtpIdentity.h"
 #include "report/gui/TfrmSMTP.h"
 #include "rest/gui/TfrmSetQuorvexItsmConfig.h"
 #include "state/TMainState.h"
 #include "tickets/GridExport.h"
-#include "tickets/TicketsModel.h"
 #include "tickets/gui/TfmChooseOrga.h"
 #include "tickets/gui/TfrmFilters.h"
 #include "tickets/gui/TfrmLoading.h"
 #include "tickets/gui/TfrmStatusPriorities.h"
+#include "FailureBox.h"
 #include "TfrmAbout.h"
+#include "TicketsView.h"
 
 #include <QGuiApplication>
 #include <QHBoxLayout>
-#include <QHeaderView>
+#include <QDir>
 #include <QIcon>
 #include <QDesktopServices>
 #include <QFileDialog>
@@ -25,12 +28,11 @@
 #include <QCloseEvent>
 #include <QLabel>
 #include <QMenu>
-#include <QMessageBox>
 #include <QScopeGuard>
 #include <QScreen>
 #include <QStatusBar>
 #include <QStyle>
-#include <QTableView>
+#include <QTime>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -102,24 +104,15 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
   bbtClose = AddIconButton("bbtClose", tr("Close"), QStringLiteral("close"));
   buttons->addWidget(FIconRow);
 
-  asgTickets = new QTableView(central);
-  asgTickets->setObjectName(QStringLiteral("asgTickets"));
-  asgTickets->setAlternatingRowColors(true);
-  asgTickets->setSelectionBehavior(QAbstractItemView::SelectRows);
-  asgTickets->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  asgTickets->horizontalHeader()->setHighlightSections(false);
-  QFont headerFont = asgTickets->horizontalHeader()->font();
-  headerFont.setBold(true);
-  asgTickets->horizontalHeader()->setFont(headerFont);
-  asgTickets->verticalHeader()->hide();
-  asgTickets->verticalHeader()->setDefaultSectionSize(asgTickets->fontMetrics().height() + 6);
+  auto *ticketsView = new TTicketsView(FState.FTicketsGrid, central);
 
   layout->addWidget(FButtonPanel);
-  layout->addWidget(asgTickets, 1);
+  layout->addWidget(ticketsView, 1);
   setCentralWidget(central);
+  statusBar(); // present from the start, so that the first message moves nothing
 
-  asgTickets->setModel(&FState.FTicketsGrid);
   WireButtons();
+  UpdateButtons();
 
   resize(CClientWidth, CClientHeight);
   if (const QScreen *screen = QGuiApplication::primaryScreen())
@@ -131,25 +124,19 @@ TfrmMain::~TfrmMain() = default;
 void TfrmMain::bbtGetTicketsClick()
 {
   FState.bbtGetTicketsClick(*FProgress);
-  FitColumns();
   ShowRetrievalStatus();
 }
 
-void TfrmMain::FitColumns()
+void TfrmMain::ShowSettingsResult(bool saved, const QString &what)
 {
-  constexpr int CPadding = 5;
-  asgTickets->resizeColumnsToContents();
-  for (int column = 0; column < TTicketsModel::ColumnCount; ++column)
-    asgTickets->setColumnWidth(column, asgTickets->columnWidth(column) + CPadding);
+  statusBar()->showMessage(saved ? tr("%1 saved").arg(what) : tr("%1 left as they were").arg(what));
 }
 
 void TfrmMain::ShowRetrievalStatus()
 {
-  const QStringList &failures = FState.RetrievalFailures();
-  if (failures.isEmpty())
-    statusBar()->showMessage(tr("%n open ticket(s) retrieved", nullptr, static_cast<int>(FState.FTickets.size())));
-  else
-    statusBar()->showMessage(tr("Retrieval incomplete: %1").arg(failures.join(QStringLiteral("; "))));
+  const QString status = FState.RetrievalStatusText();
+  statusBar()->showMessage(status);
+  statusBar()->setToolTip(status); // a long line is clipped
 }
 
 void TfrmMain::bbtGET_Organization_ListClick()
@@ -157,37 +144,76 @@ void TfrmMain::bbtGET_Organization_ListClick()
   FState.bbtGET_Organization_ListClick(
       *FProgress, [this](const tyRestOrganizations &organizations, tyRestOrganizations &selectedOrganizations,
                          const tyRestTeams &teams, tyRestTeams &selectedTeams, const tyRestOrganizationsTeams &links) {
-        return ChooseOrga(organizations, selectedOrganizations, teams, selectedTeams, links, this);
+        const bool chosen = ChooseOrga(organizations, selectedOrganizations, teams, selectedTeams, links, this);
+        if (chosen)
+          statusBar()->showMessage(tr("%n organization(s) selected", nullptr, static_cast<int>(selectedOrganizations.size())) +
+                                   tr(" and %n team(s); choice saved", nullptr, static_cast<int>(selectedTeams.size())));
+        else
+          ShowSettingsResult(false, tr("Organizations and teams"));
+        return chosen;
       });
 }
 
 void TfrmMain::bbtStatusAndPropertiesClick()
 {
   FState.bbtStatusAndPropertiesClick([this](tyRestObjects &statuses, tyRestObjects &priorities, TColourStore &colours) {
-    return EditStatusAndPriorities(statuses, priorities, colours, this);
+    const bool changed = EditStatusAndPriorities(statuses, priorities, colours, this);
+    ShowSettingsResult(changed, tr("Status and priority colours"));
+    return changed;
   });
 }
 
-void TfrmMain::bbtSendMailClick() { FState.bbtSendMailClick(); }
+void TfrmMain::bbtSendMailClick()
+{
+  const QStringList mails = FState.bbtSendMailClick(
+      *FProgress, [this](const QStringList &to, const QStringList &cc) { return ConfirmRecipients(to, cc, this); });
+  if (mails.isEmpty()) {
+    statusBar()->showMessage(FState.FHtmlContent.isEmpty()
+                                 ? tr("Nothing sent: generate the report first (\"Generate Mail\")")
+                                 : tr("Nothing sent"));
+    return;
+  }
+  const QString through = tr("through %1 at %2")
+                              .arg(SmtpServerName(FState.FSmtp), QTime::currentTime().toString(QStringLiteral("HH:mm")));
+  if (FState.FDelivery.Mode == TDeliveryMode::Report && mails.size() == 1 &&
+      !mails.first().startsWith(QLatin1String("Nothing"))) {
+    QStringList receivers{FState.FSmtp.DefaultTo.trimmed()};
+    if (!FState.FSmtp.DefaultCC.trimmed().isEmpty())
+      receivers.append(FState.FSmtp.DefaultCC.trimmed());
+    statusBar()->showMessage(tr("Report sent to %1 %2").arg(receivers.join(tr(" and ")), through));
+  } else {
+    statusBar()->showMessage(mails.size() == 1 ? mails.first() : tr("%1 mails sent %2").arg(mails.size()).arg(through));
+  }
+}
 
 void TfrmMain::bbtTextsClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtTextsClick");
-  if (EditHtmlTexts(FState.FHtmlTexts, this))
+  const bool changed = EditHtmlTexts(FState.FHtmlTexts, this);
+  if (changed)
     FState.SaveHtmlTexts();
+  ShowSettingsResult(changed, tr("Texts"));
 }
 
 void TfrmMain::bbtSmtpServerClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSmtpServerClick");
-  if (ConfigureSMTPserver(FState.FSmtp, this))
+  const bool changed = ConfigureSMTPserver(FState.FSmtp, FState.FDelivery, this);
+  if (changed) {
     FState.SaveConfigSMTP();
+    FState.SaveConfigDelivery();
+  }
+  ShowSettingsResult(changed, tr("SMTP settings"));
 }
 
 void TfrmMain::bbtGenerateMailClick()
 {
+  bool opened = false;
   FState.bbtGenerateMailClick(
-      [](const QString &page) { QDesktopServices::openUrl(QUrl::fromLocalFile(page)); });
+      [&opened](const QString &page) { opened = QDesktopServices::openUrl(QUrl::fromLocalFile(page)); });
+  const QString page = QDir::toNativeSeparators(FState.ReportFile());
+  statusBar()->showMessage(opened ? tr("Report written to %1 and opened in the browser").arg(page)
+                                  : tr("No browser could be started; the report is written to %1").arg(page));
 }
 
 QToolButton *TfrmMain::AddStepButton(const char *objectName, const QString &caption, const QString &icon)
@@ -231,7 +257,6 @@ TExitStatus TfrmMain::RunUnattended(const TUnattendedOptions &options)
   SetStepRunning(true);
   const TExitStatus status = TimerTimer(FState, *FProgress, shown);
   SetStepRunning(false);
-  FitColumns();
   ShowRetrievalStatus();
   return status;
 }
@@ -247,6 +272,14 @@ void TfrmMain::SetStepRunning(bool running)
   FStepRunning = running;
   for (QToolButton *button : FButtonPanel->findChildren<QToolButton *>())
     button->setEnabled(!running);
+  if (!running)
+    UpdateButtons();
+}
+
+void TfrmMain::UpdateButtons()
+{
+  bbtSendMail->setEnabled(!FStepRunning && !FState.FHtmlContent.isEmpty());
+  bbtSaveGrid->setEnabled(!FStepRunning && FState.FTicketsGrid.rowCount() > 0);
 }
 
 void TfrmMain::closeEvent(QCloseEvent *event)
@@ -261,27 +294,40 @@ void TfrmMain::closeEvent(QCloseEvent *event)
   QMainWindow::closeEvent(event);
 }
 
-void TfrmMain::RunStep(const std::function<void()> &step)
+void TfrmMain::RunStep(const QString &caption, const std::function<void()> &step)
 {
   // The buttons stay disabled while a step runs: a long step lets window events
   // through to keep the window painted, and no step may start inside another.
   SetStepRunning(true);
   const auto restore = qScopeGuard([this] { SetStepRunning(false); });
+  // A line from an earlier step must not stand for this one.
+  statusBar()->clearMessage();
   try {
     step();
   } catch (const EQuorvexError &error) {
-    TraceError(lcApp(), error.Message());
-    QMessageBox::critical(this, CApplicationTitle, error.Message());
+    TraceFailure(lcApp(), error.Message());
+    statusBar()->showMessage(error.Message());
+    ShowFailure(this, error.Message(), error.Details());
+    return;
   } catch (const std::exception &error) {
-    TraceError(lcApp(), QString::fromLocal8Bit(error.what()));
-    QMessageBox::critical(this, CApplicationTitle, QString::fromLocal8Bit(error.what()));
+    TraceFailure(lcApp(), QString::fromLocal8Bit(error.what()));
+    statusBar()->showMessage(QString::fromLocal8Bit(error.what()));
+    ShowFailure(this, QString::fromLocal8Bit(error.what()), QString());
+    return;
   }
+  const TStepFailures failures = FState.TakeStepFailures();
+  if (!failures.isEmpty())
+    ShowStepFailures(this, tr("\"%1\" could not be completed.").arg(caption), failures);
 }
 
 void TfrmMain::WireButtons()
 {
   auto wire = [this](QToolButton *button, void (TfrmMain::*handler)()) {
-    connect(button, &QToolButton::clicked, this, [this, handler] { RunStep([this, handler] { (this->*handler)(); }); });
+    connect(button, &QToolButton::clicked, this, [this, button, handler] {
+      QString caption = button->text().isEmpty() ? button->toolTip() : button->text();
+      caption.replace(QStringLiteral("&&"), QStringLiteral("&"));
+      RunStep(caption, [this, handler] { (this->*handler)(); });
+    });
   };
   wire(bbtQuorvexItsmApi, &TfrmMain::bbtQuorvexItsmApiClick);
   wire(bbtGetTickets, &TfrmMain::bbtGetTicketsClick);
@@ -304,16 +350,18 @@ void TfrmMain::WireButtons()
 
 void TfrmMain::bbtQuorvexItsmApiClick()
 {
-  const TraceScope trace(lcApp(), "TfrmMain.bbtQuorvexItsmApiClick");
-  if (SetQuorvexItsmConfig(FState.FICI, this))
-    FState.SaveConfigITSM();
+  const bool changed =
+      FState.bbtQuorvexItsmApiClick([this](tyQuorvexITSM &settings) { return SetQuorvexItsmConfig(settings, this); });
+  ShowSettingsResult(changed, tr("Service settings"));
 }
 
 void TfrmMain::bbtFilterClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtFilterClick");
-  if (EditFilters(FState.FNbMinutes, FState.FNbDays, FState.FStatusToIgnore, this))
+  const bool changed = EditFilters(FState.FNbMinutes, FState.FNbDays, FState.FStatusToIgnore, this);
+  if (changed)
     FState.SaveConfigFilters();
+  ShowSettingsResult(changed, tr("Filters"));
 }
 
 void TfrmMain::bbtSaveGridClick()
@@ -321,8 +369,11 @@ void TfrmMain::bbtSaveGridClick()
   const TraceScope trace(lcApp(), "TfrmMain.bbtSaveGridClick");
   const QString fileName =
       QFileDialog::getSaveFileName(this, tr("Save the tickets"), QString(), QStringLiteral("Excel file (*.xlsx)"));
-  if (!fileName.isEmpty())
-    ExportGridToXlsx(FState.FTicketsGrid, fileName);
+  if (fileName.isEmpty())
+    return;
+  ExportGridToXlsx(FState.FTicketsGrid, fileName);
+  statusBar()->showMessage(tr("%n ticket(s) saved to %1", nullptr, FState.FTicketsGrid.rowCount())
+                               .arg(QDir::toNativeSeparators(fileName)));
 }
 
 void TfrmMain::bbtAboutClick()

@@ -7,7 +7,6 @@
 #include <memory>
 
 class QLabel;
-class QTableView;
 class QToolButton;
 class TMainState;
 class TWindowProgress;
@@ -38,13 +37,17 @@ private:
   // Marks a step as running (every button off, closing refused) or ended.
   void SetStepRunning(bool running);
   // Runs a button's step; an error ends the step and is shown in a message box,
-  // as the toolkit would show an uncaught error.
-  void RunStep(const std::function<void()> &step);
+  // as the toolkit would show an uncaught error, and so is what the step could
+  // not do.
+  void RunStep(const QString &caption, const std::function<void()> &step);
   void WireButtons();
-  // Columns as wide as their contents, plus a little air.
-  void FitColumns();
-  // Tells in the status bar how many tickets came, or why the list is incomplete.
+  // "Send Mail" only with a report to send, the workbook only with tickets.
+  void UpdateButtons();
+  // Tells in the status bar how many tickets came, or what failed and since
+  // when the grid dates.
   void ShowRetrievalStatus();
+  // The status-bar line of a settings dialog: saved, or left as it was.
+  void ShowSettingsResult(bool saved, const QString &what);
   void bbtQuorvexItsmApiClick();
   void bbtGetTicketsClick();
   void bbtGET_Organization_ListClick();
@@ -65,7 +68,6 @@ private:
   std::unique_ptr<TWindowProgress> FProgress;
   QLabel *imgBigBrother = nullptr;
   QLabel *imgBigBrotherRed = nullptr;
-  QTableView *asgTickets = nullptr;
   QWidget *FButtonPanel = nullptr;
   QWidget *FIconRow = nullptr;
   bool FStepRunning = false;

@@ -14,9 +14,21 @@ namespace {
 
 const QString CReportTitle = QStringLiteral("Quorvex ITSM tickets follow-up");
 const QString CActive = QStringLiteral("ACTIVE");
+const QString CNotChecked = QStringLiteral("    <p><strong>This could not be checked: the retrieval of the tickets "
+                                           "was incomplete.</strong></p>");
 constexpr double CMillisecondsPerDay = 86400000.0;
 
 QString Safe(const QString &serviceText) { return NeutraliseActiveHtml(serviceText); }
+
+// Texts from the service joined by ", ", each neutralised on its own so that
+// nothing one leaves open reaches the next.
+QString SafeList(const QStringList &serviceTexts)
+{
+  QStringList safe;
+  for (const QString &text : serviceTexts)
+    safe.append(Safe(text));
+  return safe.join(QStringLiteral(", "));
+}
 
 // Whole units in a span of days, truncated toward zero, as a 32-bit number.
 std::int32_t WholeUnits(double days, double unitsPerDay)
@@ -36,6 +48,30 @@ QString AsciiLower(const QString &text)
       c = QChar(c.unicode() + (u'a' - u'A'));
   return result;
 }
+
+} // namespace
+
+TSectionLayout SectionLayout(TReportSection section)
+{
+  switch (section) {
+  case TReportSection::Unassigned: return {false, TAge::Hours, TAge::None};
+  case TReportSection::WithoutUpdate: return {true, TAge::None, TAge::Days};
+  case TReportSection::Gt10Exchanges: break;
+  }
+  return {true, TAge::Days, TAge::Days};
+}
+
+std::int32_t AgeOf(TDateTime moment, TDateTime now, TAge unit)
+{
+  switch (unit) {
+  case TAge::None: break;
+  case TAge::Hours: return WholeUnits(std::abs(now - moment), 24);
+  case TAge::Days: return WholeUnits(now - moment, 1);
+  }
+  return 0;
+}
+
+namespace {
 
 QStringList Addresses(const tyRestOperators &operators)
 {
@@ -70,6 +106,7 @@ TReportOutput TMailReport::Generate()
   // costs a look at the time-zone file each time.
   FCurrentTime = FNow();
   FOut = TReportOutput();
+  FOut.CurrentTime = FCurrentTime;
   Mail_01_AddHeader();
   Mail_02_AddTitle();
   Mail_03_AddUnassigned();
@@ -85,6 +122,14 @@ void TMailReport::AddLines(const QStringList &lines, const QString &placeholder,
   for (const QString &line : lines)
     FOut.HtmlContent.append(placeholder.isEmpty() ? line
                                                   : QString(line).replace(placeholder, value, Qt::CaseInsensitive));
+}
+
+void TMailReport::AddAllClear(const QStringList &lines)
+{
+  if (FIn.RetrievalWarning.isEmpty())
+    AddLines(lines);
+  else
+    FOut.HtmlContent.append(CNotChecked);
 }
 
 void TMailReport::Mail_01_AddHeader()
@@ -117,7 +162,12 @@ void TMailReport::Mail_01_AddHeader()
 
 void TMailReport::Mail_02_AddTitle()
 {
-  const QDateTime extraction = QDateTimeFromDateTime(FIn.ExtractionTickets);
+  // An incomplete retrieval shows when it was attempted (the report's own time
+  // when none was), never a day-zero date.
+  const bool incomplete = !FIn.RetrievalWarning.isEmpty();
+  const TDateTime moment =
+      !incomplete ? FIn.ExtractionTickets : FIn.RetrievalAttempt > 0 ? FIn.RetrievalAttempt : FNow();
+  const QDateTime extraction = QDateTimeFromDateTime(moment);
   const QDate date = extraction.date();
   const QTime time = extraction.time();
   const QString timestamp = NumStr(date.day(), 2) + u'.' + NumStr(date.month(), 2) + u'.' + NumStr(date.year(), 4) +
@@ -126,13 +176,14 @@ void TMailReport::Mail_02_AddTitle()
   if (!FIn.RetrievalWarning.isEmpty())
     FOut.HtmlContent << QStringLiteral("    <p><strong>WARNING: %1</strong></p>").arg(FIn.RetrievalWarning.toHtmlEscaped());
   FOut.HtmlContent << QStringLiteral("    <h2>Parameters</h2>") << QStringLiteral("    <p><b>Organization(s)</b><br>")
-                   << QStringLiteral("    ") + Safe(Names(FIn.SelectedOrganizations).join(QStringLiteral(", "))) +
+                   << QStringLiteral("    ") + SafeList(Names(FIn.SelectedOrganizations)) +
                           QStringLiteral("</p>")
                    << QStringLiteral("    <p><b>Team(s)</b><br>")
-                   << QStringLiteral("    ") + Safe(Names(FIn.SelectedTeams).join(QStringLiteral(", "))) +
+                   << QStringLiteral("    ") + SafeList(Names(FIn.SelectedTeams)) +
                           QStringLiteral("</p>")
                    << QStringLiteral("    <p><b>Extraction</b><br>")
-                   << QStringLiteral("    ") + timestamp + QStringLiteral("&nbsp;CET</p>");
+                   << QStringLiteral("    ") + timestamp + QStringLiteral("&nbsp;CET") +
+                          (incomplete ? QStringLiteral(" (incomplete)") : QString()) + QStringLiteral("</p>");
 }
 
 QString TMailReport::GetHtmlTicketLink(const tyRestTicket &ticket) const
@@ -166,21 +217,27 @@ QString TMailReport::DateCell(const QString &timestamp, TAge age) const
 {
   const TDateTime moment = RestTimestamp2DateTime(timestamp);
   QString cell = QStringLiteral("          <td align=\"center\">") + Str2Html(DateTimeToStr(moment));
-  switch (age) {
-  case TAge::None: break;
-  case TAge::Hours:
-    cell += QStringLiteral("<br><strong>(%1&nbsp;hours)</strong>").arg(WholeUnits(std::abs(FCurrentTime - moment), 24));
-    break;
-  case TAge::Days:
-    cell += QStringLiteral("<br><strong>(%1&nbsp;days)</strong>").arg(WholeUnits(FCurrentTime - moment, 1));
-    break;
-  }
+  if (age != TAge::None)
+    cell += QStringLiteral("<br><strong>(%1&nbsp;%2)</strong>")
+                .arg(AgeOf(moment, FCurrentTime, age))
+                .arg(age == TAge::Hours ? QStringLiteral("hours") : QStringLiteral("days"));
   return cell + QStringLiteral("</td>");
 }
 
-void TMailReport::AddTable(const QList<const tyRestTicket *> &rows, bool withAssignedUser, TAge creationAge,
-                           TAge updateAge)
+const tyRestTickets &TMailReport::SectionRows(TReportSection section,
+                                             const std::function<bool(const tyRestTicket &)> &rule)
 {
+  tyRestTickets &rows = FOut.Rows.at(static_cast<std::size_t>(section));
+  for (const tyRestTicket &ticket : FIn.Tickets)
+    if (rule(ticket) && (!FIn.KeepsRow || FIn.KeepsRow(section, ticket)))
+      rows.append(ticket);
+  return rows;
+}
+
+void TMailReport::AddTable(TReportSection section)
+{
+  const tyRestTickets &rows = FOut.Rows.at(static_cast<std::size_t>(section));
+  const auto [withAssignedUser, creationAge, updateAge] = SectionLayout(section);
   QStringList headers{QStringLiteral("Organization"), QStringLiteral("Ticket"), QStringLiteral("Title"),
                       QStringLiteral("Assigned&nbsp;Team")};
   if (withAssignedUser)
@@ -194,18 +251,18 @@ void TMailReport::AddTable(const QList<const tyRestTicket *> &rows, bool withAss
   for (const QString &header : headers)
     html << QStringLiteral("          <td align=\"center\">") + header + QStringLiteral("</td>");
   html << QStringLiteral("        </tr>") << QStringLiteral("      </thead>") << QStringLiteral("      <tbody>");
-  for (const tyRestTicket *ticket : rows) {
+  for (const tyRestTicket &ticket : rows) {
     html << QStringLiteral("        <tr>")
-         << QStringLiteral("          <td nowrap>") + Safe(ticket->organization.name) + QStringLiteral("</td>")
-         << QStringLiteral("          <td nowrap>") + GetHtmlTicketLink(*ticket) + QStringLiteral("</td>")
-         << QStringLiteral("          <td>") + Safe(ticket->title) + QStringLiteral("</td>")
-         << QStringLiteral("          <td nowrap>") + Safe(ticket->assignedTeam.name) + QStringLiteral("</td>");
+         << QStringLiteral("          <td nowrap>") + Safe(ticket.organization.name) + QStringLiteral("</td>")
+         << QStringLiteral("          <td nowrap>") + GetHtmlTicketLink(ticket) + QStringLiteral("</td>")
+         << QStringLiteral("          <td>") + Safe(ticket.title) + QStringLiteral("</td>")
+         << QStringLiteral("          <td nowrap>") + Safe(ticket.assignedTeam.name) + QStringLiteral("</td>");
     if (withAssignedUser)
-      html << QStringLiteral("          <td nowrap>") + Str2Html(Safe(ticket->assignedUser.name)) +
+      html << QStringLiteral("          <td nowrap>") + Str2Html(Safe(ticket.assignedUser.name)) +
                   QStringLiteral("</td>");
-    html << DateCell(ticket->creationDate, creationAge) << DateCell(ticket->lastUpdate, updateAge)
-         << QStringLiteral("          ") + GetHtmlTdPriority(*ticket)
-         << QStringLiteral("          ") + GetHtmlTdStatus(*ticket) << QStringLiteral("        </tr>");
+    html << DateCell(ticket.creationDate, creationAge) << DateCell(ticket.lastUpdate, updateAge)
+         << QStringLiteral("          ") + GetHtmlTdPriority(ticket)
+         << QStringLiteral("          ") + GetHtmlTdStatus(ticket) << QStringLiteral("        </tr>");
   }
   html << QStringLiteral("      </tbody>") << QStringLiteral("    </table>");
 }
@@ -249,53 +306,47 @@ void TMailReport::TakeUser(std::int32_t userId)
 
 void TMailReport::Mail_03_AddUnassigned()
 {
-  QList<const tyRestTicket *> rows;
-  for (const tyRestTicket &ticket : FIn.Tickets)
-    if (IsUnassignedLate(ticket))
-      rows.append(&ticket);
+  const tyRestTickets &rows =
+      SectionRows(TReportSection::Unassigned, [this](const tyRestTicket &ticket) { return IsUnassignedLate(ticket); });
   FOut.NbUnassigned = static_cast<std::int32_t>(rows.size());
   AddLines(FIn.HtmlTexts.Unassigned_Title, QStringLiteral("%NBMINUTES%"), QString::number(FIn.NbMinutes));
   if (rows.isEmpty()) {
-    AddLines(FIn.HtmlTexts.Unassigned_Without);
+    AddAllClear(FIn.HtmlTexts.Unassigned_Without);
     return;
   }
   AddLines(FIn.HtmlTexts.Unassigned_With);
-  AddTable(rows, false, TAge::Hours, TAge::None);
-  for (const tyRestTicket *ticket : rows)
-    TakeTeam(ticket->assignedTeam.id);
+  AddTable(TReportSection::Unassigned);
+  for (const tyRestTicket &ticket : rows)
+    TakeTeam(ticket.assignedTeam.id);
 }
 
 void TMailReport::Mail_04_AddWithoutUpdate()
 {
-  QList<const tyRestTicket *> rows;
-  for (const tyRestTicket &ticket : FIn.Tickets)
-    if (IsWithoutUpdate(ticket))
-      rows.append(&ticket);
+  const tyRestTickets &rows =
+      SectionRows(TReportSection::WithoutUpdate, [this](const tyRestTicket &ticket) { return IsWithoutUpdate(ticket); });
   FOut.NbWithoutUpdate = static_cast<std::int32_t>(rows.size());
   AddLines(FIn.HtmlTexts.WithoutUpdate_Title);
   if (rows.isEmpty()) {
-    AddLines(FIn.HtmlTexts.WithoutUpdate_Without);
+    AddAllClear(FIn.HtmlTexts.WithoutUpdate_Without);
     return;
   }
   AddLines(FIn.HtmlTexts.WithoutUpdate_With, QStringLiteral("%NBDAYS%"), QString::number(FIn.NbDays));
-  AddTable(rows, true, TAge::None, TAge::Days);
-  for (const tyRestTicket *ticket : rows)
-    TakeUser(ticket->assignedUser.id);
+  AddTable(TReportSection::WithoutUpdate);
+  for (const tyRestTicket &ticket : rows)
+    TakeUser(ticket.assignedUser.id);
 }
 
 void TMailReport::Mail_05_Gt10Exchanges()
 {
-  QList<const tyRestTicket *> rows;
-  for (const tyRestTicket &ticket : FIn.Tickets)
-    if (ticket.tenExchangesAdded)
-      rows.append(&ticket);
+  const tyRestTickets &rows =
+      SectionRows(TReportSection::Gt10Exchanges, [](const tyRestTicket &ticket) { return ticket.tenExchangesAdded; });
   FOut.NbGt10Exch = static_cast<std::int32_t>(rows.size());
   if (rows.isEmpty())
     return;
   AddLines(FIn.HtmlTexts.More10);
-  AddTable(rows, true, TAge::Days, TAge::Days);
-  for (const tyRestTicket *ticket : rows)
-    TakeUser(ticket->assignedUser.id);
+  AddTable(TReportSection::Gt10Exchanges);
+  for (const tyRestTicket &ticket : rows)
+    TakeUser(ticket.assignedUser.id);
 }
 
 void TMailReport::CompleteRecipients()
@@ -329,13 +380,15 @@ void TMailReport::CompleteRecipients()
 void TMailReport::Mail_06_AddFooter()
 {
   AddLines(FIn.HtmlTexts.Why, QStringLiteral("%QUORVEX_ITSM%"), FIn.ServiceUrl);
+  if (FIn.ListRecipients)
+    FOut.HtmlContent
+        << QStringLiteral("    <h2>DEBUG</h2>")
+        << QStringLiteral("    <p>Here is the list of email recipients if the program was not running in debug mode.</p>")
+        << QStringLiteral("    <p><b>SendTo:</b><br>")
+        << QStringLiteral("    ") + SafeList(FOut.SlRecipientTo) + QStringLiteral("</p>")
+        << QStringLiteral("    <p><b>CC:</b><br>")
+        << QStringLiteral("    ") + SafeList(FOut.SlRecipientCc) + QStringLiteral("</p>");
   FOut.HtmlContent
-      << QStringLiteral("    <h2>DEBUG</h2>")
-      << QStringLiteral("    <p>Here is the list of email recipients if the program was not running in debug mode.</p>")
-      << QStringLiteral("    <p><b>SendTo:</b><br>")
-      << QStringLiteral("    ") + Safe(FOut.SlRecipientTo.join(QStringLiteral(", "))) + QStringLiteral("</p>")
-      << QStringLiteral("    <p><b>CC:</b><br>")
-      << QStringLiteral("    ") + Safe(FOut.SlRecipientCc.join(QStringLiteral(", "))) + QStringLiteral("</p>")
       << QStringLiteral("    <p>&nbsp;</p>") << QStringLiteral("    <p>&nbsp;</p>")
       << QStringLiteral("    <p align=\"center\">This email was generated by <a href=\"%1\" target=\"_blank\">%2</a>.</p>")
              .arg(QStringLiteral(QUORVEX_DOC_URL), CReportTitle)

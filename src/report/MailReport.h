@@ -5,16 +5,41 @@
 #include "rest/uTypes.h"
 
 #include <QStringList>
+#include <array>
 #include <functional>
 
 class TColourStore;
+
+// The three sections of the report, in their order.
+enum class TReportSection { Unassigned, WithoutUpdate, Gt10Exchanges };
+inline constexpr std::size_t CReportSectionCount = 3;
+
+// What a date cell shows besides the date: nothing, or the age in whole hours or days.
+enum class TAge { None, Hours, Days };
+
+// The columns of a section's table: Organization, Ticket, Title, Assigned Team,
+// Assigned User (when WithAssignedUser), Creation Date, Last Update, Priority,
+// Status; the two dates carry the ages named here.
+struct TSectionLayout
+{
+  bool WithAssignedUser;
+  TAge CreationAge;
+  TAge UpdateAge;
+};
+TSectionLayout SectionLayout(TReportSection section);
+
+// The age a date cell shows: whole hours (from the distance between the two
+// moments) or whole days (`now` minus `moment`), truncated. Raises ERangeError
+// when it does not fit a 32-bit number.
+std::int32_t AgeOf(TDateTime moment, TDateTime now, TAge unit);
 
 // What the report is made from: the retrieved tickets and the choices of the
 // user. Lists are Qt's shared lists, so filling this copies no ticket.
 struct TReportInput
 {
   tyRestTickets Tickets;
-  TDateTime ExtractionTickets = 0; // moment of the retrieval
+  TDateTime ExtractionTickets = 0; // moment of the retrieval that gave the tickets
+  TDateTime RetrievalAttempt = 0;  // moment of the last attempt, shown when it was incomplete
   std::int32_t NbMinutes = 0;
   std::int32_t NbDays = 0;
   QStringList StatusToIgnore;
@@ -25,8 +50,15 @@ struct TReportInput
   tyHtmlTexts HtmlTexts;
   QString ServiceUrl; // address of the service's web interface
   // When set, a warning paragraph opens the report: the retrieval was not
-  // complete, so the report is not an "all clear".
+  // complete, so the report is not an "all clear", and a section without
+  // tickets says that it could not be checked.
   QString RetrievalWarning;
+  // Which of the rows that meet a section's rule the report keeps (a person's
+  // digest); when empty, all of them.
+  std::function<bool(TReportSection section, const tyRestTicket &ticket)> KeepsRow;
+  // The computed recipients listed at the end ("DEBUG" block), for a report that
+  // goes to the default receivers only.
+  bool ListRecipients = true;
 };
 
 // The report and the people it concerns.
@@ -40,6 +72,8 @@ struct TReportOutput
   std::int32_t NbUnassigned = 0;
   std::int32_t NbWithoutUpdate = 0;
   std::int32_t NbGt10Exch = 0;
+  std::array<tyRestTickets, CReportSectionCount> Rows; // the rows of each section, in report order
+  TDateTime CurrentTime = 0; // the clock reading every age counts from
 };
 
 // Builds the HTML report line by line. The sections read colours and priority
@@ -70,11 +104,14 @@ public:
   const TReportOutput &Output() const { return FOut; }
 
 private:
-  enum class TAge { None, Hours, Days };
   bool IsUnassignedLate(const tyRestTicket &ticket) const;
   bool IsWithoutUpdate(const tyRestTicket &ticket) const;
   void AddLines(const QStringList &lines, const QString &placeholder = QString(), const QString &value = QString());
-  void AddTable(const QList<const tyRestTicket *> &rows, bool withAssignedUser, TAge creationAge, TAge updateAge);
+  // The tickets of FIn that meet a section's rule and that the report keeps.
+  const tyRestTickets &SectionRows(TReportSection section, const std::function<bool(const tyRestTicket &)> &rule);
+  void AddTable(TReportSection section);
+  // The section's "everything is OK" block, unless the retrieval was incomplete.
+  void AddAllClear(const QStringList &lines);
   QString DateCell(const QString &timestamp, TAge age) const;
   void TakeTeam(std::int32_t teamId);
   void TakeUser(std::int32_t userId);

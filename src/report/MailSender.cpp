@@ -1,6 +1,8 @@
 #include "MailSender.h"
 
-#include "core/Settings.h"
+#include "MailCapture.h"
+#include "SmtpIdentity.h"
+
 #include "core/Trace.h"
 
 #include <QDateTime>
@@ -8,7 +10,13 @@
 #include <QLoggingCategory>
 #include <QRegularExpression>
 #include <QUuid>
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
 #include <curl/curl.h>
+#include <mutex>
+#include <sys/socket.h>
+#include <thread>
 #include <memory>
 
 Q_LOGGING_CATEGORY(lcMail, "quorvex.mail")
@@ -17,7 +25,6 @@ namespace {
 
 const char *const CExtraCaVariable = "QUORVEX_EXTRA_CA_CERTS";
 constexpr long CConnectTimeoutSeconds = 30;
-constexpr long CTotalTimeoutSeconds = 120;
 constexpr std::int32_t CImplicitTlsPort = 465;
 
 struct TCurlCleanup
@@ -64,11 +71,6 @@ int OnCurlDebug(CURL *, curl_infotype type, char *data, size_t size, void *userD
   return 0;
 }
 
-QString ServerName(const tySMTPserver &smtp)
-{
-  return QStringLiteral("%1:%2").arg(smtp.Server.trimmed()).arg(smtp.Port);
-}
-
 // The system's authorities followed by those of QUORVEX_EXTRA_CA_CERTS; empty when
 // that variable is not set, so that libcurl keeps its own defaults.
 QByteArray TrustedAuthorities(CURL *curl, const tySMTPserver &smtp)
@@ -80,7 +82,7 @@ QByteArray TrustedAuthorities(CURL *curl, const tySMTPserver &smtp)
   if (!extra.open(QIODevice::ReadOnly))
     throw ESmtpError(QStringLiteral("Unable to send the mail through %1: the certificates named by %2 cannot be "
                                     "read from %3: %4")
-                         .arg(ServerName(smtp), QLatin1String(CExtraCaVariable), extraPath, extra.errorString()));
+                         .arg(SmtpServerName(smtp), QLatin1String(CExtraCaVariable), extraPath, extra.errorString()));
   QByteArray pem;
   char *systemBundle = nullptr;
   if (curl_easy_getinfo(curl, CURLINFO_CAINFO, &systemBundle) == CURLE_OK && systemBundle) {
@@ -172,10 +174,41 @@ QByteArray EncodeHeaderText(const QString &text)
   return encoded;
 }
 
-void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
+namespace {
+
+// libcurl says goodbye (QUIT) when the handle is cleaned up, and waits for the
+// answer under a time-out of its own (two minutes) that no option of the
+// transfer reaches: a server silent at that point would double the exchange's
+// time. Once `left` has passed, the connection is cut instead.
+void CleanUpWithin(std::unique_ptr<CURL, TCurlCleanup> &handle, std::chrono::milliseconds left)
 {
-  const TraceScope trace(lcMail(), "SendMail");
-  const QString server = ServerName(smtp);
+  curl_socket_t socket = CURL_SOCKET_BAD;
+  curl_easy_getinfo(handle.get(), CURLINFO_ACTIVESOCKET, &socket);
+  std::mutex lock;
+  std::condition_variable done;
+  bool cleaned = false;
+  std::thread watchdog([&] {
+    std::unique_lock guard(lock);
+    // The socket is only touched while the handle still owns it.
+    if (!done.wait_for(guard, left, [&cleaned] { return cleaned; }) && socket != CURL_SOCKET_BAD)
+      ::shutdown(socket, SHUT_RDWR);
+  });
+  handle.reset();
+  {
+    const std::lock_guard guard(lock);
+    cleaned = true;
+  }
+  done.notify_all();
+  watchdog.join();
+}
+
+// One SMTP exchange with the server of `smtp`, or with `capture` for a dry run,
+// ended within `timeout`.
+void Transfer(const tySMTPserver &smtp, const TMailMessage &message, TMailCapture *capture,
+              std::chrono::milliseconds timeout)
+{
+  const auto started = std::chrono::steady_clock::now();
+  const QString server = capture ? QStringLiteral("the dry run's copy") : SmtpServerName(smtp);
   TraceValue(lcMail(), "Server", server);
   TraceValue(lcMail(), "Subject", message.Subject);
   if (message.To.isEmpty())
@@ -183,18 +216,19 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
   static const CURLcode curlStart = curl_global_init(CURL_GLOBAL_DEFAULT);
   Check(curlStart, server, "start-up");
 
-  const std::unique_ptr<CURL, TCurlCleanup> handle(curl_easy_init());
+  std::unique_ptr<CURL, TCurlCleanup> handle(curl_easy_init());
   if (!handle)
     throw ESmtpError(QStringLiteral("Unable to send the mail through %1: libcurl cannot start").arg(server));
   CURL *curl = handle.get();
 
-  const bool implicitTls = smtp.UseSSL && smtp.Port == CImplicitTlsPort;
-  const QString host = smtp.Server.trimmed();
+  const bool secure = smtp.UseSSL && !capture;
+  const bool implicitTls = secure && smtp.Port == CImplicitTlsPort;
+  const QString host = capture ? QStringLiteral("127.0.0.1") : smtp.Server.trimmed();
   const QString url = QStringLiteral("%1://%2:%3")
                           .arg(implicitTls ? QStringLiteral("smtps") : QStringLiteral("smtp"),
                                host.contains(u':') ? u'[' + host + u']' : host)
-                          .arg(smtp.Port);
-  const QString from = smtp.From.trimmed().isEmpty() ? SmtpDefaults::From : smtp.From.trimmed();
+                          .arg(capture ? capture->Port() : smtp.Port);
+  const QString from = SenderAddress(smtp);
 
   TCurlList recipients;
   for (const QString &address : message.To + message.Cc)
@@ -210,20 +244,41 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
   headers.Append("Subject: " + EncodeHeaderText(message.Subject));
   headers.Append("Message-ID: <" + QUuid::createUuid().toString(QUuid::WithoutBraces).toLatin1() + '@' +
                  DomainOf(from).toUtf8() + '>');
+  headers.Append("Auto-Submitted: auto-generated");
+  headers.Append("X-Auto-Response-Suppress: All");
 
   const std::unique_ptr<curl_mime, TMimeFree> mime(curl_mime_init(curl));
-  AddPart(mime.get(), message.Text, "text/plain; charset=UTF-8");
-  if (!message.Html.isEmpty()) {
-    AddPart(mime.get(), message.Html, "text/html; charset=UTF-8");
-    headers.Append("Content-Type: multipart/alternative");
+  const bool mixed = !message.Attachments.isEmpty();
+  curl_mime *bodies = mime.get();
+  if (mixed && !message.Html.isEmpty()) {
+    // The two renderings stay alternatives of each other, beside the attachments.
+    bodies = curl_mime_init(curl);
+    curl_mimepart *part = curl_mime_addpart(mime.get());
+    Check(curl_mime_subparts(part, bodies), server, "message");
+    Check(curl_mime_type(part, "multipart/alternative"), server, "message");
   }
+  AddPart(bodies, message.Text, "text/plain; charset=UTF-8");
+  if (!message.Html.isEmpty())
+    AddPart(bodies, message.Html, "text/html; charset=UTF-8");
+  for (const TMailAttachment &attachment : message.Attachments) {
+    curl_mimepart *part = curl_mime_addpart(mime.get());
+    Check(curl_mime_data(part, attachment.Data.constData(), static_cast<size_t>(attachment.Data.size())), server,
+          "attachment");
+    Check(curl_mime_filename(part, attachment.FileName.toUtf8().constData()), server, "attachment");
+    Check(curl_mime_type(part, attachment.Type.constData()), server, "attachment");
+    Check(curl_mime_encoder(part, "base64"), server, "attachment");
+  }
+  if (mixed)
+    headers.Append("Content-Type: multipart/mixed");
+  else if (!message.Html.isEmpty())
+    headers.Append("Content-Type: multipart/alternative");
 
   const QByteArray urlBytes = url.toUtf8();
   const QByteArray fromBytes = AngleAddress(from);
   const QByteArray user = smtp.UserName.toUtf8();
   const QByteArray password = smtp.Password.toUtf8();
   // Certificates matter only when TLS is used; a plain send never reads them.
-  const QByteArray authorities = smtp.UseSSL ? TrustedAuthorities(curl, smtp) : QByteArray();
+  const QByteArray authorities = secure ? TrustedAuthorities(curl, smtp) : QByteArray();
   char errorText[CURL_ERROR_SIZE] = {};
   TTranscript transcript;
 
@@ -232,7 +287,7 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
   Check(curl_easy_setopt(curl, CURLOPT_VERBOSE, 1L), server, "transcript");
   Check(curl_easy_setopt(curl, CURLOPT_DEBUGFUNCTION, OnCurlDebug), server, "transcript");
   Check(curl_easy_setopt(curl, CURLOPT_DEBUGDATA, &transcript), server, "transcript");
-  const long startTls = smtp.UseSSL && !implicitTls ? CURLUSESSL_ALL : CURLUSESSL_NONE;
+  const long startTls = secure && !implicitTls ? CURLUSESSL_ALL : CURLUSESSL_NONE;
   Check(curl_easy_setopt(curl, CURLOPT_USE_SSL, startTls), server, "STARTTLS");
   Check(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 1L), server, "certificate check");
   Check(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 2L), server, "certificate check");
@@ -242,9 +297,11 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
     Check(curl_easy_setopt(curl, CURLOPT_CAINFO_BLOB, &blob), server, "certificate authorities");
   }
   Check(curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, CConnectTimeoutSeconds), server, "timeout");
-  Check(curl_easy_setopt(curl, CURLOPT_TIMEOUT, CTotalTimeoutSeconds), server, "timeout");
+  Check(curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, static_cast<long>(timeout.count())), server, "timeout");
   Check(curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L), server, "signals");
-  if (!smtp.UserName.trimmed().isEmpty()) {
+  if (capture && !capture->Attach(curl))
+    throw ESmtpError(QStringLiteral("Unable to prepare %1: libcurl refuses the connection options").arg(server));
+  if (!capture && !smtp.UserName.trimmed().isEmpty()) {
     Check(curl_easy_setopt(curl, CURLOPT_USERNAME, user.constData()), server, "user name");
     Check(curl_easy_setopt(curl, CURLOPT_PASSWORD, password.constData()), server, "password");
   }
@@ -254,6 +311,8 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
   Check(curl_easy_setopt(curl, CURLOPT_MIMEPOST, mime.get()), server, "message");
 
   const CURLcode result = curl_easy_perform(curl);
+  const auto spent = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - started);
+  CleanUpWithin(handle, std::max(std::chrono::milliseconds(0), timeout - spent));
   if (result == CURLE_OK)
     return;
   QString reason = errorText[0] ? QString::fromUtf8(errorText) : QString::fromUtf8(curl_easy_strerror(result));
@@ -262,4 +321,20 @@ void SendMail(const tySMTPserver &smtp, const TMailMessage &message)
   const QString error = QStringLiteral("Unable to send the mail through %1: %2").arg(server, reason);
   TraceError(lcMail(), error);
   throw ESmtpError(error);
+}
+
+} // namespace
+
+void SendMail(const tySMTPserver &smtp, const TMailMessage &message, std::chrono::seconds timeout)
+{
+  const TraceScope trace(lcMail(), "SendMail");
+  Transfer(smtp, message, nullptr, timeout);
+}
+
+QByteArray RenderMail(const tySMTPserver &smtp, const TMailMessage &message)
+{
+  const TraceScope trace(lcMail(), "RenderMail");
+  TMailCapture capture;
+  Transfer(smtp, message, &capture, CSmtpTimeout);
+  return capture.Message();
 }

@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <chrono>
 
 // A mail that could not be delivered to the SMTP server: refused connection,
 // TLS failure, refused login or recipient, timeout. The message names the server
@@ -14,6 +15,13 @@ class ESmtpError : public EQuorvexError
   using EQuorvexError::EQuorvexError;
 };
 
+struct TMailAttachment
+{
+  QString FileName;
+  QByteArray Type; // media type
+  QByteArray Data;
+};
+
 struct TMailMessage
 {
   QStringList To;
@@ -21,6 +29,7 @@ struct TMailMessage
   QString Subject;
   QString Text; // plain-text body
   QString Html; // HTML body; when empty the mail is plain text only
+  QList<TMailAttachment> Attachments;
 };
 
 // Sends one mail through the SMTP server of `smtp` with libcurl:
@@ -30,11 +39,19 @@ struct TMailMessage
 // - the server's certificate always verified against the system's authorities
 //   and those of the PEM file named by QUORVEX_EXTRA_CA_CERTS;
 // - with both bodies, a multipart/alternative message (plain text, then HTML),
-//   both UTF-8; headers Date, From (smtp.From, or the built-in no-reply address),
-//   To, Cc (when any), Subject and Message-ID.
-// Every recipient of To and Cc gets the mail. Raises ESmtpError on any failure;
-// nothing is retried.
-void SendMail(const tySMTPserver &smtp, const TMailMessage &message);
+//   both UTF-8, inside a multipart/mixed one when there are attachments
+//   (Base64); headers Date, From (SenderAddress),
+//   To, Cc (when any), Subject, Message-ID, and Auto-Submitted and
+//   X-Auto-Response-Suppress so that no automatic answer comes back.
+// Every recipient of To and Cc gets the mail, and no one else. The whole
+// exchange, the closing of the connection included, ends within `timeout`.
+// Raises ESmtpError on any failure; nothing is retried.
+inline constexpr std::chrono::seconds CSmtpTimeout{120};
+void SendMail(const tySMTPserver &smtp, const TMailMessage &message, std::chrono::seconds timeout = CSmtpTimeout);
+
+// The mail exactly as SendMail would send it (headers and body, CR LF line
+// breaks), for a dry run; nothing leaves the computer.
+QByteArray RenderMail(const tySMTPserver &smtp, const TMailMessage &message);
 
 // The addresses of a list typed by a person: separated by commas or semicolons,
 // blanks around them ignored, empty entries dropped.

@@ -3,6 +3,7 @@
 #include "RestErrors.h"
 #include "core/Trace.h"
 
+#include <algorithm>
 #include <QEventLoop>
 #include <QHostAddress>
 #include <QNetworkAccessManager>
@@ -57,28 +58,38 @@ bool BrokenOff(QNetworkReply::NetworkError error)
   return error != QNetworkReply::NoError && error < QNetworkReply::ContentAccessDenied;
 }
 
-QString TransportErrorText(const QUrl &url, const QNetworkReply &reply, const QList<QSslError> &sslErrors)
+// Why no answer came, for a person: the reason with what to do.
+QString TransportReason(const QUrl &url, const QNetworkReply &reply)
 {
-  const QString address = url.toString();
   switch (reply.error()) {
   case QNetworkReply::ConnectionRefusedError:
-    return QStringLiteral("Connection refused by %1 (%2): is the service running?").arg(HostOf(url), address);
+    return QStringLiteral("the connection was refused by %1; check that the service is running and the instance "
+                          "name in \"Quorvex ITSM API\"")
+        .arg(HostOf(url));
   case QNetworkReply::RemoteHostClosedError:
-    return QStringLiteral("%1 closed the connection before the whole answer came (%2)").arg(HostOf(url), address);
+    return QStringLiteral("%1 closed the connection before the whole answer came; try again later").arg(HostOf(url));
   case QNetworkReply::HostNotFoundError:
-    return QStringLiteral("Host \"%1\" not found (%2): check the instance name").arg(url.host(), address);
-  case QNetworkReply::SslHandshakeFailedError: {
-    QStringList reasons;
-    for (const QSslError &error : sslErrors)
-      reasons.append(error.errorString());
-    if (reasons.isEmpty())
-      reasons.append(reply.errorString());
-    return QStringLiteral("The certificate of %1 is not trusted (%2): %3")
-        .arg(HostOf(url), address, reasons.join(QLatin1String("; ")));
-  }
+    return QStringLiteral("the host \"%1\" was not found; check the instance name in \"Quorvex ITSM API\" and "
+                          "the network connection")
+        .arg(url.host());
+  case QNetworkReply::SslHandshakeFailedError:
+    return QStringLiteral("the certificate of %1 is not trusted; if the service uses a certificate authority of "
+                          "its own, name its PEM file in %2")
+        .arg(HostOf(url), QLatin1String(CExtraCaVariable));
   default:
-    return QStringLiteral("Network error on %1: %2").arg(address, reply.errorString());
+    return QStringLiteral("the network failed on the way to %1; check the network connection").arg(HostOf(url));
   }
+}
+
+// The library's own words, with the certificate's faults when there are some.
+QString TransportDetails(const QNetworkReply &reply, const QList<QSslError> &sslErrors)
+{
+  QStringList reasons;
+  for (const QSslError &error : sslErrors)
+    reasons.append(error.errorString());
+  if (reasons.isEmpty())
+    reasons.append(reply.errorString());
+  return reasons.join(QLatin1String("; "));
 }
 
 } // namespace
@@ -112,12 +123,24 @@ TRestTransport::TAnswer TRestTransport::Send(const TRequest &request)
   if (!reply)
     loop.exec(QEventLoop::ExcludeUserInputEvents);
   if (!reply->Answer)
-    throw ERestTransportError(reply->Error);
+    throw ERestTransportError(reply->Error, reply->Details);
   return *std::move(reply->Answer);
 }
 
 void TRestTransport::Start(const TRequest &request, TDone done)
 {
+  if (FDeadline.hasExpired()) {
+    // Answered from the event loop all the same, as every other request.
+    QTimer::singleShot(0, &FManager, [url = request.Url.toString(), done = std::move(done)] {
+      done({std::nullopt,
+            QStringLiteral("the run's time limit had passed, so it was not requested; allow more time with "
+                           "--deadline MINUTES"),
+            url});
+    });
+    return;
+  }
+  const std::chrono::milliseconds wait =
+      FDeadline.isForever() ? FTimeout : std::min(FTimeout, std::chrono::milliseconds(FDeadline.remainingTime()));
   QNetworkRequest network(request.Url);
   network.setSslConfiguration(FSsl);
   network.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
@@ -151,9 +174,8 @@ void TRestTransport::Start(const TRequest &request, TDone done)
     state->TimedOut = true;
     reply->abort();
   });
-  timer->start(FTimeout);
+  timer->start(wait);
 
-  const auto timeout = FTimeout;
   const QUrl url = request.Url;
   QObject::connect(reply, &QNetworkReply::finished, reply, [=, this, done = std::move(done)] {
     --FPending;
@@ -161,14 +183,20 @@ void TRestTransport::Start(const TRequest &request, TDone done)
     reply->deleteLater();
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     if (state->TimedOut || state->TooBig || !status.isValid() || BrokenOff(reply->error())) {
-      done({std::nullopt, state->TimedOut ? QStringLiteral("No answer from %1 within %2 s (%3)")
-                                                .arg(HostOf(url))
-                                                .arg(timeout.count() / 1000.0)
-                                                .arg(url.toString())
-                          : state->TooBig ? QStringLiteral("The answer of %1 exceeds %2 MiB and was refused")
-                                                .arg(url.toString())
-                                                .arg(CMaxAnswerBytes >> 20)
-                                          : TransportErrorText(url, *reply, state->SslErrors)});
+      const QString reason =
+          state->TimedOut
+              ? QStringLiteral("no answer from %1 within %2 s (time-out); check the network, or try again later")
+                    .arg(HostOf(url))
+                    .arg(wait.count() / 1000.0)
+          : state->TooBig
+              ? QStringLiteral("the answer of %1 exceeds %2 MiB and was refused; tell the service's administrator")
+                    .arg(HostOf(url))
+                    .arg(CMaxAnswerBytes >> 20)
+              : TransportReason(url, *reply);
+      const QString details = state->TimedOut || state->TooBig
+                                  ? url.toString()
+                                  : url.toString() + QStringLiteral(": ") + TransportDetails(*reply, state->SslErrors);
+      done({std::nullopt, reason, details});
       return;
     }
     TAnswer answer;
@@ -181,11 +209,4 @@ void TRestTransport::Start(const TRequest &request, TDone done)
     answer.RetryAfter = reply->rawHeader("Retry-After");
     done({std::move(answer), QString()});
   });
-}
-
-QString RefusalText(const QString &url, const TRestTransport::TAnswer &answer)
-{
-  return answer.Status / 100 == 2
-             ? QString()
-             : QStringLiteral("%1 answered HTTP %2 %3").arg(url).arg(answer.Status).arg(answer.StatusText);
 }

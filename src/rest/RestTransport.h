@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QList>
 #include <QPair>
 #include <QSslConfiguration>
@@ -45,7 +46,8 @@ public:
   struct TReply
   {
     std::optional<TAnswer> Answer;
-    QString Error;
+    QString Error;   // for a person: what went wrong and what to do
+    QString Details; // the address and the network library's own words
   };
   using TDone = std::function<void(TReply reply)>;
 
@@ -68,6 +70,9 @@ public:
   void Start(const TRequest &request, TDone done);
 
   void SetTimeout(std::chrono::milliseconds timeout) { FTimeout = timeout; }
+  // After `deadline` no request starts (it fails at once, as for a network
+  // error), and none waits for its answer beyond it. Forever by default.
+  void SetDeadline(QDeadlineTimer deadline) { FDeadline = deadline; }
 
 private:
   // Qt's manager opens at most six connections to a host and queues the rest:
@@ -80,8 +85,5 @@ private:
   int FPending = 0;
   QSslConfiguration FSsl;
   std::chrono::milliseconds FTimeout = CDefaultTimeout;
+  QDeadlineTimer FDeadline{QDeadlineTimer::Forever};
 };
-
-// "<url> answered HTTP <status> <text>" for an answer that is not a success,
-// empty for one that is.
-QString RefusalText(const QString &url, const TRestTransport::TAnswer &answer);

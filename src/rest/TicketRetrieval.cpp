@@ -10,6 +10,17 @@
 
 namespace {
 
+constexpr std::int32_t CPageSize = 500;
+// Marks of the trace lines that are not a page number.
+constexpr std::int32_t CFailureLine = -1;
+constexpr std::int32_t CPlainLine = -2;
+
+// Pages needed for `totalElements` tickets, plus one.
+std::int32_t MaxPagesFor(std::int32_t totalElements)
+{
+  return static_cast<std::int32_t>((qint64(totalElements) + CPageSize - 1) / CPageSize + 1);
+}
+
 // Room made at once for the announced tickets, up to this many: beyond it the
 // list grows as the pages come (an announced total is no promise).
 constexpr qsizetype CMaxReserved = 50000;
@@ -32,8 +43,11 @@ int RetryAfterSeconds(const QByteArray &header)
 // One page as it came back: no answer, or the answer read.
 struct TTicketRetrieval::TPageOutcome
 {
-  QString TransportError;
-  QString Refusal; // names a status other than 2xx, for the failure's text
+  QString TransportError;   // why no answer came, for a person
+  QString TransportDetails; // the network library's words
+  int Status = 0;
+  QString StatusText;
+  QString BodyStart; // the beginning of the answer, for an answer not understood
   TTicketPage Page;
 };
 
@@ -49,7 +63,7 @@ struct TTicketRetrieval::TQueryState
   std::int32_t TotalElements = -1; // unknown until a page tells it
   bool Ended = false;
   // The query's trace, written when it is delivered so that it never mixes
-  // with another query's: a page number, or an error line.
+  // with another query's: a page number, a failure, or a plain line.
   QList<std::pair<std::int32_t, QString>> Trace;
   TTicketQueryResult Result;
 };
@@ -127,8 +141,11 @@ void TTicketRetrieval::Answered(qsizetype index, std::int32_t page, bool repeate
   const auto outcome = std::make_shared<TPageOutcome>();
   if (!reply.Answer) {
     outcome->TransportError = reply.Error;
+    outcome->TransportDetails = reply.Details;
   } else {
-    outcome->Refusal = RefusalText(FUrl, *reply.Answer);
+    outcome->Status = reply.Answer->Status;
+    outcome->StatusText = reply.Answer->StatusText;
+    outcome->BodyStart = AnswerStart(reply.Answer->Body);
     if (page == 0)
       query.Wanted = std::max(1, FHeadParser.AnnouncedPages(reply.Answer->Body).value_or(1));
   }
@@ -180,17 +197,17 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
   if (outcome.TransportError.isEmpty()) {
     switch (answer.Shape) {
     case TTicketPage::TShape::Empty:
-      Fail(query, QStringLiteral("RESTResponse.Content = \"\""), outcome.Refusal);
+      Fail(query, QStringLiteral("RESTResponse.Content = \"\""), outcome);
       return End(query, false);
     case TTicketPage::TShape::NotObject:
-      Fail(query, QStringLiteral("NOT Assigned(JSONResponse) OR NOT (JSONResponse IS TJSONObject)"), outcome.Refusal);
+      Fail(query, QStringLiteral("NOT Assigned(JSONResponse) OR NOT (JSONResponse IS TJSONObject)"), outcome);
       return End(query, false);
     default: break;
     }
     query.TotalPages = answer.TotalPages.value_or(query.TotalPages);
     query.TotalElements = answer.TotalElements.value_or(query.TotalElements);
     if (answer.Shape == TTicketPage::TShape::NoContent) {
-      Fail(query, QStringLiteral("NOT JSONObject.TryGetValue<TJSONArray>('content', ContentArray)"), outcome.Refusal);
+      Fail(query, QStringLiteral("NOT JSONObject.TryGetValue<TJSONArray>('content', ContentArray)"), outcome);
       return End(query, false);
     }
     if (answer.Tickets.isEmpty()) {
@@ -198,9 +215,10 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
       // unless it announced some; a later page announced but empty leaves the
       // list incomplete.
       if (page == 0 && query.TotalElements <= 0)
-        query.Trace.append({-1, QStringLiteral("ContentArray.Count = 0")});
+        query.Trace.append({CPlainLine, QStringLiteral("ContentArray.Count = 0")});
       else
-        Fail(query, QStringLiteral("ContentArray.Count = 0"), outcome.Refusal);
+        Fail(query, QStringLiteral("ContentArray.Count = 0, totalNumberOfElements = %1").arg(query.TotalElements),
+             outcome);
       return End(query, false);
     }
     tyRestTickets &tickets = query.Result.Tickets;
@@ -213,14 +231,31 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
            QStringLiteral("%1 items of page %2 are not tickets (not an object, or no integer \"id\")")
                .arg(answer.BadItems)
                .arg(page),
-           outcome.Refusal);
+           outcome);
   } else {
-    Fail(query, QStringLiteral("Erreur API : ") + outcome.TransportError, QString());
+    Fail(query, QStringLiteral("Erreur API : ") + outcome.TransportError, outcome);
   }
   query.Next = page + 1;
+  // Every announced ticket is in: further pages could only be dropped.
+  if (query.TotalElements >= 0 && query.Result.Tickets.size() >= query.TotalElements)
+    return End(query, true);
   if (query.Next + 1 > query.TotalPages)
     return End(query, true);
-  query.Wanted = query.TotalPages;
+  // Pages beyond what the announced tickets can fill (one spare) mean an
+  // answer that cannot be trusted, not a longer wait.
+  const std::int32_t bound = query.TotalElements >= 0 ? MaxPagesFor(query.TotalElements) : query.TotalPages;
+  if (query.Next >= bound) {
+    const QString stop = QStringLiteral("%1 announced %2 pages for %3 tickets; paging stopped after %4 pages with %5 "
+                                        "tickets, as the answers cannot be trusted; tell the service's administrator")
+                             .arg(ServerOf(FUrl))
+                             .arg(query.TotalPages)
+                             .arg(query.TotalElements)
+                             .arg(query.Next)
+                             .arg(query.Result.Tickets.size());
+    Fail(query, stop, outcome, stop);
+    return End(query, true);
+  }
+  query.Wanted = std::min(query.TotalPages, bound);
 }
 
 void TTicketRetrieval::End(TQueryState &query, bool trim)
@@ -231,12 +266,25 @@ void TTicketRetrieval::End(TQueryState &query, bool trim)
   query.Ended = true;
 }
 
-void TTicketRetrieval::Fail(TQueryState &query, const QString &message, const QString &refusal)
+void TTicketRetrieval::Fail(TQueryState &query, const QString &message, const TPageOutcome &outcome,
+                            const QString &reason)
 {
-  query.Trace.append({-1, message});
-  if (!query.Result.Failed)
-    query.Result.Error = refusal.isEmpty() ? message : message + QStringLiteral(" (") + refusal + u')';
+  query.Trace.append({CFailureLine, message});
+  if (query.Result.Failed)
+    return;
   query.Result.Failed = true;
+  const QString server = ServerOf(FUrl);
+  if (!reason.isEmpty())
+    query.Result.Failure = TRestFailure{reason, FUrl};
+  else if (!outcome.TransportError.isEmpty())
+    query.Result.Failure = TRestFailure{outcome.TransportError, outcome.TransportDetails};
+  else if (outcome.Status / 100 != 2)
+    query.Result.Failure = TRestFailure{StatusReason(server, outcome.Status, outcome.StatusText), FUrl};
+  else
+    query.Result.Failure =
+        TRestFailure{NotUnderstoodReason(server),
+                     QStringLiteral("%1 answered: %2").arg(FUrl, outcome.BodyStart.isEmpty() ? QStringLiteral("(nothing)")
+                                                                                             : outcome.BodyStart)};
 }
 
 void TTicketRetrieval::Deliver()
@@ -251,11 +299,13 @@ void TTicketRetrieval::Deliver()
       TraceValue(lcRest(), "organizationId", query.Query.OrganizationId);
       TraceValue(lcRest(), "Search", query.Query.Search);
       TraceValue(lcRest(), "BaseURL", FUrl);
-      for (const auto &[page, error] : std::as_const(query.Trace))
-        if (error.isEmpty())
-          TraceValue(lcRest(), "Page", page);
+      for (const auto &[page, line] : std::as_const(query.Trace))
+        if (page == CFailureLine)
+          TraceFailure(lcRest(), line);
+        else if (page == CPlainLine)
+          qCDebug(lcRest()).noquote() << line;
         else
-          TraceError(lcRest(), error);
+          TraceValue(lcRest(), "Page", page);
     }
     query.Trace.clear();
     FQueryDone(FDelivered++, std::move(query.Result));

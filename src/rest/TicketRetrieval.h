@@ -1,5 +1,6 @@
 #pragma once
 
+#include "RestFailure.h"
 #include "RestTransport.h"
 #include "TicketPage.h"
 
@@ -20,12 +21,12 @@ struct TTicketQuery
 };
 
 // What a query gave: its tickets, and whether it failed to retrieve them all,
-// with the first failure's text.
+// with the first failure's reason and details.
 struct TTicketQueryResult
 {
   tyRestTickets Tickets;
   bool Failed = false;
-  QString Error;
+  TRestFailure Failure;
 };
 
 // Runs open-ticket queries page by page with up to `parallel` requests in
@@ -73,7 +74,11 @@ private:
   void Parsed(qsizetype index, std::int32_t page, std::shared_ptr<TPageOutcome> outcome);
   void Judge(TQueryState &query, std::int32_t page, TPageOutcome &outcome);
   void End(TQueryState &query, bool trim);
-  void Fail(TQueryState &query, const QString &message, const QString &refusal);
+  // Traces the program's own words and remembers the first failure of the
+  // query, in plain words: `reason` when given, else what the page's answer
+  // says (no answer, a refusing status, an answer not understood).
+  void Fail(TQueryState &query, const QString &message, const TPageOutcome &outcome,
+            const QString &reason = QString());
   // Hands the complete queries at the front of the list to the caller.
   void Deliver();
 

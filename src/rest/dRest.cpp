@@ -75,11 +75,14 @@ bool TdmRest::GetToken(tyQuorvexITSM &settings)
   try {
     answer = FTransport.Send({"POST", QUrl(url), {{"Content-Type", "application/x-www-form-urlencoded"}}, body, true});
   } catch (const ERestTransportError &error) {
-    FLastFailed = true;
-    FLastError = error.Message();
+    Remember(error.Message(), error.Details());
     throw;
   }
   api.TokenRequest = NowDateTime();
+  FLastUrl = url;
+  FLastStatus = answer.Status;
+  FLastStatusText = answer.StatusText;
+  FLastBodyStart = AnswerStart(answer.Body);
 
   if (answer.Status != 200) {
     Fail(QStringLiteral("Erreur OAuth2: %1 - %2").arg(answer.Status).arg(answer.StatusText));
@@ -107,16 +110,41 @@ bool TdmRest::TokenOk() const
 void TdmRest::BeginCall()
 {
   FLastFailed = false;
-  FLastError.clear();
-  FLastRefusal.clear();
+  FLastFailure = TRestFailure();
+  FLastUrl.clear();
+  FLastStatus = 0;
+  FLastStatusText.clear();
+  FLastBodyStart.clear();
+}
+
+void TdmRest::Remember(const QString &reason, const QString &details)
+{
+  if (!FLastFailed)
+    FLastFailure = TRestFailure{reason, details};
+  FLastFailed = true;
 }
 
 void TdmRest::Fail(const QString &message)
 {
-  TraceError(lcRest(), message);
-  if (!FLastFailed)
-    FLastError = FLastRefusal.isEmpty() ? message : message + QStringLiteral(" (") + FLastRefusal + u')';
-  FLastFailed = true;
+  TraceFailure(lcRest(), message);
+  // The details stay in the language of the exchange: the address, and the
+  // beginning of an answer that was not understood.
+  const QString server = ServerOf(FLastUrl);
+  if (FLastStatus / 100 != 2)
+    Remember(StatusReason(server, FLastStatus, FLastStatusText), FLastUrl);
+  else
+    Remember(NotUnderstoodReason(server),
+             QStringLiteral("%1 answered: %2").arg(FLastUrl, FLastBodyStart.isEmpty() ? QStringLiteral("(nothing)")
+                                                                                      : FLastBodyStart));
+}
+
+void TdmRest::FailOn(const EQuorvexError &error)
+{
+  TraceFailure(lcRest(), QStringLiteral("Erreur API : ") + error.Message());
+  if (dynamic_cast<const ERestTransportError *>(&error))
+    Remember(error.Message(), error.Details());
+  else
+    Remember(NotUnderstoodReason(ServerOf(FLastUrl)), error.Message());
 }
 
 QString TdmRest::QueryUrl(const tyQuorvexITSM &settings, const QString &path)
@@ -141,9 +169,29 @@ TRestTransport::TRequest TdmRest::ApiRequest(const QString &url, const QByteArra
   return request;
 }
 
+bool TdmRest::RenewRefusedToken()
+{
+  qCDebug(lcRest()) << "The service refused the token (HTTP 401); it is dropped";
+  FToken.clear();
+  if (!FTokenRefused)
+    return false;
+  // The token request starts a call of its own; the query under way keeps its state.
+  const bool failed = FLastFailed;
+  const TRestFailure failure = FLastFailure;
+  const bool renewed = FTokenRefused();
+  FLastFailed = failed;
+  FLastFailure = failure;
+  return renewed;
+}
+
 QByteArray TdmRest::Execute(const QString &url, const QByteArray &method, const QByteArray *jsonBody)
 {
-  const TRestTransport::TAnswer answer = FTransport.Send(ApiRequest(url, method, jsonBody));
-  FLastRefusal = RefusalText(url, answer);
+  TRestTransport::TAnswer answer = FTransport.Send(ApiRequest(url, method, jsonBody));
+  if (answer.Status == 401 && RenewRefusedToken())
+    answer = FTransport.Send(ApiRequest(url, method, jsonBody));
+  FLastUrl = url;
+  FLastStatus = answer.Status;
+  FLastStatusText = answer.StatusText;
+  FLastBodyStart = AnswerStart(answer.Body);
   return answer.Body;
 }

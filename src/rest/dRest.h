@@ -1,5 +1,6 @@
 #pragma once
 
+#include "RestFailure.h"
 #include "RestTransport.h"
 #include "TicketRetrieval.h"
 #include "uTypes.h"
@@ -8,7 +9,9 @@
 #include <QString>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 
+class EQuorvexError;
 class QNetworkAccessManager;
 
 // The service client: builds the service's address, obtains and keeps the OAuth2
@@ -20,9 +23,18 @@ class QNetworkAccessManager;
 // failure to the trace and returns what it has, usually an empty list. Besides,
 // LastCallFailed() tells whether the last call could not retrieve everything, so
 // that an unattended run can tell "nothing there" from "could not retrieve".
+//
+// A service that answers 401 to a query no longer accepts the token, whatever
+// its age: the module drops it, asks the token-refused handler for a new one and,
+// when one came, sends the refused request once more.
 class TdmRest
 {
 public:
+  // Called after a 401 answer, once the module has dropped its token: drops the
+  // saved one and may obtain a new one (GetToken). Returns whether a new token is
+  // in force.
+  using TTokenRefused = std::function<bool()>;
+
   // The manager is used for every request and must outlive the module.
   explicit TdmRest(QNetworkAccessManager &manager);
   ~TdmRest();
@@ -44,6 +56,9 @@ public:
 
   // True when the module holds a token; a failed renewal does not clear it.
   bool TokenOk() const;
+  // Forgets the token in force, so that the next GetToken decides anew.
+  void DropToken() { FToken.clear(); }
+  void SetTokenRefusedHandler(TTokenRefused handler) { FTokenRefused = std::move(handler); }
 
   // Every open ticket of the organization, 500 a page; `search` restricts them
   // to the service's matches of that text when not empty.
@@ -63,17 +78,26 @@ public:
   tyRestOperators GET_OperatorsList(const tyQuorvexITSM &settings);
 
   // Whether the last call (token or query) failed to retrieve what it asked for,
-  // and the first failure's text. An empty list that the service really gave is
+  // and why (its first failure). An empty list that the service really gave is
   // not a failure.
   bool LastCallFailed() const { return FLastFailed; }
-  QString LastError() const { return FLastError; }
+  const TRestFailure &LastFailure() const { return FLastFailure; }
 
   void SetTimeout(std::chrono::milliseconds timeout) { FTransport.SetTimeout(timeout); }
+  // No request starts after `deadline` (the call fails as for a network error).
+  void SetDeadline(QDeadlineTimer deadline) { FTransport.SetDeadline(deadline); }
 
 private:
   void BeginCall();
-  // Writes the error trace and remembers the failure.
+  // Writes the error trace and remembers the failure: an answer refused by its
+  // HTTP status, or else an answer not understood.
   void Fail(const QString &message);
+  // The same for an error raised while sending or reading: a transport error
+  // gives its own reason, any other means that the answer was not understood.
+  void FailOn(const EQuorvexError &error);
+  // Drops the refused token and asks the handler for a new one; the state of
+  // the call under way is kept.
+  bool RenewRefusedToken();
   // Base address + `path`, traced as the query's address.
   static QString QueryUrl(const tyQuorvexITSM &settings, const QString &path);
   // A request with the bearer token (and a JSON body when `jsonBody` is not null):
@@ -85,11 +109,18 @@ private:
   // failure trace.
   QJsonArray ArrayAnswer(const QByteArray &body);
 
+  // Remembers the failure unless the call already failed.
+  void Remember(const QString &reason, const QString &details);
+
   TRestTransport FTransport;
   QString FToken;
+  TTokenRefused FTokenRefused;
   bool FLastFailed = false;
-  QString FLastError;
-  // The last answer that was not a success, which a failure's text then names
-  // (its trace stays the body's diagnosis alone).
-  QString FLastRefusal;
+  TRestFailure FLastFailure;
+  // Address, HTTP status and beginning of the last answer, which a failure
+  // then names.
+  QString FLastUrl;
+  int FLastStatus = 0;
+  QString FLastStatusText;
+  QString FLastBodyStart;
 };

@@ -18,7 +18,6 @@ const QString CInvalidJson = QStringLiteral("Réponse JSON invalide.");
 const QString CArrayExpected = QStringLiteral("Format JSON incorrect, tableau attendu.");
 const QString CObjectExpected = QStringLiteral("Format JSON incorrect, objet attendu.");
 const QString CEmptyArray = QStringLiteral("Le tableau JSON est vide.");
-const QString CApiError = QStringLiteral("Erreur API : ");
 
 QJsonValue RequiredMember(const QJsonObject &item, const QString &key, qsizetype index, const QString &url)
 {
@@ -77,7 +76,7 @@ QJsonArray TdmRest::ArrayAnswer(const QByteArray &body)
     return {};
   }
   if (document.array().isEmpty())
-    TraceError(lcRest(), CEmptyArray); // an empty list, not a failure to get it
+    qCDebug(lcRest()).noquote() << CEmptyArray; // an empty list, not a failure to get it
   return document.array();
 }
 
@@ -104,8 +103,7 @@ tyRestObjects TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString 
       // Not a list of objects: nothing to show. Kept out of the error lines, but
       // the caller still learns that nothing could be read.
       qCDebug(lcRest()) << "The answer is not a JSON array";
-      FLastFailed = true;
-      FLastError = QStringLiteral("The answer of %1 is not a JSON array").arg(url);
+      Remember(NotUnderstoodReason(ServerOf(url)), QStringLiteral("The answer of %1 is not a JSON array").arg(url));
       return result;
     }
     const QJsonArray items = document.array();
@@ -124,7 +122,7 @@ tyRestObjects TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString 
       ParseString(item, QStringLiteral("type"), object._type);
     }
   } catch (const EQuorvexError &error) {
-    Fail(CApiError + error.Message());
+    FailOn(error);
   }
   return result;
 }
@@ -155,7 +153,7 @@ tyRestOrganizations TdmRest::GET_OrganizationsList(const tyQuorvexITSM &settings
       result[i] = organization;
     }
   } catch (const EQuorvexError &error) {
-    Fail(CApiError + error.Message());
+    FailOn(error);
   }
   return result;
 }
@@ -201,7 +199,7 @@ tyRestTeams TdmRest::GET_Teams(const tyQuorvexITSM &settings, bool WithOrganizat
       team.organizations = ReadSubNames(document.object(), QStringLiteral("organizations"));
     }
   } catch (const EQuorvexError &error) {
-    Fail(CApiError + error.Message());
+    FailOn(error);
   }
   return result;
 }
@@ -236,7 +234,7 @@ tyRestOperators TdmRest::GET_OperatorsList(const tyQuorvexITSM &settings)
     for (const QJsonValue &item : items)
       result.append(OperatorFromJson(item.toObject()));
   } catch (const EQuorvexError &error) {
-    Fail(CApiError + error.Message());
+    FailOn(error);
   }
   return result;
 }

@@ -35,7 +35,18 @@ void TdmRest::GET_TicketsListsOpen(const tyQuorvexITSM &settings, const QList<TT
       url, queries, settings.ParallelRequests,
       [this, url](const TTicketQuery &query, std::int32_t page, TRestTransport::TDone answered) {
         const QByteArray body = PageRequest(query.OrganizationId, page, query.Search);
-        FTransport.Start(ApiRequest(url, "GET", &body), std::move(answered));
+        const QString sentWith = FToken;
+        FTransport.Start(ApiRequest(url, "GET", &body),
+                         [this, url, body, sentWith, answered = std::move(answered)](TRestTransport::TReply reply) {
+                           // A refused token is renewed once (or already was, by another page) and
+                           // the page asked again with the new one.
+                           if (reply.Answer && reply.Answer->Status == 401 &&
+                               ((!FToken.isEmpty() && FToken != sentWith) || RenewRefusedToken())) {
+                             FTransport.Start(ApiRequest(url, "GET", &body), answered);
+                             return;
+                           }
+                           answered(std::move(reply));
+                         });
       },
       done);
   retrieval.Run();
@@ -49,6 +60,6 @@ tyRestTickets TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, std::i
   GET_TicketsListsOpen(settings, {{organizationId, search}},
                        [&result](qsizetype, TTicketQueryResult &&answered) { result = std::move(answered); });
   FLastFailed = result.Failed;
-  FLastError = result.Error;
+  FLastFailure = result.Failure;
   return std::move(result.Tickets);
 }

@@ -1,21 +1,59 @@
 #include "TMainState.h"
 
+#include "rest/dRest.h"
+
 #include "core/AppPaths.h"
+#include "core/Errors.h"
 #include "core/Settings.h"
 #include "core/Trace.h"
+#include "core/uTools.h"
 #include "report/HtmlTexts.h"
+#include "rest/dRest.h"
 #include "tickets/ColourSettings.h"
 #include "tickets/ColourStore.h"
 #include "tickets/SelectionSettings.h"
 
 #include <QFileInfo>
 
+namespace {
+
+// The connection and the credentials: a token obtained with other values is not
+// to be used with these.
+bool SameAccount(const tyQuorvexITSM &a, const tyQuorvexITSM &b)
+{
+  return a.Instance == b.Instance && a.SaaS == b.SaaS && a.API.ClientID == b.API.ClientID &&
+         a.API.ClientSecret == b.API.ClientSecret && a.API.Username == b.API.Username &&
+         a.API.Password == b.API.Password;
+}
+
+} // namespace
+
 TMainState::TMainState(QString exeFileName, TdmRest &rest, TWarningSink warningSink)
     : FExeFileName(std::move(exeFileName)), FRest(rest), FWarningSink(std::move(warningSink))
 {
+  FRest.SetTokenRefusedHandler([this] { return RenewRefusedToken(); });
 }
 
-TMainState::~TMainState() = default;
+TMainState::~TMainState()
+{
+  FRest.SetTokenRefusedHandler({});
+}
+
+bool TMainState::bbtQuorvexItsmApiClick(const TEditApi &editApi)
+{
+  const TraceScope trace(lcApp(), "TfrmMain.bbtQuorvexItsmApiClick");
+  tyQuorvexITSM edited = FICI;
+  if (!editApi(edited))
+    return false;
+  if (!SameAccount(edited, FICI)) {
+    qCDebug(lcApp) << "Connection or credentials changed: the saved token is dropped";
+    edited.API.Token.clear();
+    FRest.DropToken();
+  }
+  FICI = edited;
+  SaveConfigITSM();
+  return true;
+}
 
 TColourStore &TMainState::Colours()
 {
@@ -37,6 +75,7 @@ void TMainState::FormCreate()
   InitFichIniLocation();
   ReadConfigITSM();
   ReadConfigSMTP();
+  ReadConfigDelivery();
   ReadConfigOrgaAndTeams();
   ReadConfigFilters();
   ReadHtmlTexts();
@@ -60,6 +99,11 @@ void TMainState::InitFichIniLocation()
   Trace::AttachFile(TraceLogFile());
 }
 
+void TMainState::SetRequestDeadline(QDeadlineTimer deadline)
+{
+  FRest.SetDeadline(deadline);
+}
+
 QString TMainState::TraceLogFile() const
 {
   return TraceLogPathFor(FFichINI, FExeFileName);
@@ -79,6 +123,13 @@ void TMainState::ReadConfigSMTP()
   Warn(warnings);
 }
 
+void TMainState::ReadConfigDelivery()
+{
+  TSettingsWarnings warnings;
+  ::ReadConfigDelivery(FFichINI, FDelivery, warnings);
+  Warn(warnings);
+}
+
 void TMainState::ReadConfigOrgaAndTeams()
 {
   ::ReadConfigOrgaAndTeams(FFichINI, FSelectedOrganizations, FSelectedTeams);
@@ -91,6 +142,7 @@ void TMainState::ReadConfigFilters()
 
 void TMainState::SaveConfigITSM() { ::SaveConfigITSM(FFichINI, FICI); }
 void TMainState::SaveConfigSMTP() { ::SaveConfigSMTP(FFichINI, FSmtp); }
+void TMainState::SaveConfigDelivery() { ::SaveConfigDelivery(FFichINI, FDelivery); }
 void TMainState::SaveConfigOrgaAndTeams()
 {
   ::SaveConfigOrgaAndTeams(FFichINI, FSelectedOrganizations, FSelectedTeams);
@@ -117,4 +169,21 @@ void TMainState::Warn(const QStringList &warnings) const
     return;
   for (const QString &warning : warnings)
     FWarningSink(warning);
+}
+
+bool TMainState::ServiceConfigured() const
+{
+  return !TrimBlanks(FICI.Instance).isEmpty() && !TrimBlanks(FICI.API.ClientID).isEmpty();
+}
+
+bool TMainState::ServiceReady()
+{
+  if (ServiceConfigured())
+    return true;
+  const QString missing =
+      QStringLiteral("Enter the service's address and API account in 'Quorvex ITSM API' first");
+  if (!FAutomatic)
+    throw EQuorvexError(missing);
+  FStepFailures.append(TStepFailure{QStringLiteral("Quorvex ITSM API"), missing, QString()});
+  return false;
 }

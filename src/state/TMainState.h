@@ -1,14 +1,19 @@
 #pragma once
 
+#include "StepFailure.h"
 #include "core/ConfigTypes.h"
 #include "core/TDateTime.h"
 #include "report/HtmlTexts.h"
+#include "report/MailReport.h"
+#include "rest/RestFailure.h"
 #include "rest/uTypes.h"
 #include "tickets/TicketsModel.h"
 
+#include <QDeadlineTimer>
 #include <QStringList>
 #include <functional>
 #include <memory>
+#include <utility>
 
 class TColourStore;
 class TLoadingProgress;
@@ -31,6 +36,10 @@ public:
   using TEditColours = std::function<bool(tyRestObjects &statuses, tyRestObjects &priorities, TColourStore &colours)>;
   // Shows the report file of an interactive run.
   using TOpenFile = std::function<void(const QString &path)>;
+  // Asks a person whether the mails may go to these "To" and "CC" lists.
+  using TConfirmMails = std::function<bool(const QStringList &to, const QStringList &cc)>;
+  // The API settings dialog, on a copy of the settings.
+  using TEditApi = std::function<bool(tyQuorvexITSM &settings)>;
 
   TMainState(QString exeFileName, TdmRest &rest, TWarningSink warningSink = {});
   ~TMainState();
@@ -44,10 +53,12 @@ public:
   void InitFichIniLocation();
   void ReadConfigITSM();
   void ReadConfigSMTP();
+  void ReadConfigDelivery();
   void ReadConfigOrgaAndTeams();
   void ReadConfigFilters();
   void SaveConfigITSM();
   void SaveConfigSMTP();
+  void SaveConfigDelivery();
   void SaveConfigOrgaAndTeams();
   void SaveConfigFilters();
   void SavePriorities();
@@ -55,8 +66,12 @@ public:
   void ReadHtmlTexts();
   void SaveHtmlTexts();
 
+  // "Quorvex ITSM API": the service settings, saved on OK. A change of the
+  // connection or the credentials drops the saved token.
+  bool bbtQuorvexItsmApiClick(const TEditApi &editApi);
   // "Get tickets": the open tickets of every selected organization, flagged for
-  // the ten-exchanges notice, into FTickets and the grid; counts in FslLog.
+  // the ten-exchanges notice, into FTickets and the grid; counts in FslLog. When
+  // no token came or every query failed, the previous list and grid stay.
   void bbtGetTicketsClick(TLoadingProgress &progress);
   // "Organizations && Teams": fetches the lists still empty, links them, and
   // lets the user choose; the choice is saved on OK.
@@ -67,17 +82,31 @@ public:
   // "Generate Mail": the report in FHtmlContent and its recipients; an
   // interactive run also writes the .to, .cc and .html files and opens the page.
   void bbtGenerateMailClick(const TOpenFile &openFile = {});
-  // "Send Mail": the last generated report to the SMTP settings' recipients;
-  // nothing when no report was generated.
-  void bbtSendMailClick();
+  // "Send Mail": the last generated report, delivered as FDelivery says
+  // (PlanDelivery), off this thread while `progress` names the server; a dry
+  // run writes the mails as <base>_1.eml, ... instead. In modes concerned and
+  // personal an interactive run first asks `confirm`, and sends nothing when
+  // refused. Adds one run-log line per mail (or "Nothing to report") to FslLog
+  // and returns their texts; nothing when no report was generated or the
+  // person refused.
+  QStringList bbtSendMailClick(TLoadingProgress &progress, const TConfirmMails &confirm = {});
 
   // Path of the report page written by an interactive or dry run.
   QString ReportFile() const { return OutputBase() + QStringLiteral(".html"); }
   // Colours and priority codes of the settings file.
   TColourStore &Colours();
-  // Problems met by the last retrieval (no token, a ticket query that failed);
+  // What the last step that talks to the service could not do (empty when it
+  // did everything), handed over once.
+  TStepFailures TakeStepFailures() { return std::exchange(FStepFailures, {}); }
+  // What the last retrieval could not do (no token, a ticket query that failed);
   // empty when it was complete.
-  const QStringList &RetrievalFailures() const { return FRetrievalFailures; }
+  const TStepFailures &RetrievalFailures() const { return FRetrievalFailures; }
+  // One line on the last retrieval: how many tickets came, or what failed and
+  // since when the list dates.
+  QString RetrievalStatusText() const;
+
+  // No request of the service starts after `deadline`.
+  void SetRequestDeadline(QDeadlineTimer deadline);
 
   // Trace log path: the settings folder + the executable name with ".log".
   QString TraceLogFile() const;
@@ -89,7 +118,8 @@ public:
   tyRestTeamsOperators FTeamsOperators;
   tyRestOrganizations FSelectedOrganizations;
   tyRestTeams FSelectedTeams;
-  TDateTime FExtractionTickets = 0; // moment of the last retrieval
+  TDateTime FExtractionTickets = 0; // moment of the retrieval that gave FTickets
+  TDateTime FRetrievalAttempt = 0;  // start of the last "Get tickets", whatever its outcome
   tyRestTickets FTickets;
   QStringList FHtmlContent;
   QStringList FSlRecipientTo;
@@ -98,8 +128,9 @@ public:
   tyRestOperators FRecipientCC; // recipients in copy
   tyHtmlTexts FHtmlTexts;
   tySMTPserver FSmtp;
+  tyDelivery FDelivery;
   bool FAutomatic = false;
-  bool FDryRun = false; // an unattended run that writes the report files and sends nothing
+  bool FDryRun = false; // an unattended run that writes the report files and the mails, and sends nothing
   std::int32_t FNbMinutes = 0;
   std::int32_t FNbDays = 0;
   QStringList FStatusToIgnore;
@@ -116,8 +147,24 @@ public:
 
 private:
   void Warn(const QStringList &warnings) const;
-  // A token in force, renewed (and saved) when needed.
+  // Clears the failures of the previous step; a person's step may renew a
+  // refused token again, an unattended run only once in all.
+  void BeginServiceStep();
+  void Failed(const QString &what, const TRestFailure &failure);
+  // Failed() when the last service call failed.
+  void NoteFailure(const QString &what);
+  // A token in force, requested (and saved) when needed.
   bool EnsureToken();
+  // Asks the service for a token; a failure is one of the step's.
+  bool RequestToken();
+  // The service refused the token: it is dropped from the settings, and one new
+  // token is requested per step. Returns whether a new one is in force.
+  bool RenewRefusedToken();
+  // Whether the service's address and API account were entered.
+  bool ServiceConfigured() const;
+  // The same; when not, a person is told where to enter them (EQuorvexError) and
+  // an unattended run counts the retrieval as incomplete.
+  bool ServiceReady();
   // <settings folder>/<executable name>: base of the report files.
   QString OutputBase() const;
 
@@ -125,5 +172,9 @@ private:
   TdmRest &FRest;
   TWarningSink FWarningSink;
   std::unique_ptr<TColourStore> FColours;
-  QStringList FRetrievalFailures;
+  TStepFailures FStepFailures;
+  TStepFailures FRetrievalFailures;
+  bool FTokenRenewed = false; // a token was requested after a refusal in this step (or run)
+  TReportInput FReportInput; // what the last generated report was made from
+  TDateTime FReportTime = 0; // and the clock reading its ages count from
 };

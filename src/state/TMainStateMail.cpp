@@ -2,18 +2,29 @@
 
 #include "TMainState.h"
 
+#include "core/RunLog.h"
+#include "core/OffThread.h"
 #include "core/Trace.h"
+#include "report/DeliveryPlan.h"
 #include "report/MailReport.h"
 #include "report/ReportFiles.h"
 #include "report/ReportSending.h"
+#include "report/SmtpIdentity.h"
 #include "rest/dRest.h"
+#include "tickets/LoadingProgress.h"
 #include "tickets/Selection.h"
+
+#include <QScopeGuard>
 
 void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGenerateMailClick");
-  if (FTeamsOperators.isEmpty()) {
+  BeginServiceStep();
+  // The recipients come from the service's operators; without a token the query
+  // could only be refused (the retrieval has said why).
+  if (FTeamsOperators.isEmpty() && ServiceConfigured() && FRest.TokenOk()) {
     FOperators = FRest.GET_OperatorsList(FICI);
+    NoteFailure(QStringLiteral("Operator list (the report's recipients)"));
     if (!FOperators.isEmpty())
       FTeamsOperators = UpdateListTeamsOperators(FOperators);
   }
@@ -21,6 +32,7 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
   TReportInput input;
   input.Tickets = FTickets;
   input.ExtractionTickets = FExtractionTickets;
+  input.RetrievalAttempt = FRetrievalAttempt;
   input.NbMinutes = FNbMinutes;
   input.NbDays = FNbDays;
   input.StatusToIgnore = FStatusToIgnore;
@@ -30,12 +42,23 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
   input.Operators = FOperators;
   input.HtmlTexts = FHtmlTexts;
   input.ServiceUrl = TdmRest::GetQuorvexItsmUrl(FICI);
-  if (!FRetrievalFailures.isEmpty())
+  if (!FRetrievalFailures.isEmpty()) {
+    QStringList failures;
+    for (const TStepFailure &failure : FRetrievalFailures)
+      failures.append(failure.Text());
     input.RetrievalWarning = QStringLiteral("the retrieval of the tickets was incomplete, this report may miss "
                                             "tickets (") +
-                             FRetrievalFailures.join(QStringLiteral("; ")) + u')';
+                             failures.join(QStringLiteral("; ")) + u')';
+  } else if (FRetrievalAttempt == 0) {
+    input.RetrievalWarning = QStringLiteral("the tickets have not been retrieved (\"Get tickets\")");
+  }
 
-  TReportOutput report = TMailReport(input, Colours()).Generate();
+  // Only a report that goes to the default receivers lists the computed ones.
+  input.ListRecipients = FDelivery.Mode == TDeliveryMode::Report;
+  const TDateTime now = NowDateTime();
+  TReportOutput report = TMailReport(input, Colours(), [now] { return now; }).Generate();
+  FReportInput = input;
+  FReportTime = now;
   FHtmlContent = report.HtmlContent;
   FSlRecipientTo = report.SlRecipientTo;
   FSlRecipientCc = report.SlRecipientCc;
@@ -53,9 +76,41 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
     openFile(page);
 }
 
-void TMainState::bbtSendMailClick()
+QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConfirmMails &confirm)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSendMailClick");
-  const bool sent = SendReport(FSmtp, FHtmlContent);
-  TraceValue(lcApp(), "Sent", sent ? 1 : 0);
+  constexpr qsizetype CMinimumReportLines = 5; // fewer: no report generated yet
+  if (FHtmlContent.size() < CMinimumReportLines)
+    return {};
+  const TDateTime now = FReportTime;
+  const QList<TReportMail> mails = PlanDelivery(FReportInput, FDelivery, FSmtp, Colours(), [now] { return now; });
+  // Each mail reaches the log as soon as it is delivered, even when a later one fails.
+  QStringList texts;
+  auto delivered = [this, &texts](const QString &text) {
+    texts.append(text);
+    FslLog.append(LogLine(QStringLiteral(" - * ") + text));
+  };
+  if (mails.isEmpty()) {
+    delivered(QStringLiteral("Nothing to report: no mail sent"));
+    return texts;
+  }
+  if (!FAutomatic && confirm && FDelivery.Mode != TDeliveryMode::Report) {
+    QStringList to;
+    QStringList cc;
+    ConfirmationLists(mails, FDelivery.Mode, to, cc);
+    if (!confirm(to, cc))
+      return {};
+  }
+  TDeliveryOptions options;
+  options.AttachWorkbook = FDelivery.AttachWorkbook;
+  if (FDryRun)
+    options.DryRunBase = OutputBase();
+  options.Delivered = delivered;
+  progress.LoadingShow(1);
+  const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
+  progress.LoadingSetTitle(FDryRun ? QStringLiteral("Writing the mails…")
+                                   : QStringLiteral("Sending to %1…").arg(SmtpServerName(FSmtp)));
+  RunOffThread([&] { DeliverReport(FSmtp, mails, options, Colours()); });
+  TraceValue(lcApp(), "Mails", static_cast<int>(mails.size()));
+  return texts;
 }

@@ -4,85 +4,153 @@
 #include "TMainState.h"
 
 #include "core/RunLog.h"
+#include "core/uTools.h"
 #include "core/Trace.h"
 #include "rest/RestErrors.h"
 #include "rest/dRest.h"
 #include "tickets/ColourStore.h"
 #include "tickets/LoadingProgress.h"
 #include "tickets/Selection.h"
+#include "tickets/SelectionSettings.h"
 #include "tickets/StatusPriorities.h"
 #include "tickets/TenExchanges.h"
 
 #include <QCoreApplication>
 #include <QScopeGuard>
 #include <utility>
+#include <algorithm>
 
 namespace {
 // Keeps windows painted between two service calls of a long step.
 void ProcessMessages() { QCoreApplication::processEvents(); }
 } // namespace
 
+void TMainState::BeginServiceStep()
+{
+  FStepFailures.clear();
+  if (!FAutomatic)
+    FTokenRenewed = false;
+}
+
+void TMainState::Failed(const QString &what, const TRestFailure &failure)
+{
+  FStepFailures.append(TStepFailure{what, failure.Reason, failure.Details});
+}
+
+void TMainState::NoteFailure(const QString &what)
+{
+  if (FRest.LastCallFailed())
+    Failed(what, FRest.LastFailure());
+}
+
+bool TMainState::RequestToken()
+{
+  const QString what = QStringLiteral("Access token from ") + TdmRest::GetQuorvexItsmUrl(FICI);
+  try {
+    if (FRest.GetToken(FICI))
+      return true;
+    Failed(what, FRest.LastFailure());
+  } catch (const ERestTransportError &error) {
+    Failed(what, TRestFailure{error.Message(), error.Details()});
+  }
+  return false;
+}
+
 bool TMainState::EnsureToken()
 {
-  try {
-    if (!FRest.TokenOk() && FRest.GetToken(FICI))
-      SaveConfigITSM();
-  } catch (const ERestTransportError &error) {
-    // A person sees the error; an unattended run goes on and its report says
-    // that the retrieval was incomplete.
-    if (!FAutomatic)
-      throw;
-    FRetrievalFailures.append(error.Message());
-    return false;
-  }
-  if (FRest.TokenOk())
-    return true;
-  FRetrievalFailures.append(QStringLiteral("no access token from %1: %2")
-                                .arg(TdmRest::GetQuorvexItsmUrl(FICI), FRest.LastError()));
-  return false;
+  if (!FRest.TokenOk() && RequestToken())
+    SaveConfigITSM();
+  return FRest.TokenOk();
+}
+
+bool TMainState::RenewRefusedToken()
+{
+  FICI.API.Token.clear();
+  const bool renewed = !FTokenRenewed && RequestToken();
+  FTokenRenewed = true;
+  SaveConfigITSM(); // the refused token must not be reused at the next start
+  return renewed;
+}
+
+QString TMainState::RetrievalStatusText() const
+{
+  const int count = static_cast<int>(FTickets.size());
+  if (FRetrievalFailures.isEmpty())
+    return QStringLiteral("%1 open ticket(s) retrieved").arg(count);
+  // What the grid shows comes first: a long failure is clipped at the end.
+  QString failures = FRetrievalFailures.first().Text();
+  if (FRetrievalFailures.size() > 1)
+    failures += QStringLiteral(" (and %1 more failure(s))").arg(FRetrievalFailures.size() - 1);
+  if (FExtractionTickets >= FRetrievalAttempt)
+    return QStringLiteral("Retrieval incomplete, %1 open ticket(s) shown. %2").arg(count).arg(failures);
+  const QString since = FExtractionTickets > 0
+                            ? QStringLiteral("the grid still shows the %1 ticket(s) retrieved on %2")
+                                  .arg(count)
+                                  .arg(DateTimeToStr(FExtractionTickets))
+                            : QStringLiteral("no ticket has been retrieved yet");
+  return QStringLiteral("Retrieval failed, %1. %2").arg(since, failures);
 }
 
 void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGetTicketsClick");
-  FRetrievalFailures.clear();
+  BeginServiceStep();
+  FRetrievalAttempt = NowDateTime();
+  const auto keepFailures = qScopeGuard([this] { FRetrievalFailures = FStepFailures; });
+  if (!ServiceReady())
+    return;
   if (FSelectedOrganizations.isEmpty()) {
     // Nothing to retrieve: a report made now would be a false "all clear".
-    FRetrievalFailures.append(QStringLiteral("no organization is selected (\"Organizations & Teams\")"));
+    FStepFailures.append(TStepFailure{QStringLiteral("Get tickets"),
+                                      QStringLiteral("no organization is selected; choose them with "
+                                                     "\"Organizations & Teams\""),
+                                      QString()});
     return;
   }
+  // Entries that cannot be queried are left out, and the retrieval is then
+  // incomplete: the report must not pass them over in silence.
+  for (const QString &reason : SelectionIdErrors(FFichINI, FSelectedOrganizations, FSelectedTeams))
+    FStepFailures.append(TStepFailure{QStringLiteral("Settings"), reason, QString()});
   if (!EnsureToken())
     return;
 
-  const int maximum = 4 * static_cast<int>(FSelectedOrganizations.size());
+  const auto queried = std::count_if(FSelectedOrganizations.cbegin(), FSelectedOrganizations.cend(),
+                                     [](const tyRestOrganization &organization) { return organization.id > 0; });
+  const int maximum = 4 * static_cast<int>(queried);
   int step = 0;
   progress.LoadingShow(1);
   const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
   progress.LoadingSetAnimation(2);
   progress.LoadingSetProgressBar(maximum, 0);
 
-  FExtractionTickets = NowDateTime();
+  const TDateTime extraction = NowDateTime();
   FslLog.append(QString());
-  FTickets = tyRestTickets(); // its room goes too
+  tyRestTickets retrieved;
+  int queries = 0;
+  int failedQueries = 0;
 
   // Three queries per organization, in this order: all open tickets, then the
   // tickets carrying the English and the French ten-exchanges notice.
-  QList<TTicketQuery> queries;
+  tyRestOrganizations organizations;
   for (const tyRestOrganization &organization : std::as_const(FSelectedOrganizations))
-    queries << TTicketQuery{organization.id, QString()} << TTicketQuery{organization.id, CTenExchangesEnglish}
-            << TTicketQuery{organization.id, CTenExchangesFrench};
+    if (organization.id > 0)
+      organizations.append(organization);
+  QList<TTicketQuery> requested;
+  for (const tyRestOrganization &organization : std::as_const(organizations))
+    requested << TTicketQuery{organization.id, QString()} << TTicketQuery{organization.id, CTenExchangesEnglish}
+              << TTicketQuery{organization.id, CTenExchangesFrench};
   tyRestTickets tickets;
   tyRestTickets english;
   QList<tyRestTickets> merged; // per organization
   // Each query's result, in order: counted, traced, logged, failures remembered,
   // and each organization's three lists merged once the last is in.
-  FRest.GET_TicketsListsOpen(FICI, queries, [&](qsizetype index, TTicketQueryResult &&result) {
-    const QString name = FSelectedOrganizations.at(index / 3).name;
+  FRest.GET_TicketsListsOpen(FICI, requested, [&](qsizetype index, TTicketQueryResult &&result) {
+    const QString name = organizations.at(index / 3).name;
     const int kind = static_cast<int>(index % 3);
-    const QString title = kind == 0 ? name
+    const QString title = kind == 0   ? name
                           : kind == 1 ? name + QStringLiteral(" / > 10 exchanges")
                                       : name + QStringLiteral(" / > 10 échanges");
-    const QString label = kind == 0 ? name
+    const QString label = kind == 0   ? name
                           : kind == 1 ? name + QStringLiteral(" / > 10 exchanges (E)")
                                       : name + QStringLiteral(" / > 10 échanges (F)");
     const QString dots = kind == 0   ? QStringLiteral(" ....................... : ")
@@ -90,8 +158,11 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
                                      : QStringLiteral(" ... : ");
     progress.LoadingSetTitle(title);
     progress.LoadingSetProgressBar(maximum, ++step);
-    if (result.Failed)
-      FRetrievalFailures.append(QStringLiteral("%1: %2").arg(label, result.Error));
+    ++queries;
+    if (result.Failed) {
+      ++failedQueries;
+      Failed(kind == 0 ? name + QStringLiteral(" / open tickets") : label, result.Failure);
+    }
     TraceValue(lcApp(), qPrintable(label), result.Tickets.size());
     FslLog.append(LogLine(QStringLiteral(" - * ") + label + dots + QString::number(result.Tickets.size())));
     ProcessMessages();
@@ -111,19 +182,27 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   qsizetype count = 0;
   for (const tyRestTickets &organizationTickets : std::as_const(merged))
     count += organizationTickets.size();
-  FTickets.reserve(count);
+  retrieved.reserve(count);
   for (tyRestTickets &organizationTickets : merged)
-    FTickets.append(std::exchange(organizationTickets, {}));
+    retrieved.append(std::exchange(organizationTickets, {}));
 
-  TraceValue(lcApp(), "Nb tickets", FTickets.size());
-  FslLog.append(LogLine(QStringLiteral(" - * Nb tickets: ") + QString::number(FTickets.size())));
+  TraceValue(lcApp(), "Nb tickets", retrieved.size());
+  FslLog.append(LogLine(QStringLiteral(" - * Nb tickets: ") + QString::number(retrieved.size())));
   FslLog.append(QString());
+  // Nothing came at all: the list and the grid of the last good retrieval stay.
+  if (failedQueries == queries)
+    return;
+  FExtractionTickets = extraction;
+  FTickets = std::move(retrieved);
   FTicketsGrid.SetTickets(FTickets);
 }
 
 void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const TChooseOrga &chooseOrga)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGET_Organization_ListClick");
+  BeginServiceStep();
+  if (!ServiceReady())
+    return;
   int errors = 0;
   {
     // The progress window goes away however the fetching ends, an error included.
@@ -136,12 +215,14 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
       if (FOrganizations.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Organizations"));
         FOrganizations = FRest.GET_OrganizationsList(FICI);
+        NoteFailure(QStringLiteral("Organization list"));
         if (FOrganizations.isEmpty())
           ++errors;
       }
       if (FTeams.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Teams"));
         FTeams = FRest.GET_Teams(FICI, true);
+        NoteFailure(QStringLiteral("Team list"));
         if (FTeams.isEmpty()) {
           ++errors;
         } else {
@@ -154,6 +235,7 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
       if (FOperators.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Operators"));
         FOperators = FRest.GET_OperatorsList(FICI);
+        NoteFailure(QStringLiteral("Operator list"));
         if (FOperators.isEmpty()) {
           ++errors;
         } else {
@@ -174,15 +256,19 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
 void TMainState::bbtStatusAndPropertiesClick(const TEditColours &editColours)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtStatusAndPropertiesClick");
+  BeginServiceStep();
   if (FStatus.isEmpty()) {
-    if (!EnsureToken())
+    if (!ServiceReady() || !EnsureToken())
       return;
     FStatus = BuildStatusList(FRest.GET_Objects(FICI, QStringLiteral("TICKETING"), QStringLiteral("TICKET_STATUS")),
                               Colours());
+    NoteFailure(QStringLiteral("Status list"));
   }
-  if (FPriorities.isEmpty())
+  if (FPriorities.isEmpty()) {
     FPriorities = BuildPriorityList(
         FRest.GET_Objects(FICI, QStringLiteral("TICKETING"), QStringLiteral("TICKET_PRIORITY")), Colours());
+    NoteFailure(QStringLiteral("Priority list"));
+  }
   if (editColours(FStatus, FPriorities, Colours())) {
     SaveStatus();
     SavePriorities();

@@ -10,11 +10,19 @@
 
 namespace {
 
-// The error line of the log, also kept in the trace.
+// The error line of the log, also kept in the trace (the log's echo shows it on
+// stderr).
 void Fail(TMainState &state, const QString &message)
 {
   state.FslLog.append(LogLine(QStringLiteral(" - ERROR ") + message));
-  TraceError(lcApp(), message);
+  TraceFailure(lcApp(), message);
+}
+
+// One error line for each thing the last step could not do.
+void LogFailures(TMainState &state, const TStepFailures &failures)
+{
+  for (const TStepFailure &failure : failures)
+    Fail(state, failure.LogText());
 }
 
 // Saves the run log; a log that cannot be written fails the run.
@@ -59,6 +67,7 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     options.ShowAutomaticMode(true);
   state.FAutomatic = true;
   state.FDryRun = options.DryRun;
+  state.SetRequestDeadline(options.Deadline);
 
   TLogEcho echo(log, options);
   echo.Flush();
@@ -67,14 +76,13 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     log.append(LogLine(QStringLiteral(" - Retrieve all tickets")));
     echo.Flush();
     state.bbtGetTicketsClick(progress);
-    if (!state.RetrievalFailures().isEmpty()) {
+    if (!state.RetrievalFailures().isEmpty())
       status = CExitIncomplete;
-      for (const QString &failure : state.RetrievalFailures())
-        log.append(LogLine(QStringLiteral(" - WARNING incomplete retrieval: ") + failure));
-    }
+    LogFailures(state, state.RetrievalFailures());
     log.append(LogLine(QStringLiteral(" - Generate email")));
     echo.Flush();
     state.bbtGenerateMailClick();
+    LogFailures(state, state.TakeStepFailures());
     log.append(LogLine(QStringLiteral(" - * Unassigned: ") + QString::number(state.FNbUnassigned)));
     log.append(LogLine(QStringLiteral(" - * Without update: ") + QString::number(state.FNbWithoutUpdate)));
     log.append(LogLine(QStringLiteral(" - * >10 exchanges: ") + QString::number(state.FNbGt10Exch)));
@@ -82,10 +90,7 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     log.append(LogLine(QStringLiteral(" - * Cc: ") + QString::number(state.FSlRecipientCc.size())));
     log.append(LogLine(QStringLiteral(" - Send email")));
     echo.Flush();
-    if (options.DryRun)
-      log.append(LogLine(QStringLiteral(" - * Dry run: nothing sent; the report is ") + state.ReportFile()));
-    else
-      state.bbtSendMailClick();
+    state.bbtSendMailClick(progress);
     log.append(LogLine(QStringLiteral(" - END")));
   } catch (const EQuorvexError &error) {
     Fail(state, error.Message());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QString>
 #include <functional>
 
@@ -16,8 +17,11 @@ enum TExitStatus : int {
 
 struct TUnattendedOptions
 {
-  // Writes the report files and sends nothing.
+  // Writes the report files and each mail as an .eml file, and sends nothing.
   bool DryRun = false;
+  // After it no request of the service starts: what was not retrieved by then
+  // makes the retrieval incomplete, and the report is still built and sent.
+  QDeadlineTimer Deadline{QDeadlineTimer::Forever};
   // Shows whether the program works on its own (the window's red image).
   std::function<void(bool automatic)> ShowAutomaticMode;
   // Receives each line of the run log as soon as it is written (progress on

@@ -109,6 +109,10 @@ TColor TColourStore::DefaultColor(const QString &kind, const QString &name)
 
 TColor TColourStore::GetSavedColor(const QString &kind, const QString &name)
 {
+  // A ticket without a priority has no code: it gets the default colour, and no
+  // nameless key goes to the file.
+  if (name.trimmed().isEmpty())
+    return DefaultColor(kind, name);
   TIniFile &ini = Ini();
   if (!ini.ReadString(kind, name, QString()).isEmpty())
     return ini.ReadInteger(kind, name, clWhite);

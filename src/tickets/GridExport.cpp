@@ -12,9 +12,8 @@
 
 namespace {
 
-// Built-in number format "m/d/yy h:mm", which spreadsheet programs show in the
-// reader's own date and time format.
-constexpr std::uint8_t CLocaleDateTimeFormat = 22;
+// Unambiguous in every language, and still a date to the spreadsheet.
+const char *const CDateTimeFormat = "yyyy-mm-dd hh:mm";
 constexpr double CMaxColumnWidth = 60;
 
 lxw_datetime ToWorkbookDate(const QDateTime &moment)
@@ -37,7 +36,7 @@ void ExportGridToXlsx(const QAbstractItemModel &grid, const QString &path)
     throw EWriteError(QStringLiteral("Unable to write to ") + path);
   lxw_worksheet *sheet = workbook_add_worksheet(workbook, nullptr);
   lxw_format *dateFormat = workbook_add_format(workbook);
-  format_set_num_format_index(dateFormat, CLocaleDateTimeFormat);
+  format_set_num_format(dateFormat, CDateTimeFormat);
   lxw_format *headerFormat = workbook_add_format(workbook);
   format_set_bold(headerFormat);
 
@@ -74,6 +73,9 @@ void ExportGridToXlsx(const QAbstractItemModel &grid, const QString &path)
       }
     }
   }
+  // The header row stays in view and filters the table.
+  worksheet_freeze_panes(sheet, 1, 0);
+  worksheet_autofilter(sheet, 0, 0, static_cast<lxw_row_t>(grid.rowCount()), static_cast<lxw_col_t>(columns - 1));
   for (int column = 0; column < columns; ++column)
     worksheet_set_column(sheet, static_cast<lxw_col_t>(column), static_cast<lxw_col_t>(column),
                          widths[static_cast<std::size_t>(column)], nullptr);

@@ -13,8 +13,39 @@ const QString CId = QStringLiteral("id_");
 const QString CName = QStringLiteral("name_");
 const QString CTicketing = QStringLiteral("ticketingModuleEnabled_");
 constexpr std::int32_t CMissingId = -1;
+constexpr qsizetype CKeysNamed = 3;
+
+// One message for the entries of `section` whose id cannot be queried, naming
+// their keys (the first few, then how many more).
+template <typename T>
+QString InvalidIds(const QString &iniPath, const QString &section, const QList<T> &entries, const QString &what)
+{
+  QStringList keys;
+  for (qsizetype i = 0; i < entries.size(); ++i)
+    if (entries[i].id <= 0)
+      keys.append(CId + QString::number(i + 1));
+  if (keys.isEmpty())
+    return QString();
+  const qsizetype count = keys.size();
+  QString named = keys.mid(0, CKeysNamed).join(QStringLiteral(", "));
+  if (count > CKeysNamed)
+    named += QStringLiteral(" and %1 more").arg(count - CKeysNamed);
+  return QStringLiteral("%1 of [%2] in %3 %4 no valid id, so %5; choose them again in "
+                        "\"Organizations & Teams\"")
+      .arg(named, section, iniPath, count == 1 ? QStringLiteral("has") : QStringLiteral("have"), what);
+}
 
 } // namespace
+
+QStringList SelectionIdErrors(const QString &iniPath, const tyRestOrganizations &selectedOrganizations,
+                              const tyRestTeams &selectedTeams)
+{
+  QStringList errors{InvalidIds(iniPath, COrganizations, selectedOrganizations,
+                                QStringLiteral("their tickets were not retrieved")),
+                     InvalidIds(iniPath, CTeams, selectedTeams, QStringLiteral("those teams are not followed"))};
+  errors.removeAll(QString());
+  return errors;
+}
 
 void ReadConfigOrgaAndTeams(const QString &iniPath, tyRestOrganizations &selectedOrganizations,
                             tyRestTeams &selectedTeams)

@@ -10,3 +10,9 @@ void ReadConfigOrgaAndTeams(const QString &iniPath, tyRestOrganizations &selecte
                             tyRestTeams &selectedTeams);
 void SaveConfigOrgaAndTeams(const QString &iniPath, const tyRestOrganizations &selectedOrganizations,
                             const tyRestTeams &selectedTeams);
+
+// The settings errors of a selection read from `iniPath`: one reason per
+// section whose entries have an id that is missing or not positive, naming their
+// keys. Such an organization cannot be queried, such a team never matches.
+QStringList SelectionIdErrors(const QString &iniPath, const tyRestOrganizations &selectedOrganizations,
+                              const tyRestTeams &selectedTeams);

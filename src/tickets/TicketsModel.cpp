@@ -10,6 +10,9 @@ const QStringList CHeaders{QStringLiteral("Type"),         QStringLiteral("Id"),
                            QStringLiteral("Assigned User"), QStringLiteral("Last Update")};
 } // namespace
 
+const QString TTicketsModel::CTenExchangesTip =
+    QStringLiteral("The supervisor added 10 exchanges to this ticket automatically");
+
 void TTicketsModel::SetTickets(const tyRestTickets &tickets)
 {
   QList<TDates> dates;
@@ -34,9 +37,18 @@ int TTicketsModel::columnCount(const QModelIndex &parent) const
 
 QVariant TTicketsModel::data(const QModelIndex &index, int role) const
 {
-  if (!index.isValid() || index.row() >= FTickets.size() || (role != Qt::DisplayRole && role != Qt::EditRole))
+  if (!index.isValid() || index.row() >= FTickets.size())
     return {};
   const tyRestTicket &ticket = FTickets.at(index.row());
+  switch (role) {
+  case Qt::DisplayRole:
+  case Qt::EditRole: break;
+  case TenExchangesRole: return ticket.tenExchangesAdded;
+  case Qt::ToolTipRole: return ticket.tenExchangesAdded ? QVariant(CTenExchangesTip) : QVariant();
+  case Qt::TextAlignmentRole:
+    return index.column() == colId ? QVariant(int(Qt::AlignRight | Qt::AlignVCenter)) : QVariant();
+  default: return {};
+  }
   const TDates &row = FDates.at(index.row());
   switch (index.column()) {
   case colType: return ticket._type;

@@ -9,7 +9,8 @@
 // The ticket grid: one row a ticket, ten columns. The Id column holds integers and
 // the two date columns date-times (converted from the service's time stamps when
 // the tickets are set), so that views sort and the workbook export writes them as
-// numbers and dates.
+// numbers and dates. Numbers are right-aligned; a ticket on which the supervisor
+// added ten exchanges carries TenExchangesRole and a tool tip on every cell.
 class TTicketsModel : public QAbstractTableModel
 {
   Q_OBJECT
@@ -17,6 +18,10 @@ class TTicketsModel : public QAbstractTableModel
 public:
   enum TColumn { colType, colId, colOrganization, colPriority, colTitle, colCreationDate, colStatus,
                  colAssignedTeam, colAssignedUser, colLastUpdate, ColumnCount };
+
+  // true for a ticket flagged for the ten-exchanges notice
+  static constexpr int TenExchangesRole = Qt::UserRole + 1;
+  static const QString CTenExchangesTip;
 
   using QAbstractTableModel::QAbstractTableModel;
 

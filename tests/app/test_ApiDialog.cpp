@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
 
@@ -46,11 +47,8 @@ TEST(ApiDialog, SecretsAreReadableAndOkNeedsEveryField)
   EXPECT_TRUE(dialog.bbtOk->isEnabled());
 
   dialog.ledtApiOperatorPassword->setText("   ");
-  EXPECT_TRUE(dialog.bbtOk->isEnabled()); // judged when the field loses the focus
-  dialog.ledtExit();
   EXPECT_FALSE(dialog.bbtOk->isEnabled());
   dialog.ledtApiOperatorPassword->setText("  pw ");
-  dialog.ledtExit();
   EXPECT_TRUE(dialog.bbtOk->isEnabled());
 
   EXPECT_EQ(dialog.spnParallelRequests->value(), 3);
@@ -76,4 +74,23 @@ TEST(ApiDialog, AnEmptyFormKeepsOkDisabledAndCancelChangesNothing)
   });
   EXPECT_FALSE(SetQuorvexItsmConfig(settings));
   EXPECT_EQ(settings.Instance, "x");
+}
+
+TEST(ApiDialog, OkFollowsEveryKeystrokeSoThatEnterConfirms)
+{
+  tyQuorvexITSM settings;
+  QTimer::singleShot(0, [] {
+    auto *dialog = qobject_cast<TfrmSetQuorvexItsmConfig *>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    for (QLineEdit *edit : {dialog->edtInstance, dialog->ledtClientID, dialog->ledtClientSecret,
+                            dialog->ledtApiOperatorUsername}) {
+      QTest::keyClicks(edit, "v");
+      EXPECT_FALSE(dialog->bbtOk->isEnabled());
+    }
+    QTest::keyClicks(dialog->ledtApiOperatorPassword, "p"); // the focus never left the field
+    EXPECT_TRUE(dialog->bbtOk->isEnabled());
+    QTest::keyClick(dialog->ledtApiOperatorPassword, Qt::Key_Return);
+  });
+  EXPECT_TRUE(SetQuorvexItsmConfig(settings));
+  EXPECT_EQ(settings.API.Password, "p");
 }

@@ -32,6 +32,13 @@ TRun RunTool(const QStringList &arguments, const QByteArray &input = {},
           QString::fromUtf8(process.readAllStandardError())};
 }
 
+// Settings that give the report somewhere to go, and nothing else.
+void WriteMailSettings(const TTempConfig &config)
+{
+  QDir().mkpath(config.File("Vellmor/vlmQuorvexITSM"));
+  WriteTextFile(config.File("Vellmor/vlmQuorvexITSM/quorvex-followup.ini"), "[SMTP]\nDefaultTo=leads@example.org\n");
+}
+
 QProcessEnvironment Environment(const TTempConfig &config)
 {
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -67,6 +74,18 @@ TEST(CommandLine, RecognisedOptionsAndEverythingElse)
   EXPECT_EQ(any.OtherArguments, (QStringList{"auto", "--whatever"}));
 }
 
+TEST(CommandLine, DeadlineInMinutesImpliesTheUnattendedRun)
+{
+  const TCommandLine plain = ParseCommandLine({"auto"});
+  EXPECT_EQ(plain.DeadlineMinutes, 20);
+  const TCommandLine spaced = ParseCommandLine({"--deadline", "5"});
+  EXPECT_EQ(spaced.DeadlineMinutes, 5);
+  EXPECT_TRUE(spaced.Unattended());
+  EXPECT_EQ(ParseCommandLine({"--deadline=45", "auto"}).DeadlineMinutes, 45);
+  for (const QStringList &wrong : {QStringList{"--deadline"}, {"--deadline", "0"}, {"--deadline=soon"}})
+    EXPECT_TRUE(ParseCommandLine(wrong).Error.contains("--deadline")) << wrong.join(' ').toStdString();
+}
+
 TEST(Executable, VersionAndHelpAnswerAtOnce)
 {
   const TRun version = RunTool({"--version"});
@@ -99,6 +118,7 @@ TEST(Executable, EncryptPrintsTheStoredFormOfOneLine)
 TEST(Executable, AHeadlessRunWithNothingSelectedIsNeverAnAllClear)
 {
   TTempConfig config;
+  WriteMailSettings(config);
   const QProcessEnvironment environment = HeadlessEnvironment(config);
   const TRun run = RunTool({"--dry-run"}, {}, environment);
   EXPECT_EQ(run.ExitCode, 3) << run.Err.toStdString();
@@ -107,7 +127,9 @@ TEST(Executable, AHeadlessRunWithNothingSelectedIsNeverAnAllClear)
   const QStringList logs = QDir(folder).entryList({"quorvex-followup_*.log"});
   ASSERT_EQ(logs.size(), 1);
   const QString log = ReadTextFile(folder + logs[0]);
-  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: no organization is selected")) << log.toStdString();
+  EXPECT_TRUE(log.contains(" - ERROR Quorvex ITSM API: Enter the service's address and API account in "
+                           "'Quorvex ITSM API' first"))
+      << log.toStdString();
   EXPECT_TRUE(log.contains(" - END"));
   QFile page(folder + "quorvex-followup.html");
   ASSERT_TRUE(page.open(QIODevice::ReadOnly));
@@ -151,6 +173,35 @@ TEST(Executable, WithoutADisplayTheWindowIsNotAttempted)
   const TRun run = RunTool({}, {}, environment);
   EXPECT_EQ(run.ExitCode, 2);
   EXPECT_TRUE(run.Err.contains("no display")) << run.Err.toStdString();
+}
+
+TEST(Executable, ALockWhoseOwnerIsGoneNeverBlocksARun)
+{
+  TTempConfig config;
+  const QProcessEnvironment environment = HeadlessEnvironment(config);
+  WriteMailSettings(config);
+  const QString folder = config.File("Vellmor/vlmQuorvexITSM");
+  const QString lock = folder + "/quorvex-followup.ini.lock";
+  // Left by a process killed as it made it: empty, or with a dead owner's data.
+  WriteTextFile(lock, "");
+  EXPECT_EQ(RunTool({"--dry-run"}, {}, environment).ExitCode, 3); // nothing selected: incomplete, not refused
+
+  // A live owner is seen at once; once it is killed, its lock goes with it.
+  QProcess owner;
+  owner.start("flock", {"--close", lock, "sleep", "60"}); // the lock is flock's own, not its child's
+  ASSERT_TRUE(owner.waitForStarted(5000));
+  // The owner holds the lock once a try to take it fails.
+  QProcess probe;
+  for (int i = 0; i < 100; ++i) {
+    probe.start("flock", {"-n", lock, "true"});
+    probe.waitForFinished(5000);
+    if (probe.exitCode() != 0)
+      break;
+  }
+  EXPECT_EQ(RunTool({"--dry-run"}, {}, environment).ExitCode, 4);
+  owner.kill();
+  owner.waitForFinished(5000);
+  EXPECT_EQ(RunTool({"--dry-run"}, {}, environment).ExitCode, 3);
 }
 
 TEST(Executable, ASecondStartLeavesTheFirstWindowAlone)

@@ -1,16 +1,27 @@
+#include "report/SmtpTestServer.h"
 #include "gui/TfrmAbout.h"
 #include "gui/TfrmMain.h"
 #include "state/TMainState.h"
 #include "support/OfflineRest.h"
 #include "support/TempConfig.h"
+#include "tickets/gui/TfrmLoading.h"
 
 #include <QApplication>
+#include <QFileDialog>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QMessageBox>
 #include <QLabel>
+#include <QMessageBox>
 #include <QStatusBar>
 #include <QTableView>
 #include <QTableWidget>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTest>
 #include <QTimer>
 #include <QToolButton>
+#include <QIcon>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -38,6 +49,41 @@ protected:
   TMainState FState{"quorvex-followup", FOffline.Rest};
   std::unique_ptr<TfrmMain> FWindow;
 };
+
+// Closes the next message box with Escape once it shows, and keeps its text.
+void CloseNextMessageBox(QString *text)
+{
+  auto *poll = new QTimer;
+  QObject::connect(poll, &QTimer::timeout, [poll, text] {
+    if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+      poll->deleteLater();
+      poll->stop();
+      *text = box->text();
+      QTest::keyClick(box, Qt::Key_Escape);
+    }
+  });
+  poll->start(10);
+}
+
+const TfrmLoading *VisibleProgress(const QWidget *window)
+{
+  for (const TfrmLoading *progress : window->findChildren<TfrmLoading *>())
+    if (progress->isVisible())
+      return progress;
+  return nullptr;
+}
+
+tyRestTicket Ticket(std::int32_t id, const QString &title, bool tenExchanges)
+{
+  tyRestTicket ticket;
+  ticket._type = "INCIDENT";
+  ticket.id = id;
+  ticket.title = title;
+  ticket.creationDate = "2024-03-15T08:30:00.000Z";
+  ticket.lastUpdate = "2024-03-16T08:30:00.000Z";
+  ticket.tenExchangesAdded = tenExchanges;
+  return ticket;
+}
 
 } // namespace
 
@@ -95,11 +141,147 @@ TEST_F(MainWindow, CloseButtonClosesTheWindow)
   EXPECT_FALSE(FWindow->isVisible());
 }
 
-TEST_F(MainWindow, GetTicketsSaysWhyNothingCame)
+TEST_F(MainWindow, AFailedGetTicketsSaysWhyInAMessageBoxAndTheStatusBar)
 {
+  FState.FICI.Instance = "itsm.vellmor.example";
+  FState.FICI.API.ClientID = "client";
+  QString shown;
+  QTimer::singleShot(0, [&] {
+    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    shown = box->text();
+    box->accept();
+  });
   FWindow->bbtGetTickets->click();
-  EXPECT_TRUE(FWindow->statusBar()->currentMessage().startsWith("Retrieval incomplete: no organization is selected"))
+  EXPECT_EQ(shown, "\"Get tickets\" could not be completed.\n\nGet tickets: no organization is selected; choose them "
+                   "with \"Organizations & Teams\".");
+  EXPECT_EQ(FWindow->statusBar()->currentMessage(),
+            "Retrieval failed, no ticket has been retrieved yet. Get tickets: no organization is selected; choose "
+            "them with \"Organizations & Teams\"");
+}
+
+TEST_F(MainWindow, AFirstStartGuidesAndPointsToTheServiceSettings)
+{
+  EXPECT_TRUE(FWindow->findChild<QLabel *>("lblGuide")->isVisible());
+  EXPECT_FALSE(FWindow->findChild<QTableView *>("asgTickets")->isVisible());
+  EXPECT_TRUE(FState.FSmtp.Server.isEmpty() && FState.FSmtp.UserName.isEmpty() && FState.FSmtp.Password.isEmpty());
+  const QString expected = "Enter the service's address and API account in 'Quorvex ITSM API' first";
+  for (QToolButton *step : {FWindow->bbtGetTickets, FWindow->bbtGET_Organization_List,
+                            FWindow->bbtStatusAndProperties}) {
+    QString shown;
+    CloseNextMessageBox(&shown);
+    QTest::mouseClick(step, Qt::LeftButton);
+    EXPECT_EQ(shown, expected) << step->objectName().toStdString();
+    EXPECT_EQ(FWindow->statusBar()->currentMessage(), expected);
+  }
+}
+
+TEST_F(MainWindow, TheStatusBarMovesNothing)
+{
+  const QPoint before = FWindow->bbtClose->mapTo(FWindow.get(), QPoint());
+  FWindow->statusBar()->showMessage("A long message that appears for the first time");
+  QApplication::processEvents();
+  EXPECT_EQ(FWindow->bbtClose->mapTo(FWindow.get(), QPoint()), before);
+}
+
+TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)
+{
+  TSmtpTestServer server({});
+  ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
+  FState.FSmtp.Server = "127.0.0.1";
+  FState.FSmtp.Port = server.Port();
+  FState.FSmtp.UseSSL = false;
+  FState.FSmtp.DefaultTo = "leads@vellmor.example";
+  FState.FSmtp.DefaultCC = "itsm@vellmor.example";
+  EXPECT_FALSE(FWindow->bbtSendMail->isEnabled()); // no report yet
+  EXPECT_FALSE(FWindow->bbtSaveGrid->isEnabled()); // no ticket yet
+
+  QTest::mouseClick(FWindow->bbtGenerateMail, Qt::LeftButton);
+  // No browser on this platform: the path is shown all the same.
+  EXPECT_EQ(FWindow->statusBar()->currentMessage(),
+            "No browser could be started; the report is written to " + FState.ReportFile());
+
+  ASSERT_TRUE(FWindow->bbtSendMail->isEnabled());
+  QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
+  EXPECT_TRUE(FWindow->statusBar()->currentMessage().startsWith(
+      QStringLiteral("Report sent to leads@vellmor.example and itsm@vellmor.example through 127.0.0.1:%1 at ")
+          .arg(server.Port())))
       << FWindow->statusBar()->currentMessage().toStdString();
+  EXPECT_EQ(server.Messages().size(), 1);
+
+  FState.FTicketsGrid.SetTickets({Ticket(1, "one", false), Ticket(2, "two", false)});
+  QTest::mouseClick(FWindow->bbtGenerateMail, Qt::LeftButton); // any step brings the buttons up to date
+  ASSERT_TRUE(FWindow->bbtSaveGrid->isEnabled());
+  const QString workbook = FConfig.File("tickets.xlsx");
+  QTimer::singleShot(0, [&workbook] {
+    auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    auto *name = dialog->findChild<QLineEdit *>("fileNameEdit");
+    name->setText(workbook); // typed, its completer would take the Enter
+    QTest::keyClick(name, Qt::Key_Return);
+  });
+  QTest::mouseClick(FWindow->bbtSaveGrid, Qt::LeftButton);
+  EXPECT_EQ(FWindow->statusBar()->currentMessage(), "2 ticket(s) saved to " + workbook);
+}
+
+TEST_F(MainWindow, MailIsSentOffTheWindowThreadWithEveryButtonOff)
+{
+  QTcpServer silent; // accepts, never answers
+  ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
+  FState.FSmtp.Server = "127.0.0.1";
+  FState.FSmtp.Port = silent.serverPort();
+  FState.FSmtp.UseSSL = false;
+  FState.FSmtp.DefaultTo = "leads@vellmor.example";
+  QTest::mouseClick(FWindow->bbtGenerateMail, Qt::LeftButton);
+
+  bool seen = false;
+  QObject::connect(&silent, &QTcpServer::newConnection, [&] {
+    seen = true; // the window's thread runs while the server keeps silent
+    const TfrmLoading *progress = VisibleProgress(FWindow.get());
+    ASSERT_NE(progress, nullptr);
+    EXPECT_EQ(progress->Step(), QString::fromUtf8("Sending to 127.0.0.1:%1…").arg(silent.serverPort()));
+    EXPECT_FALSE(FWindow->bbtSendMail->isEnabled());
+    EXPECT_FALSE(FWindow->bbtClose->isEnabled());
+    silent.nextPendingConnection()->abort(); // the exchange ends with an error
+  });
+  QString shown;
+  CloseNextMessageBox(&shown);
+  QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
+  EXPECT_TRUE(seen);
+  EXPECT_TRUE(shown.startsWith(QStringLiteral("Unable to send the mail through 127.0.0.1:%1").arg(silent.serverPort())))
+      << shown.toStdString();
+  EXPECT_EQ(VisibleProgress(FWindow.get()), nullptr);
+  EXPECT_TRUE(FWindow->bbtSendMail->isEnabled());
+}
+
+TEST_F(MainWindow, TheGridSortsAndSearchesItsViewOnly)
+{
+  const QString longTitle = "A title long enough to need a wide column, wider than its header";
+  FState.FTickets = {Ticket(4521, longTitle, false), Ticket(17, "VPN down", true)};
+  FState.FTicketsGrid.SetTickets(FState.FTickets);
+  auto *grid = FWindow->findChild<QTableView *>("asgTickets");
+  ASSERT_TRUE(grid->isVisible()); // the guide gave way to the grid
+  // Sized as soon as filled.
+  EXPECT_GE(grid->columnWidth(TTicketsModel::colTitle), grid->fontMetrics().horizontalAdvance(longTitle));
+  const QAbstractItemModel *shown = grid->model();
+  auto cell = [shown](int row, int column, int role = Qt::DisplayRole) {
+    return shown->data(shown->index(row, column), role);
+  };
+
+  QHeaderView *header = grid->horizontalHeader();
+  QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                    QPoint(header->sectionViewportPosition(TTicketsModel::colId) + 4, header->height() / 2));
+  EXPECT_EQ(cell(0, TTicketsModel::colId).toInt(), 17);
+  EXPECT_EQ(FState.FTickets[0].id, 4521); // the list keeps the retrieval's order
+  EXPECT_EQ(FState.FTicketsGrid.data(FState.FTicketsGrid.index(0, TTicketsModel::colId)).toInt(), 4521);
+  EXPECT_TRUE(cell(0, TTicketsModel::colId, Qt::TextAlignmentRole).toInt() & Qt::AlignRight);
+  EXPECT_FALSE(cell(0, TTicketsModel::colType, Qt::DecorationRole).value<QIcon>().isNull()); // flagged
+  EXPECT_FALSE(cell(0, TTicketsModel::colTitle, Qt::ToolTipRole).toString().isEmpty());
+  EXPECT_FALSE(cell(1, TTicketsModel::colType, Qt::DecorationRole).isValid());
+
+  QTest::keyClicks(FWindow->findChild<QLineEdit *>("edtSearch"), "vpn");
+  EXPECT_EQ(shown->rowCount(), 1);
+  EXPECT_EQ(FState.FTicketsGrid.rowCount(), 2);
 }
 
 TEST_F(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)

@@ -3,22 +3,35 @@
 
 #include "../report/SmtpTestServer.h"
 #include "core/IniFile.h"
+#include "DemoData.h"
 #include "core/SecretCodec.h"
 #include "support/DemoServiceProcess.h"
 #include "support/TempConfig.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QProcess>
+#include <QRegularExpression>
+#include <QSet>
 #include <QSslConfiguration>
 #include <QSslCertificate>
+#include <csignal>
+#include <functional>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace {
+
+const QString CTwoOrganizations = QString::fromUtf8(
+    "[Organizations]\nNb=2\nid_1=101\nname_1=Northwind Logistics\nticketingModuleEnabled_1=1\n"
+    "id_2=102\nname_2=Brasserie Lefèvre & Fils\nticketingModuleEnabled_2=1\n");
 
 class EndToEnd : public ::testing::Test
 {
@@ -44,9 +57,10 @@ protected:
 
   QString Folder() const { return FConfig.Root() + "/Vellmor/vlmQuorvexITSM/"; }
 
-  // The demo's account, organizations 101 and 102, teams 11 and 12, and the SMTP
-  // server on `smtpPort` without encryption.
-  void WriteSettings(int smtpPort)
+  // The demo's account, organizations 101 and 102 (or those of `organizations`),
+  // teams 11 and 12, the SMTP server on `smtpPort` without encryption, and the
+  // settings of `more`.
+  void WriteSettings(int smtpPort, const QString &more = {}, const QString &organizations = CTwoOrganizations)
   {
     QDir().mkpath(Folder());
     WriteTextFile(Folder() + "quorvex-followup.ini",
@@ -55,13 +69,11 @@ protected:
                                  "[SMTP]\nServer=127.0.0.1\nPort=%4\nUseSSL=0\nUserName=\nPassword=\n"
                                  "DefaultTo=leads@example.org; desk@example.org\nDefaultCC=boss@example.org\n"
                                  "From=followup@example.org\n"
-                                 "[Organizations]\nNb=2\nid_1=101\nname_1=Northwind Logistics\n"
-                                 "ticketingModuleEnabled_1=1\nid_2=102\nname_2=Brasserie Lefèvre & Fils\n"
-                                 "ticketingModuleEnabled_2=1\n"
                                  "[Teams]\nNb=2\nid_1=11\nname_1=Service Desk\nid_2=12\nname_2=Network & Security\n")
-                      .arg(Printed("Instance: "), Encrypt("demo secret&=1"), Encrypt(QString::fromUtf8("Pass word&=é")))
-                      .arg(smtpPort)
-                      .toUtf8());
+                          .arg(Printed("Instance: "), Encrypt("demo secret&=1"), Encrypt(QString::fromUtf8("Pass word&=é")))
+                          .arg(smtpPort)
+                          .toUtf8() +
+                      organizations.toUtf8() + more.toUtf8());
   }
 
   struct TRun
@@ -73,7 +85,7 @@ protected:
 
   // Runs the program without a display, or on the offscreen platform with
   // `window` (the unattended run then shows its main window).
-  TRun RunTool(const QStringList &arguments, bool window = false)
+  TRun RunTool(const QStringList &arguments, bool window = false, std::function<void()> childSetup = {})
   {
     for (const QString &old : QDir(Folder()).entryList({"quorvex-followup_*.log"}))
       QFile::remove(Folder() + old);
@@ -91,6 +103,8 @@ protected:
     environment.insert("QUORVEX_EXTRA_CA_CERTS", Printed("CA certificate: "));
     QProcess tool;
     tool.setProcessEnvironment(environment);
+    if (childSetup)
+      tool.setChildProcessModifier(childSetup);
     tool.start(QUORVEX_FOLLOWUP_EXE, arguments);
     EXPECT_TRUE(tool.waitForFinished(120000));
     TRun run{tool.exitCode(), QString::fromUtf8(tool.readAllStandardError()), {}};
@@ -100,21 +114,36 @@ protected:
     return run;
   }
 
-  // Sets faults of the running demo service.
-  void SetFaults(const QByteArray &json)
+  // Sends a request to the running demo service and returns its answer.
+  QJsonObject CallService(const QByteArray &method, const QString &path, const QByteArray &json = {})
   {
     QNetworkAccessManager manager;
-    QNetworkRequest request(QUrl("https://" + Printed("Instance: ") + "/demo/faults"));
+    QNetworkRequest request(QUrl("https://" + Printed("Instance: ") + path));
     QSslConfiguration ssl = QSslConfiguration::defaultConfiguration();
     ssl.addCaCertificates(QSslCertificate::fromPath(Printed("CA certificate: ")));
     request.setSslConfiguration(ssl);
     request.setHeader(QNetworkRequest::ContentTypeHeader, "application/json");
-    QNetworkReply *reply = manager.post(request, json);
+    QBuffer body;
+    body.setData(json);
+    QNetworkReply *reply = manager.sendCustomRequest(request, method, &body);
     QEventLoop loop;
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
     loop.exec();
     EXPECT_EQ(reply->error(), QNetworkReply::NoError) << reply->errorString().toStdString();
     reply->deleteLater();
+    return QJsonDocument::fromJson(reply->readAll()).object();
+  }
+
+  // Sets faults of the running demo service.
+  void SetFaults(const QByteArray &json) { CallService("POST", "/demo/faults", json); }
+
+  // The requests the demo service answered so far, as "METHOD path status".
+  QStringList Answered()
+  {
+    QStringList answered;
+    for (const QJsonValue &line : CallService("GET", "/demo/requests")["answered"].toArray())
+      answered << line.toString();
+    return answered;
   }
 
   // The lines of a run log without their date and time ("<date> <time> - X"
@@ -168,6 +197,7 @@ const QStringList CCleanRunSteps{
     " - * To: 35",
     " - * Cc: 0",
     " - Send email",
+    " - * Mail to 3 recipient(s), 111 row(s): leads@example.org…",
     " - END"};
 
 TEST_F(EndToEnd, FullRunSendsTheReportToTheDefaultRecipientsAndLogsEveryStep)
@@ -180,6 +210,9 @@ TEST_F(EndToEnd, FullRunSendsTheReportToTheDefaultRecipientsAndLogsEveryStep)
   EXPECT_TRUE(run.Err.contains(" - END\n"));
   EXPECT_TRUE(run.Err.contains(QString::fromUtf8("Loading - Brasserie Lefèvre & Fils / > 10 échanges [7/8]\n")))
       << run.Err.toStdString();
+  // A clean run says ERROR nowhere, for a watcher that greps it.
+  EXPECT_FALSE(run.Err.contains("ERROR")) << run.Err.toStdString();
+  EXPECT_FALSE(ReadTextFile(Folder() + "quorvex-followup.log").contains("ERROR"));
 
   const QList<QJsonObject> messages = FSmtp.Messages();
   ASSERT_EQ(messages.size(), 1);
@@ -236,6 +269,37 @@ TEST_F(EndToEnd, ASecondRunReusesTheSavedToken)
   EXPECT_EQ(FSmtp.Messages().size(), 2);
 }
 
+// A disk that fills up between two runs: the second run cannot save its new
+// token, fails, and leaves every file as it was.
+TEST_F(EndToEnd, AFullDiskFailsTheRunAndLosesNoSetting)
+{
+  ASSERT_EQ(RunTool({"auto"}).ExitCode, 0);
+  const QString ini = Folder() + "quorvex-followup.ini";
+  // Only the owner reads the token and the secrets, and what was written beside them.
+  for (const QFileInfo &file : QDir(Folder()).entryInfoList(QDir::Files))
+    EXPECT_EQ(file.permissions() & 0x0077, 0) << file.fileName().toStdString();
+  TIniFile withoutToken(ini);
+  withoutToken.WriteString("QuorvexITSM", "Token", "");
+  withoutToken.UpdateFile();
+  const QByteArray settings = ReadTextFile(ini).toUtf8();
+  const QByteArray trace = ReadTextFile(Folder() + "quorvex-followup.log").toUtf8();
+
+  const TRun full = RunTool({"auto"}, false, [] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{256, 256};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  });
+  EXPECT_EQ(full.ExitCode, 2) << full.Err.toStdString();
+  EXPECT_TRUE(full.Err.contains("Unable to write to " + ini + ": File too large")) << full.Err.toStdString();
+  EXPECT_EQ(ReadTextFile(ini).toUtf8(), settings);
+  EXPECT_EQ(ReadTextFile(Folder() + "quorvex-followup.log").toUtf8(), trace);
+  EXPECT_EQ(QDir(Folder()).entryList({"*.new*"}), QStringList()); // nothing half-written left behind
+  EXPECT_EQ(FSmtp.Messages().size(), 1);
+
+  // Once there is room again, the next run is as before.
+  EXPECT_EQ(RunTool({"auto"}).ExitCode, 0);
+}
+
 TEST_F(EndToEnd, DryRunWritesTheReportFilesAndSendsNothing)
 {
   const TRun run = RunTool({"--dry-run"});
@@ -243,30 +307,95 @@ TEST_F(EndToEnd, DryRunWritesTheReportFilesAndSendsNothing)
   EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.html"));
   EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.to"));
   EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.cc"));
-  EXPECT_TRUE(run.Log.contains("Dry run: nothing sent"));
+  EXPECT_TRUE(run.Log.contains(" - * Would send: Mail to 3 recipient(s), 111 row(s): leads@example.org… as " +
+                                Folder() + "quorvex-followup_1.eml"))
+      << run.Log.toStdString();
   EXPECT_TRUE(FSmtp.Messages().isEmpty());
 }
 
-TEST_F(EndToEnd, RefusedTokenStillSendsAReportThatSaysSo)
+TEST_F(EndToEnd, ATokenRefusedAfterARestartOfTheServiceIsRenewedOnce)
+{
+  ASSERT_EQ(RunTool({"auto"}).ExitCode, 0);
+  const QString token = TIniFile(Folder() + "quorvex-followup.ini").ReadString("QuorvexITSM", "Token", "");
+  // The same service comes back on the same port, having forgotten every token.
+  const QString port = Printed("Instance: ").section(':', 1);
+  StopService();
+  StartService({"--port", port});
+
+  const TRun run = RunTool({"auto"});
+  ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString() << run.Log.toStdString();
+  EXPECT_EQ(Steps(run.Log), CCleanRunSteps) << run.Log.toStdString();
+  EXPECT_FALSE(run.Err.contains("ERROR")) << run.Err.toStdString();
+  const QStringList answered = Answered();
+  ASSERT_GE(answered.size(), 3);
+  EXPECT_EQ(answered.filter("/oauth/token").size(), 1) << answered.join('\n').toStdString();
+  EXPECT_EQ(answered[0], "GET /api/ticket/list/open 401");
+  EXPECT_EQ(answered[1], "POST /oauth/token 200");
+  EXPECT_EQ(answered[2], "GET /api/ticket/list/open 200");
+  EXPECT_EQ(answered.filter(" 401").size(), 1);
+  const QString renewed = TIniFile(Folder() + "quorvex-followup.ini").ReadString("QuorvexITSM", "Token", "");
+  EXPECT_FALSE(renewed.isEmpty());
+  EXPECT_NE(renewed, token);
+}
+
+TEST_F(EndToEnd, NoTokenStillSendsAReportThatChecksNothingAndSaysWhyInPlainWords)
 {
   StopService();
   StartService({"--refuse-token"});
   WriteSettings(FSmtp.Port());
   const TRun run = RunTool({"auto"});
   EXPECT_EQ(run.ExitCode, 3) << run.Err.toStdString();
-  EXPECT_TRUE(run.Log.contains("WARNING incomplete retrieval: no access token")) << run.Log.toStdString();
+  const QString failure = " - ERROR Access token from https://" + Printed("Instance: ") + ": " +
+                          Printed("Instance: ") + " answered HTTP 401 Unauthorized: the service refused the access "
+                          "token or the credentials; check the client ID, client secret, user name and password in "
+                          "\"Quorvex ITSM API\" [";
+  const QStringList steps = Steps(run.Log);
+  ASSERT_EQ(steps.size(), 12) << run.Log.toStdString();
+  EXPECT_EQ(steps.mid(0, 2), (QStringList{" - BEGIN", " - Retrieve all tickets"}));
+  EXPECT_TRUE(steps[2].startsWith(failure)) << steps[2].toStdString();
+  EXPECT_EQ(steps[3], " - Generate email");
+  // Each message once on stderr, and the trace's own words stay in the trace.
+  EXPECT_EQ(run.Err.count("answered HTTP 401"), 1) << run.Err.toStdString();
+  EXPECT_FALSE(run.Err.contains("Erreur")) << run.Err.toStdString();
+
   ASSERT_EQ(FSmtp.Messages().size(), 1);
-  EXPECT_TRUE(PartText(FSmtp.Messages()[0], "text/html").contains("WARNING: the retrieval of the tickets was incomplete"));
+  const QString html = PartText(FSmtp.Messages()[0], "text/html");
+  EXPECT_TRUE(html.contains("WARNING: the retrieval of the tickets was incomplete"));
+  EXPECT_EQ(html.count("This could not be checked: the retrieval of the tickets was incomplete."), 2);
+  EXPECT_FALSE(html.contains("All tickets have been"));
+  EXPECT_TRUE(html.contains("&nbsp;CET (incomplete)</p>"));
+  EXPECT_FALSE(html.contains("1899"));
+
+  // With the service down, the same in other words.
+  StopService();
+  const TRun down = RunTool({"auto"});
+  EXPECT_EQ(down.ExitCode, 3);
+  EXPECT_TRUE(down.Log.contains(": the connection was refused by " + Printed("Instance: ") +
+                                "; check that the service is running"))
+      << down.Log.toStdString();
+  EXPECT_EQ(down.Err.count("the connection was refused"), 1) << down.Err.toStdString();
 }
 
-TEST_F(EndToEnd, GarbageTicketPageMakesTheRetrievalIncomplete)
+TEST_F(EndToEnd, AnswersThatAreNotTicketListsMakeTheRetrievalIncompleteWithoutPhantomRows)
 {
-  SetFaults(R"({"bodies":[{"path":"/api/ticket/list/open","page":0,"body":"garbage","status":200}]})");
-  const TRun run = RunTool({"auto"});
-  EXPECT_EQ(run.ExitCode, 3) << run.Err.toStdString();
-  EXPECT_TRUE(run.Log.contains("WARNING incomplete retrieval: Northwind Logistics")) << run.Log.toStdString();
-  ASSERT_EQ(FSmtp.Messages().size(), 1);
-  EXPECT_TRUE(PartText(FSmtp.Messages()[0], "text/html").contains("WARNING: the retrieval of the tickets was incomplete"));
+  const QStringList pages{
+      "garbage",
+      R"({"content":[1,"x",{"title":"no id"},{"id":"7"}],"totalNumberOfElements":4,"totalNumberOfPages":1})",
+      R"({"content":[],"totalNumberOfElements":500000000,"totalNumberOfPages":1})",
+  };
+  for (const QString &page : pages) {
+    const QJsonObject fault{{"path", "/api/ticket/list/open"}, {"page", 0}, {"body", page}, {"status", 200}};
+    SetFaults(QJsonDocument(QJsonObject{{"bodies", QJsonArray{fault}}}).toJson());
+    const TRun run = RunTool({"auto"});
+    EXPECT_EQ(run.ExitCode, 3) << page.toStdString() << run.Err.toStdString();
+    EXPECT_TRUE(run.Log.contains(" - ERROR Northwind Logistics / open tickets: the answer of " +
+                                 Printed("Instance: ") + " was not understood"))
+        << run.Log.toStdString();
+    EXPECT_TRUE(run.Log.contains(" - * Unassigned: 0\n")) << run.Log.toStdString();
+    const QString html = PartText(FSmtp.Messages().last(), "text/html");
+    EXPECT_TRUE(html.contains("WARNING: the retrieval of the tickets was incomplete"));
+    EXPECT_FALSE(html.contains("1899")) << page.toStdString();
+  }
 }
 
 TEST_F(EndToEnd, AbsentMailServerFailsTheRunButKeepsItsLog)
@@ -279,4 +408,199 @@ TEST_F(EndToEnd, AbsentMailServerFailsTheRunButKeepsItsLog)
   EXPECT_TRUE(run.Log.contains("127.0.0.1"));
   EXPECT_FALSE(run.Log.contains(" - END"));
   EXPECT_TRUE(run.Err.contains("127.0.0.1")) << run.Err.toStdString();
+}
+
+namespace {
+
+QStringList Addresses(const QJsonObject &mail)
+{
+  QStringList addresses;
+  for (const char *header : {"To", "Cc"})
+    for (const QString &address : mail["headers"][header].toString().split(", ", Qt::SkipEmptyParts))
+      addresses << address;
+  return addresses;
+}
+
+QStringList Envelope(const QJsonObject &mail)
+{
+  QStringList addresses;
+  for (const QJsonValue &address : mail["rcpt_tos"].toArray())
+    addresses << address.toString();
+  return addresses;
+}
+
+// The sheets of a mail's workbook, by name; each a list of rows, the header first.
+QMap<QString, QJsonArray> Workbook(const QJsonObject &mail)
+{
+  QMap<QString, QJsonArray> sheets;
+  for (const QJsonValue &part : mail["parts"].toArray()) {
+    if (!part["filename"].toString().startsWith("tickets-follow-up-"))
+      continue;
+    EXPECT_EQ(part["filename"].toString(),
+              "tickets-follow-up-" + QDate::currentDate().toString("yyyyMMdd") + ".xlsx");
+    for (const QJsonValue &sheet : ReadWorkbook(QByteArray::fromBase64(part["data"].toString().toLatin1()))) {
+      EXPECT_TRUE(sheet["bold"].toBool());
+      EXPECT_EQ(sheet["freeze"].toString(), "A2");
+      EXPECT_TRUE(sheet["filter"].toString().startsWith("A1:")) << sheet["filter"].toString().toStdString();
+      sheets.insert(sheet["name"].toString(), sheet["rows"].toArray());
+    }
+  }
+  return sheets;
+}
+
+qsizetype Rows(const QMap<QString, QJsonArray> &sheets)
+{
+  qsizetype rows = 0;
+  for (const QJsonArray &sheet : sheets)
+    rows += sheet.size() - 1;
+  return rows;
+}
+
+// Column `name` of the data rows of a sheet.
+QStringList Column(const QJsonArray &sheet, const QString &name)
+{
+  const qsizetype column = sheet.first().toArray().toVariantList().indexOf(name);
+  QStringList values;
+  for (qsizetype row = 1; row < sheet.size(); ++row)
+    values << sheet[row][column].toVariant().toString();
+  return values;
+}
+
+// The demo's people by address: name and team names.
+QMap<QString, QPair<QString, QStringList>> DemoPeople()
+{
+  QMap<QString, QPair<QString, QStringList>> people;
+  for (const QJsonValue &op : MakeSampleData(QDateTime::currentDateTime())["operators"].toArray()) {
+    QStringList teams;
+    for (const QJsonValue &team : op["teams"].toArray())
+      teams << team["name"].toString();
+    people.insert(op["notificationEmail"].toString(),
+                  {op["firstName"].toString() + ' ' + op["lastName"].toString(), teams});
+  }
+  return people;
+}
+
+struct TDeliveryCase
+{
+  const char *Mode;
+  qsizetype Mails;          // the last one carries every row
+  QString FullTo;           // of the mail with every row
+  QString FullCc;
+};
+
+class DeliveryEndToEnd : public EndToEnd, public ::testing::WithParamInterface<TDeliveryCase>
+{
+};
+
+} // namespace
+
+TEST_P(DeliveryEndToEnd, EveryMailGoesToItsHeadersWithItsRowsAttached)
+{
+  const TDeliveryCase mode = GetParam();
+  WriteSettings(FSmtp.Port(), QStringLiteral("[Delivery]\nMode=%1\nAttachWorkbook=1\n").arg(mode.Mode));
+  const TRun run = RunTool({"auto"});
+  ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString();
+  const QList<QJsonObject> mails = FSmtp.Messages();
+  ASSERT_EQ(mails.size(), mode.Mails);
+  const QStringList logged = Steps(run.Log).filter(QRegularExpression("^ - \\* Mail to "));
+  ASSERT_EQ(logged.size(), mode.Mails) << run.Log.toStdString();
+
+  const auto people = DemoPeople();
+  QSet<QString> digestUnassigned;
+  for (qsizetype i = 0; i < mails.size(); ++i) {
+    const QJsonObject &mail = mails[i];
+    const bool full = i == mails.size() - 1;
+    SCOPED_TRACE(mail["headers"]["To"].toString().toStdString());
+    EXPECT_EQ(mail["headers"]["Auto-Submitted"].toString(), "auto-generated");
+    EXPECT_EQ(mail["headers"]["X-Auto-Response-Suppress"].toString(), "All");
+    QStringList headers = Addresses(mail);
+    QStringList envelope = Envelope(mail);
+    EXPECT_EQ(QSet<QString>(headers.begin(), headers.end()).size(), headers.size()); // each address once
+    headers.sort();
+    envelope.sort();
+    EXPECT_EQ(envelope, headers);
+    EXPECT_EQ(PartText(mail, "text/html").contains("<h2>DEBUG</h2>"), full && mode.Mode == QLatin1String("report"));
+
+    const auto sheets = Workbook(mail);
+    const QString first = Addresses(mail).first();
+    EXPECT_EQ(logged[i], QStringLiteral(" - * Mail to %1 recipient(s), %2 row(s): %3%4")
+                             .arg(envelope.size())
+                             .arg(Rows(sheets))
+                             .arg(first, envelope.size() > 1 ? "…" : ""));
+    if (full) {
+      EXPECT_EQ(Rows(sheets), 111);
+      EXPECT_EQ(mail["headers"]["Cc"].toString(), mode.FullCc);
+      if (!mode.FullTo.isEmpty())
+        EXPECT_EQ(mail["headers"]["To"].toString(), mode.FullTo);
+      const QJsonArray unassigned = sheets["Unassigned"];
+      EXPECT_EQ(unassigned.first().toArray().toVariantList(),
+                (QVariantList{"Organization", "Ticket", "Title", "Assigned Team", "Creation Date",
+                              "Hours since creation", "Last Update", "Priority", "Status"}));
+      EXPECT_TRUE(unassigned[1][1].isDouble());
+      EXPECT_TRUE(QDateTime::fromString(unassigned[1][4].toString(), Qt::ISODate).isValid());
+      EXPECT_TRUE(unassigned[1][5].isDouble());
+      if (!digestUnassigned.isEmpty()) {
+        const QStringList ids = Column(unassigned, "Ticket");
+        EXPECT_EQ(digestUnassigned, QSet<QString>(ids.begin(), ids.end()));
+      }
+      continue;
+    }
+    // A digest: the unassigned tickets of the person's teams, the others assigned to them.
+    ASSERT_EQ(Envelope(mail).size(), 1);
+    const auto person = people.value(first);
+    EXPECT_GT(Rows(sheets), 0);
+    for (const QString &team : Column(sheets["Unassigned"], "Assigned Team"))
+      EXPECT_TRUE(person.second.contains(team)) << team.toStdString();
+    for (const QString &ticket : Column(sheets["Unassigned"], "Ticket"))
+      digestUnassigned.insert(ticket);
+    for (const char *section : {"Without update", "More than 10 exchanges"})
+      for (const QString &user : Column(sheets[section], "Assigned User"))
+        EXPECT_EQ(user, person.first);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Modes, DeliveryEndToEnd,
+    ::testing::Values(
+        TDeliveryCase{"report", 1, "leads@example.org, desk@example.org", "boss@example.org"},
+        TDeliveryCase{"concerned", 1, "", "leads@example.org, desk@example.org, boss@example.org"},
+        TDeliveryCase{"personal", 36, "leads@example.org, desk@example.org", "boss@example.org"}),
+    [](const ::testing::TestParamInfo<TDeliveryCase> &info) { return std::string(info.param.Mode); });
+
+TEST_F(EndToEnd, SkipWhenClearSendsNothingOnlyWhenThereIsNothingToReport)
+{
+  const QString harbourOnly =
+      QStringLiteral("[Organizations]\nNb=1\nid_1=103\nname_1=Harbour Clinic\nticketingModuleEnabled_1=1\n");
+  for (const bool clear : {true, false}) {
+    SCOPED_TRACE(clear);
+    const qsizetype before = FSmtp.Messages().size();
+    WriteSettings(FSmtp.Port(), "[Delivery]\nSkipWhenClear=1\n", clear ? harbourOnly : CTwoOrganizations);
+    const TRun run = RunTool({"auto"});
+    EXPECT_EQ(run.ExitCode, 0) << run.Err.toStdString();
+    EXPECT_EQ(Steps(run.Log).contains(" - * Nothing to report: no mail sent"), clear) << run.Log.toStdString();
+    EXPECT_EQ(FSmtp.Messages().size() - before, clear ? 0 : 1);
+  }
+}
+
+TEST_F(EndToEnd, DryRunOfThePersonalModeWritesEveryMailWhole)
+{
+  QDir().mkpath(Folder());
+  WriteTextFile(Folder() + "quorvex-followup_99.eml", "left by an earlier dry run");
+  WriteSettings(FSmtp.Port(), "[Delivery]\nMode=personal\nAttachWorkbook=1\n");
+  const TRun run = RunTool({"--dry-run"});
+  ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString();
+  EXPECT_TRUE(FSmtp.Messages().isEmpty());
+  const QStringList files = QDir(Folder()).entryList({"quorvex-followup_*.eml"});
+  EXPECT_EQ(files.size(), 36);
+  EXPECT_EQ(Steps(run.Log).filter(QRegularExpression("^ - \\* Would send: Mail to ")).size(), 36);
+  EXPECT_FALSE(files.contains("quorvex-followup_99.eml"));
+
+  const QString last = ReadTextFile(Folder() + "quorvex-followup_36.eml");
+  for (const QString &line : {"To: leads@example.org, desk@example.org", "Cc: boss@example.org",
+                              "Auto-Submitted: auto-generated", "X-Auto-Response-Suppress: All",
+                              "Content-Type: multipart/mixed", "Content-Type: multipart/alternative",
+                              "Content-Type: text/plain; charset=UTF-8", "Content-Type: text/html; charset=UTF-8",
+                              "filename=\"tickets-follow-up-"})
+    EXPECT_TRUE(last.contains(line)) << line.toStdString();
+  EXPECT_FALSE(last.contains("DEBUG"));
 }

@@ -29,6 +29,8 @@ TSmtpTestServer::TSmtpTestServer(const TOptions &options)
     arguments << QStringLiteral("--refuse") << refused;
 
   FProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  if (options.StallAfterData)
+    arguments << QStringLiteral("--stall-after-data");
   FProcess.start(QStringLiteral(QUORVEX_SYSTEM_PYTHON), arguments);
   while (FProcess.waitForReadyRead(10000) || FProcess.canReadLine()) {
     if (!FProcess.canReadLine())
@@ -64,6 +66,20 @@ QList<QJsonObject> TSmtpTestServer::Messages() const
       messages.append(QJsonDocument::fromJson(file.readAll()).object());
   }
   return messages;
+}
+
+QJsonArray ReadWorkbook(const QByteArray &xlsx)
+{
+  QTemporaryDir dir;
+  QFile file(dir.filePath(QStringLiteral("book.xlsx")));
+  if (!file.open(QIODevice::WriteOnly) || file.write(xlsx) != xlsx.size())
+    return {};
+  file.close();
+  QProcess reader;
+  reader.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  reader.start(QStringLiteral(QUORVEX_SYSTEM_PYTHON), {QStringLiteral(QUORVEX_READ_WORKBOOK), file.fileName()});
+  reader.waitForFinished(30000);
+  return QJsonDocument::fromJson(reader.readAllStandardOutput()).array();
 }
 
 int UnusedPort()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
 #include <QProcess>
@@ -21,6 +22,7 @@ public:
     QString User; // empty: no login asked
     QString Password;
     QStringList RefusedRecipients;
+    bool StallAfterData = false; // takes the whole message, then never answers
   };
 
   explicit TSmtpTestServer(const TOptions &options);
@@ -40,6 +42,10 @@ private:
   int FPort = 0;
   QString FFailure;
 };
+
+// What a person sees in an XLSX workbook, read back with openpyxl (see
+// read_workbook.py): an array of sheets {name, rows, freeze, filter, bold}.
+QJsonArray ReadWorkbook(const QByteArray &xlsx);
 
 // A loopback port on which nothing listens.
 int UnusedPort();

@@ -4,9 +4,11 @@
 Prints "READY <port>" once it accepts connections and stops when its standard
 input closes. Each message received is summarised, parsed by Python's email
 package, as <n>.json in the output folder: envelope, session (TLS, login),
-headers and the text of every leaf part.
+headers and every leaf part (its text, or an attachment's bytes in Base64).
 """
 import argparse
+import asyncio
+import base64
 import email
 import email.policy
 import json
@@ -22,9 +24,10 @@ from aiosmtpd.smtp import AuthResult
 
 
 class Recorder:
-    def __init__(self, folder, refused):
+    def __init__(self, folder, refused, stall):
         self.folder = pathlib.Path(folder)
         self.refused = set(refused)
+        self.stall = stall
         self.count = 0
 
     async def handle_RCPT(self, server, session, envelope, address, rcpt_options):
@@ -34,14 +37,27 @@ class Recorder:
         return "250 OK"
 
     async def handle_DATA(self, server, session, envelope):
+        if self.stall:
+            # A server that takes the whole message and then never answers.
+            await asyncio.sleep(3600)
         message = email.message_from_bytes(envelope.original_content, policy=email.policy.default)
         headers = {}
-        for name in ("Subject", "From", "To", "Cc", "Date", "Message-ID", "Content-Type", "MIME-Version"):
+        for name in ("Subject", "From", "To", "Cc", "Date", "Message-ID", "Content-Type", "MIME-Version",
+                     "Auto-Submitted", "X-Auto-Response-Suppress"):
             if message[name] is not None:
                 headers[name] = str(message[name])
-        parts = [{"type": part.get_content_type(), "charset": part.get_content_charset(),
-                  "text": part.get_content()}
-                 for part in message.walk() if not part.is_multipart()]
+        parts = []
+        for part in message.walk():
+            if part.is_multipart():
+                continue
+            content = part.get_content()
+            leaf = {"type": part.get_content_type(), "charset": part.get_content_charset(),
+                       "filename": part.get_filename()}
+            if isinstance(content, str):
+                leaf["text"] = content
+            else:
+                leaf["data"] = base64.b64encode(content).decode()
+            parts.append(leaf)
         summary = {"mail_from": envelope.mail_from, "rcpt_tos": envelope.rcpt_tos,
                    "tls": session.ssl is not None or server.transport.get_extra_info("ssl_object") is not None,
                    "authenticated": bool(session.authenticated),
@@ -62,6 +78,7 @@ def main():
     parser.add_argument("--user")
     parser.add_argument("--password")
     parser.add_argument("--refuse", action="append", default=[])
+    parser.add_argument("--stall-after-data", action="store_true")
     parser.add_argument("--out", required=True)
     args = parser.parse_args()
     # Refused handshakes and logins are what some tests are about: no tracebacks.
@@ -92,7 +109,7 @@ def main():
         options["auth_required"] = True
         options["auth_require_tls"] = args.mode == "starttls"
 
-    controller = Controller(Recorder(args.out, args.refuse), **options)
+    controller = Controller(Recorder(args.out, args.refuse, args.stall_after_data), **options)
     controller.start()
     print("READY %d" % port, flush=True)
     sys.stdin.read()

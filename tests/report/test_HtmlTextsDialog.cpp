@@ -4,12 +4,14 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextLayout>
+#include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
 
@@ -101,7 +103,18 @@ TEST(HtmlTextsDialogTest, PreviewsAreFilledOnShowAndFollowTheirEditor)
   EXPECT_EQ(dialog.Preview(22)->text(), Sample().WithoutUpdate_Without.join('\n'));
 }
 
-TEST(HtmlTextsDialogTest, OkCopiesEveryBlockBackCancelTouchesNothing)
+// Clicks `answer` in the next message box and keeps its question.
+void AnswerNextQuestion(QMessageBox::StandardButton answer, QString *asked)
+{
+  QTimer::singleShot(0, [answer, asked] {
+    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    *asked = box->text();
+    QTest::mouseClick(box->button(answer), Qt::LeftButton);
+  });
+}
+
+TEST(HtmlTextsDialogTest, OkCopiesEveryBlockBackCancelAsksAndTouchesNothing)
 {
   tyHtmlTexts texts = Sample();
   WhenShown([](TfrmHtmlTexts &dialog) {
@@ -114,8 +127,14 @@ TEST(HtmlTextsDialogTest, OkCopiesEveryBlockBackCancelTouchesNothing)
   EXPECT_TRUE(SameTexts(texts, expected));
 
   WhenShown([](TfrmHtmlTexts &dialog) {
-    dialog.Editor(40)->clear();
-    dialog.findChild<QPushButton *>("bbtCancel")->click();
+    QTest::keyClicks(dialog.Editor(40), "edited");
+    QString asked;
+    AnswerNextQuestion(QMessageBox::Cancel, &asked);
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    EXPECT_EQ(asked, "Discard the changes made to the texts?");
+    EXPECT_TRUE(dialog.isVisible()); // the edits are still there
+    AnswerNextQuestion(QMessageBox::Discard, &asked);
+    QTest::mouseClick(dialog.findChild<QPushButton *>("bbtCancel"), Qt::LeftButton);
   });
   EXPECT_FALSE(EditHtmlTexts(texts));
   EXPECT_TRUE(SameTexts(texts, expected));

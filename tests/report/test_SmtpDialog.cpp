@@ -1,6 +1,7 @@
 #include "SmtpTestServer.h"
 #include "report/MailSender.h"
 #include "report/gui/TfrmSMTP.h"
+#include "tickets/gui/TfrmLoading.h"
 #include "support/TempConfig.h"
 
 #include <QApplication>
@@ -9,8 +10,13 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QScopeGuard>
+#include <QTest>
+#include <QThread>
 #include <QTimer>
 #include <QValidator>
+#include <atomic>
 #include <gtest/gtest.h>
 
 namespace {
@@ -142,6 +148,38 @@ TEST(SmtpDialogTest, NoRecipientNoTestAndAFailureKeepsTheValues)
   EXPECT_TRUE(Same(dialog.Values(), Settings()));
 }
 
+TEST(SmtpDialogTest, TestRunsOffTheWindowThreadWithTheButtonsOff)
+{
+  TRecorder recorder;
+  recorder.Answer = "tester@vellmor.example";
+  TfrmSMTP::TTestActions actions = recorder.Actions();
+  std::atomic<bool> released = false;
+  actions.Send = [&released](const tySMTPserver &, const QString &) {
+    while (!released)
+      QThread::msleep(5);
+  };
+  TfrmSMTP dialog(nullptr, actions);
+  dialog.Fill(Settings());
+  dialog.show();
+  bool seen = false;
+  QTimer::singleShot(0, [&] {
+    const auto release = qScopeGuard([&released] { released = true; });
+    seen = true; // the window thread runs while the server is slow
+    EXPECT_FALSE(dialog.BitBtn1->isEnabled());
+    EXPECT_FALSE(dialog.findChild<QPushButton *>("bbtOk")->isEnabled());
+    const auto *progress = dialog.findChild<TfrmLoading *>();
+    ASSERT_NE(progress, nullptr);
+    EXPECT_TRUE(progress->isVisible());
+    EXPECT_EQ(progress->Step(), QString::fromUtf8("Sending to mail.vellmor.example:587…"));
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    EXPECT_TRUE(dialog.isVisible());
+  });
+  QTest::mouseClick(dialog.BitBtn1, Qt::LeftButton);
+  EXPECT_TRUE(seen);
+  EXPECT_TRUE(dialog.BitBtn1->isEnabled());
+  EXPECT_EQ(recorder.Informed, QStringList{"Check your inbox, the email has been sent."});
+}
+
 TEST(SmtpDialogTest, CancelAfterARealTestLeavesTheSettingsUnchanged)
 {
   TSmtpTestServer server({});
@@ -162,7 +200,8 @@ TEST(SmtpDialogTest, CancelAfterARealTestLeavesTheSettingsUnchanged)
     dialog->BitBtn1->click();
     dialog->reject();
   });
-  EXPECT_FALSE(ConfigureSMTPserver(smtp, nullptr, actions));
+  tyDelivery delivery;
+  EXPECT_FALSE(ConfigureSMTPserver(smtp, delivery, nullptr, actions));
 
   EXPECT_TRUE(Same(smtp, Settings()));
   EXPECT_EQ(informed, QStringList{"Check your inbox, the email has been sent."});
@@ -175,15 +214,24 @@ TEST(SmtpDialogTest, CancelAfterARealTestLeavesTheSettingsUnchanged)
 TEST(SmtpDialogTest, OkCopiesTheEditedValuesBack)
 {
   tySMTPserver smtp = Settings();
+  tyDelivery delivery;
+  delivery.SkipWhenClear = true;
   QTimer::singleShot(0, [] {
     auto *dialog = qobject_cast<TfrmSMTP *>(QApplication::activeModalWidget());
     ASSERT_NE(dialog, nullptr);
+    EXPECT_TRUE(dialog->rbtModeReport->isChecked());
+    EXPECT_TRUE(dialog->chkSkipWhenClear->isChecked());
     dialog->ledtServer->setText(" smtp.other.example ");
     dialog->ledtFrom->setText("robot@other.example");
+    dialog->rbtModePersonal->click();
+    dialog->chkAttachWorkbook->click();
     dialog->findChild<QPushButton *>("bbtOk")->click();
   });
-  EXPECT_TRUE(ConfigureSMTPserver(smtp));
+  EXPECT_TRUE(ConfigureSMTPserver(smtp, delivery));
   EXPECT_EQ(smtp.Server, "smtp.other.example");
   EXPECT_EQ(smtp.From, "robot@other.example");
   EXPECT_EQ(smtp.DefaultTo, Settings().DefaultTo);
+  EXPECT_EQ(delivery.Mode, TDeliveryMode::Personal);
+  EXPECT_TRUE(delivery.SkipWhenClear);
+  EXPECT_TRUE(delivery.AttachWorkbook);
 }

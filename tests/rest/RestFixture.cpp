@@ -33,7 +33,7 @@ void RestFixture::SignIn()
 
 QString RestFixture::TraceText() const
 {
-  return ReadTextFile(FConfig.File("trace.log"));
+  return ReadTextFile(Trace::FilePath());
 }
 
 QStringList RestFixture::ErrorLines() const

@@ -157,17 +157,17 @@ TEST_F(Token, TransportFailuresRaiseWithDistinctTextsAndLeaveTheRequestTime)
   closed.close();
   tyQuorvexITSM refused = FSettings;
   refused.Instance = QString("127.0.0.1:%1").arg(freePort);
-  EXPECT_TRUE(failure(refused).startsWith(QString("Connection refused by 127.0.0.1:%1").arg(freePort)));
+  EXPECT_TRUE(failure(refused).startsWith(QString("the connection was refused by 127.0.0.1:%1; check").arg(freePort)));
 
   tyQuorvexITSM unknown = FSettings;
   unknown.Instance = "no-such-host.invalid";
-  EXPECT_TRUE(failure(unknown).startsWith("Host \"no-such-host.invalid\" not found"));
+  EXPECT_TRUE(failure(unknown).startsWith("the host \"no-such-host.invalid\" was not found; check"));
 
   TDemoFaults slow;
   slow.DelayMs = 2000;
   FService.SetFaults(slow);
   FRest->SetTimeout(std::chrono::milliseconds(300));
-  EXPECT_TRUE(failure(FSettings).startsWith(QString("No answer from %1 within 0.3 s").arg(FService.Instance())));
+  EXPECT_TRUE(failure(FSettings).startsWith(QString("no answer from %1 within 0.3 s (time-out)").arg(FService.Instance())));
 }
 
 TEST_F(Token, CertificateNotTrustedWithoutTheExtraAuthorities)
@@ -179,7 +179,7 @@ TEST_F(Token, CertificateNotTrustedWithoutTheExtraAuthorities)
     distrustful.GetToken(FSettings);
     ADD_FAILURE() << "the demo certificate was trusted";
   } catch (const ERestTransportError &error) {
-    EXPECT_TRUE(error.Message().startsWith(QString("The certificate of %1 is not trusted").arg(FService.Instance())))
+    EXPECT_TRUE(error.Message().startsWith(QString("the certificate of %1 is not trusted").arg(FService.Instance())))
         << error.Message().toStdString();
   }
 }

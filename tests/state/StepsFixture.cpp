@@ -113,6 +113,7 @@ StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeT
   FState->FICI.API.ClientSecret = QStringLiteral("secret");
   FState->FICI.API.Username = QStringLiteral("lead");
   FState->FICI.API.Password = QStringLiteral("pw");
+  FState->FSmtp.DefaultTo = QStringLiteral("leads@vellmor.example");
 }
 
 StepsFixture::~StepsFixture()

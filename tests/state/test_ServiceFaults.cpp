@@ -44,8 +44,8 @@ protected:
 TEST_F(ServiceFaultsTest, AServiceThatNeverAnswersTimesOut)
 {
   const QString log = RunWith("{}", 200, TDemoFaults::TDelivery::Never);
-  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: Acme: Erreur API : No answer from " + FService.Instance() +
-                           " within 0.5 s (" + TicketsUrl() + ")"))
+  EXPECT_TRUE(log.contains(" - ERROR Acme / open tickets: no answer from " + FService.Instance() +
+                           " within 0.5 s (time-out); check the network, or try again later [" + TicketsUrl() + "]"))
       << log.toStdString();
   EXPECT_TRUE(log.contains(" - END"));
 }
@@ -59,16 +59,18 @@ TEST_F(ServiceFaultsTest, ATokenRequestThatNeverAnswersTimesOut)
   options.DryRun = true;
   EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
   const QString log = ReadTextFile(FState->FLogFile);
-  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: No answer from " + FService.Instance() + " within 0.5 s"))
+  EXPECT_TRUE(log.contains(" - ERROR Access token from https://" + FService.Instance() + ": no answer from " +
+                           FService.Instance() + " within 0.5 s"))
       << log.toStdString();
 }
 
 TEST_F(ServiceFaultsTest, AnInternalServerErrorNamesTheStatusAndTheAddress)
 {
   const QString log = RunWith(R"({"error":"internal"})", 500, TDemoFaults::TDelivery::Whole);
-  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: Acme: NOT JSONObject.TryGetValue<TJSONArray>('content', "
-                           "ContentArray) (" +
-                           TicketsUrl() + " answered HTTP 500"))
+  EXPECT_TRUE(log.contains(" - ERROR Acme / open tickets: " + FService.Instance() +
+                           " answered HTTP 500 Internal Server Error: the service has a problem of its own; try "
+                           "again later, and tell its administrator if it lasts [" +
+                           TicketsUrl() + "]"))
       << log.toStdString();
 }
 
@@ -76,8 +78,8 @@ TEST_F(ServiceFaultsTest, AConnectionClosedMidBodyIsAFailureOfThatQuery)
 {
   const QByteArray page = R"({"content":[{"id":1,"title":"cut"}],"totalNumberOfElements":1,"totalNumberOfPages":1})";
   const QString log = RunWith(page, 200, TDemoFaults::TDelivery::CutMidBody);
-  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: Acme: Erreur API : " + FService.Instance() +
-                           " closed the connection before the whole answer came (" + TicketsUrl() + ")"))
+  EXPECT_TRUE(log.contains(" - ERROR Acme / open tickets: " + FService.Instance() +
+                           " closed the connection before the whole answer came; try again later [" + TicketsUrl()))
       << log.toStdString();
 }
 
@@ -89,7 +91,7 @@ TEST_F(ServiceFaultsTest, AnAnswerAboveTheLimitIsRefusedBeforeItFillsTheMemory)
   huge.back() = ']';
   ASSERT_GT(huge.size(), TRestTransport::CMaxAnswerBytes);
   const QString log = RunWith(huge, 200, TDemoFaults::TDelivery::Whole);
-  EXPECT_TRUE(log.contains("WARNING incomplete retrieval: Acme: Erreur API : The answer of " + TicketsUrl() +
+  EXPECT_TRUE(log.contains(" - ERROR Acme / open tickets: the answer of " + FService.Instance() +
                            " exceeds 32 MiB and was refused"))
       << log.toStdString();
 }

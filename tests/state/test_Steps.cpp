@@ -2,7 +2,7 @@
 
 #include "core/IniFile.h"
 #include "core/SecretCodec.h"
-#include "rest/RestErrors.h"
+#include "core/uTools.h"
 #include "state/UnattendedRun.h"
 #include "tickets/ColourStore.h"
 
@@ -87,7 +87,7 @@ TEST_F(StepsFixture, NothingSelectedOrNoTokenLeavesTheTicketsAndSaysWhy)
   FState->bbtGetTicketsClick(FProgress);
   EXPECT_TRUE(FProgress.Calls.isEmpty());
   ASSERT_EQ(FState->RetrievalFailures().size(), 1);
-  EXPECT_TRUE(FState->RetrievalFailures()[0].contains("no organization"));
+  EXPECT_TRUE(FState->RetrievalFailures()[0].Text().contains("no organization"));
 
   SelectAll();
   FState->FICI.API.Password = "wrong";
@@ -95,7 +95,9 @@ TEST_F(StepsFixture, NothingSelectedOrNoTokenLeavesTheTicketsAndSaysWhy)
   EXPECT_TRUE(FProgress.Calls.isEmpty());
   EXPECT_TRUE(FState->FTickets.isEmpty());
   ASSERT_EQ(FState->RetrievalFailures().size(), 1);
-  EXPECT_TRUE(FState->RetrievalFailures()[0].contains(FService.Instance()));
+  EXPECT_TRUE(FState->RetrievalFailures()[0].Text().startsWith("Access token from https://" + FService.Instance() +
+                                                                ": " + FService.Instance() + " answered HTTP 401"))
+      << FState->RetrievalFailures()[0].Text().toStdString();
 }
 
 TEST_F(StepsFixture, OrganizationsStepLinksTheListsAndSavesTheChoice)
@@ -136,12 +138,14 @@ TEST_F(StepsFixture, OrganizationsStepWithAFailedListShowsNoDialog)
 TEST_F(StepsFixture, OrganizationsStepHidesItsProgressWhenTheServiceCannotBeReached)
 {
   FState->FICI.Instance = QStringLiteral("127.0.0.1:1"); // nothing listens there
-  EXPECT_THROW(FState->bbtGET_Organization_ListClick(FProgress,
-                                                     [](auto &&...) -> bool {
-                                                       ADD_FAILURE() << "the dialog must not open";
-                                                       return false;
-                                                     }),
-               ERestTransportError);
+  FState->bbtGET_Organization_ListClick(FProgress, [](auto &&...) -> bool {
+    ADD_FAILURE() << "the dialog must not open";
+    return false;
+  });
+  const TStepFailures failures = FState->TakeStepFailures();
+  ASSERT_EQ(failures.size(), 1);
+  EXPECT_TRUE(failures[0].Reason.startsWith("the connection was refused by 127.0.0.1:1"))
+      << failures[0].Text().toStdString();
   ASSERT_FALSE(FProgress.Calls.isEmpty());
   EXPECT_EQ(FProgress.Calls.first(), "show 2");
   EXPECT_EQ(FProgress.Calls.last(), "hide");
@@ -209,7 +213,7 @@ TEST_F(StepsFixture, DryRunLogsEveryStepWritesTheReportAndSendsNothing)
   EXPECT_TRUE(IsLogLine(log[generate + 4], " - * To: 2"));
   EXPECT_TRUE(IsLogLine(log[generate + 5], " - * Cc: 0"));
   EXPECT_TRUE(IsLogLine(log[generate + 6], " - Send email"));
-  EXPECT_TRUE(log[generate + 7].contains("Dry run: nothing sent"));
+  EXPECT_TRUE(log[generate + 7].contains(" - * Would send: Mail to ")) << log[generate + 7].toStdString();
   EXPECT_TRUE(IsLogLine(log[generate + 8], " - END"));
 }
 
@@ -223,7 +227,68 @@ TEST_F(StepsFixture, IncompleteRetrievalIsReportedAndNeverAnAllClear)
   options.DryRun = true;
   EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
   EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("WARNING: the retrieval of the tickets was incomplete"));
-  EXPECT_TRUE(ReadTextFile(FState->FLogFile).contains("WARNING incomplete retrieval: Acme"));
+  const QString log = ReadTextFile(FState->FLogFile);
+  EXPECT_TRUE(log.contains(" - ERROR Acme / open tickets: the answer of " + FService.Instance() +
+                           " was not understood"))
+      << log.toStdString();
+  EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("This could not be checked"));
+}
+
+TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
+{
+  SelectAll();
+  FState->bbtGetTicketsClick(FProgress);
+  ASSERT_EQ(FState->FTicketsGrid.rowCount(), 4);
+  const TDateTime extraction = FState->FExtractionTickets;
+
+  // The service refuses the token in force and any new one: a single token
+  // request in the step, and every query fails.
+  TDemoFaults faults;
+  faults.RefuseToken = true;
+  faults.Bodies.append({QStringLiteral("/api/ticket/list/open"), -1, R"({"error":"unauthorized"})", 401});
+  FService.SetFaults(faults);
+  FService.ClearRequests();
+  FState->bbtGetTicketsClick(FProgress);
+
+  EXPECT_EQ(FState->FTicketsGrid.rowCount(), 4);
+  EXPECT_EQ(Ids(FState->FTickets), (QList<std::int32_t>{11, 12, 13, 21}));
+  EXPECT_EQ(FState->FExtractionTickets, extraction);
+  qsizetype tokenRequests = 0;
+  for (const TDemoRequest &request : FService.Requests())
+    tokenRequests += request.Target == QLatin1String("/oauth/token");
+  EXPECT_EQ(tokenRequests, 1);
+  const QString status = FState->RetrievalStatusText();
+  EXPECT_TRUE(status.startsWith("Retrieval failed, the grid still shows the 4 ticket(s) retrieved on " +
+                                DateTimeToStr(extraction) + ". Access token from https://" + FService.Instance() +
+                                ": " + FService.Instance() + " answered HTTP 401 Unauthorized: the service refused"))
+      << status.toStdString();
+  FState->ReadConfigITSM();
+  EXPECT_TRUE(FState->FICI.API.Token.isEmpty()) << "the refused token is not kept for the next start";
+}
+
+TEST_F(StepsFixture, ChangingTheAccountInTheApiDialogDropsTheSavedToken)
+{
+  const QList<QPair<std::function<void(tyQuorvexITSM &)>, bool>> rows{
+      {[](tyQuorvexITSM &) {}, false},
+      {[](tyQuorvexITSM &settings) { settings.API.TokenValidity += 1; }, false},
+      {[](tyQuorvexITSM &settings) { settings.Instance += "x"; }, true},
+      {[](tyQuorvexITSM &settings) { settings.SaaS = !settings.SaaS; }, true},
+      {[](tyQuorvexITSM &settings) { settings.API.ClientID += "x"; }, true},
+      {[](tyQuorvexITSM &settings) { settings.API.ClientSecret += "x"; }, true},
+      {[](tyQuorvexITSM &settings) { settings.API.Username += "x"; }, true},
+      {[](tyQuorvexITSM &settings) { settings.API.Password += "x"; }, true},
+  };
+  for (qsizetype row = 0; row < rows.size(); ++row) {
+    FState->ReadConfigITSM();
+    FState->FICI.API.Token = "saved-token";
+    FState->SaveConfigITSM();
+    FState->bbtQuorvexItsmApiClick([&](tyQuorvexITSM &settings) {
+      rows[row].first(settings);
+      return true;
+    });
+    FState->ReadConfigITSM();
+    EXPECT_EQ(FState->FICI.API.Token.isEmpty(), rows[row].second) << "row " << row;
+  }
 }
 
 TEST_F(StepsFixture, AStepErrorIsLoggedAndTheLogStillSaved)
@@ -239,15 +304,41 @@ TEST_F(StepsFixture, AStepErrorIsLoggedAndTheLogStillSaved)
   EXPECT_FALSE(log.contains(" - END"));
 }
 
-TEST_F(StepsFixture, UnreachableServiceStopsAPersonButNotTheUnattendedRun)
+TEST_F(StepsFixture, UnreachableServiceIsAFailureInPlainWords)
 {
   SelectAll();
   FState->FICI.Instance = QStringLiteral("127.0.0.1:1"); // nothing listens there
-  EXPECT_THROW(FState->bbtGetTicketsClick(FProgress), ERestTransportError);
+  FState->bbtGetTicketsClick(FProgress);
+  ASSERT_EQ(FState->RetrievalFailures().size(), 1);
+  EXPECT_EQ(FState->RetrievalFailures()[0].Text(),
+            "Access token from https://127.0.0.1:1: the connection was refused by 127.0.0.1:1; check that the "
+            "service is running and the instance name in \"Quorvex ITSM API\"");
+  EXPECT_TRUE(FState->RetrievalFailures()[0].Details.startsWith("https://127.0.0.1:1/oauth/token: "));
 
   TUnattendedOptions options;
   options.DryRun = true;
   EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
-  EXPECT_TRUE(ReadTextFile(FState->FLogFile).contains("127.0.0.1:1")) << ReadTextFile(FState->FLogFile).toStdString();
+  EXPECT_TRUE(ReadTextFile(FState->FLogFile).contains(" - ERROR Access token from https://127.0.0.1:1: "))
+      << ReadTextFile(FState->FLogFile).toStdString();
   EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("WARNING"));
+}
+
+// Stored entries without a usable id are never queried (a count without its
+// entries could mean a hundred thousand queries) but named as settings errors.
+TEST_F(StepsFixture, AStoredSelectionWithoutValidIdsIsASettingsErrorNotAQuery)
+{
+  SelectAll();
+  WriteTextFile(FState->FFichINI, "[Organizations]\nNb=1000000\nid_1=1\nname_1=Acme\n[Teams]\nNb=1\nid_1=0\n");
+  FState->ReadConfigOrgaAndTeams();
+  FService.ClearRequests();
+  FState->bbtGetTicketsClick(FProgress);
+  EXPECT_EQ(FService.Requests().size(), 4); // the token, and the three queries of Acme
+  QStringList failures;
+  for (const TStepFailure &failure : FState->RetrievalFailures())
+    failures.append(failure.Text());
+  ASSERT_EQ(failures.size(), 2) << failures.join('\n').toStdString();
+  EXPECT_TRUE(failures[0].contains("id_2, id_3, id_4 and 99996 more of [Organizations] in " + FState->FFichINI))
+      << failures[0].toStdString();
+  EXPECT_TRUE(failures[1].contains("id_1 of [Teams]")) << failures[1].toStdString();
+  EXPECT_EQ(FState->FTickets.size(), 3);
 }

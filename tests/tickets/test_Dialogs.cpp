@@ -13,6 +13,7 @@
 #include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QTest>
 #include <QTimer>
 #include <QToolButton>
 #include <gtest/gtest.h>
@@ -120,6 +121,22 @@ TEST(FiltersDialog, ButtonsFollowTheEditAndTheSelection)
   EXPECT_EQ(dialog.Edit->text(), " Blocked ");
 }
 
+TEST(FiltersDialog, EnterInTheStatusEditAddsTheStatusAndKeepsTheDialogOpen)
+{
+  TfrmFilters dialog;
+  dialog.Fill(15, 14, {"Waiting"});
+  for (const QWidget *button : std::initializer_list<const QWidget *>{dialog.bbtRemplacer, dialog.bbtAjouter,
+                                                                     dialog.bbtSupprimer, dialog.bbtTri})
+    EXPECT_FALSE(button->isEnabled()) << button->objectName().toStdString(); // nothing to act on yet
+  dialog.show();
+  dialog.PageControl->setCurrentIndex(1);
+  QTest::keyClicks(dialog.Edit, "On hold");
+  QTest::keyClick(dialog.Edit, Qt::Key_Return);
+  EXPECT_EQ(dialog.Statuses(), (QStringList{"Waiting", "On hold"}));
+  EXPECT_TRUE(dialog.isVisible());
+  EXPECT_TRUE(dialog.bbtTri->isEnabled());
+}
+
 TEST(FiltersDialog, OkWritesBackAndCancelKeepsEverything)
 {
   std::int32_t minutes = 20, days = 3;
@@ -188,6 +205,32 @@ TEST(ChooseOrgaDialog, TeamChecksComeBackAsTheyWereWhenOpened)
   EXPECT_EQ(Checked(dialog.clbTeams), QStringList{"Network"});
 }
 
+TEST(ChooseOrgaDialog, ALongListGetsAFilterAndTheTeamsTabAHint)
+{
+  TOrgaFixture f;
+  for (int i = 4; i <= 20; ++i)
+    f.Organizations.append({i, QStringLiteral("Organization number %1 with a rather long name").arg(i), false,
+                            false, true});
+  TfmChooseOrga dialog(f.Organizations, {}, f.Teams, {}, f.Links);
+  dialog.show();
+  EXPECT_LT(dialog.minimumWidth(), dialog.maximumWidth()); // resizable
+  EXPECT_EQ(dialog.clbOrga->item(5)->toolTip(), dialog.clbOrga->item(5)->text());
+  EXPECT_TRUE(dialog.edtFilterOrga->isVisible());
+  EXPECT_FALSE(dialog.lblNoTeams->isHidden());
+
+  QTest::keyClicks(dialog.edtFilterOrga, "BET");
+  QStringList shown;
+  for (int i = 0; i < dialog.clbOrga->count(); ++i)
+    if (!dialog.clbOrga->item(i)->isHidden())
+      shown << dialog.clbOrga->item(i)->text();
+  EXPECT_EQ(shown, QStringList{"Beta"});
+  for (QPushButton *button : dialog.findChildren<QPushButton *>())
+    if (button->isVisible() && button->text() == "Select all")
+      QTest::mouseClick(button, Qt::LeftButton); // checks what the filter shows
+  EXPECT_EQ(Checked(dialog.clbOrga), QStringList{"Beta"});
+  EXPECT_TRUE(dialog.lblNoTeams->isHidden());
+}
+
 TEST(ChooseOrgaDialog, OkReplacesTheSelectionsCancelDoesNot)
 {
   TOrgaFixture f;
@@ -245,6 +288,34 @@ TEST(StatusPrioritiesDialog, ColoursChangeOnTheCopiesOnly)
   EXPECT_EQ(statuses[1].BgColor, 0xFF00); // the caller's lists are untouched
 }
 
+TEST(StatusPrioritiesDialog, EnterF2AndTheColourButtonChangeTheSelectedLine)
+{
+  TTempConfig config;
+  TColourStore store(config.File("c.ini"));
+  TfrmStatusPriorities dialog({Colour(0, "New", "New", 0xFF), Colour(1, "Waiting", "Waiting", 0xFF00)},
+                              {Colour(0, "INCIDENT - P1", "P1", 1), Colour(1, "REQUEST - [P1]", "P1", 1)}, store);
+  TColor next = 0x000001;
+  dialog.SetColourChooser([&next](TColor) { return std::optional<TColor>(next++); });
+  dialog.show();
+  EXPECT_FALSE(dialog.bbtStatusColour->isEnabled()); // no line selected yet
+  QListWidget *statuses = dialog.lbxStatus;
+  QTest::mouseClick(statuses->viewport(), Qt::LeftButton, {}, statuses->visualItemRect(statuses->item(1)).center());
+  QTest::keyClick(statuses, Qt::Key_F2);
+  QTest::keyClick(statuses, Qt::Key_Return);
+  EXPECT_TRUE(dialog.isVisible()); // Enter changed the colour, it did not close the dialog
+  QTest::mouseClick(dialog.bbtStatusColour, Qt::LeftButton);
+  EXPECT_EQ(dialog.Statuses()[1].BgColor, 0x000003);
+  EXPECT_EQ(dialog.Statuses()[0].BgColor, 0xFF);
+
+  dialog.PageControl->setCurrentIndex(1);
+  QListWidget *priorities = dialog.lbxPriorities;
+  QTest::mouseClick(priorities->viewport(), Qt::LeftButton, {},
+                    priorities->visualItemRect(priorities->item(0)).center());
+  QTest::keyClick(priorities, Qt::Key_Enter);
+  EXPECT_EQ(dialog.Priorities()[1].BgColor, 0x000004); // every line of the code
+  EXPECT_TRUE(dialog.isVisible());
+}
+
 TEST(LoadingWindow, CannotBeClosedUntilItsRunEnds)
 {
   QWidget owner;
@@ -253,11 +324,15 @@ TEST(LoadingWindow, CannotBeClosedUntilItsRunEnds)
   QPointer<TfrmLoading> window = progress.Window();
   ASSERT_TRUE(window);
   EXPECT_EQ(window->ShownAnimation(), 2);
+  const Qt::WindowFlags buttons = Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
+                                  Qt::WindowMaximizeButtonHint | Qt::WindowCloseButtonHint;
+  EXPECT_FALSE(window->windowFlags() & buttons);
   progress.LoadingSetTitle("Acme");
   EXPECT_EQ(window->windowTitle(), "Loading - Acme");
+  EXPECT_EQ(window->Step(), "Acme");
   progress.LoadingSetProgressBar(12, 5);
   EXPECT_EQ(window->ProgressBar().maximum(), 12);
-  EXPECT_EQ(window->ProgressBar().value(), 5);
+  EXPECT_EQ(window->ProgressBar().text(), "5 / 12");
   progress.LoadingSetAnimation(7);
   EXPECT_EQ(window->ShownAnimation(), 0);
 

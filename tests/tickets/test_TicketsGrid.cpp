@@ -26,14 +26,17 @@ tyRestTicket Ticket(std::int32_t id, const QString &title, const QString &create
   return ticket;
 }
 
-// Cells of the first sheet as "value|type" per line, read by openpyxl.
+// The first sheet read by openpyxl: a line "frozen cell|filtered range", then the
+// cells as "value|type" per line, a date with its number format.
 QStringList ReadWorkbook(const QString &path)
 {
   QProcess python;
   python.start("/usr/bin/python3", {"-c", "import sys, openpyxl\n"
                                  "ws = openpyxl.load_workbook(sys.argv[1]).active\n"
+                                 "print('%s|%s' % (ws.freeze_panes, ws.auto_filter.ref))\n"
                                  "for row in ws.iter_rows():\n"
-                                 "    print(';'.join('%s|%s' % (c.value, type(c.value).__name__) for c in row))\n",
+                                 "    print(';'.join('%s|%s' % (c.value, type(c.value).__name__ + ('|' + c.number_format"
+                                 " if c.is_date else '')) for c in row))\n",
                            path});
   python.waitForFinished(30000);
   EXPECT_EQ(python.exitCode(), 0) << python.readAllStandardError().toStdString();
@@ -91,14 +94,15 @@ TEST(GridExport, WorkbookHoldsHeadersNumbersAndDates)
   // The reader wants the usual extension; the workbook itself is the same.
   ASSERT_TRUE(QFile::copy(path, path + ".xlsx"));
   const QStringList rows = ReadWorkbook(path + ".xlsx");
-  ASSERT_EQ(rows.size(), 2);
-  EXPECT_EQ(rows[0], "Type|str;Id|str;Organization|str;Priority|str;Title|str;CreationDate|str;Status|str;"
+  ASSERT_EQ(rows.size(), 3);
+  EXPECT_EQ(rows[0], "A2|A1:J2");
+  EXPECT_EQ(rows[1], "Type|str;Id|str;Organization|str;Priority|str;Title|str;CreationDate|str;Status|str;"
                      "Assigned Team|str;Assigned User|str;Last Update|str");
-  const QStringList cells = rows[1].split(';');
+  const QStringList cells = rows[2].split(';');
   ASSERT_EQ(cells.size(), 10);
   EXPECT_EQ(cells[1], "4521|int");
   EXPECT_EQ(cells[4], QString::fromUtf8("Imprimante hors ligne – étage 2|str"));
-  EXPECT_EQ(cells[5], "2024-03-15 08:30:00|datetime");
+  EXPECT_EQ(cells[5], "2024-03-15 08:30:00|datetime|yyyy-mm-dd hh:mm");
   EXPECT_TRUE(cells[9].endsWith("|str")); // before 1900: written as shown
 }
 
@@ -107,7 +111,7 @@ TEST(GridExport, EmptyGridExportsItsHeaderRow)
   TTempConfig config;
   TTicketsModel model;
   ExportGridToXlsx(model, config.File("empty.xlsx"));
-  EXPECT_EQ(ReadWorkbook(config.File("empty.xlsx")).size(), 1);
+  EXPECT_EQ(ReadWorkbook(config.File("empty.xlsx")).size(), 2);
 }
 
 TEST(GridExport, UnwritablePlaceIsAnErrorNamingTheFile)

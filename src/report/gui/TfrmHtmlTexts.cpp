@@ -5,11 +5,14 @@
 
 #include <QFontDatabase>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QScreen>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
@@ -29,7 +32,8 @@ TfrmHtmlTexts::TfrmHtmlTexts(QWidget *parent) : QDialog(parent)
 {
   setObjectName(QStringLiteral("frmHtmlTexts"));
   setWindowTitle(QStringLiteral("Texts"));
-  resize(820, 640);
+  // Large enough to edit in, never larger than the screen (scaled displays).
+  resize(QSize(820, 640).boundedTo(screen()->availableGeometry().size() * 9 / 10));
 
   PageControl = new QTabWidget;
   PageControl->setObjectName(QStringLiteral("PageControl"));
@@ -115,6 +119,23 @@ void TfrmHtmlTexts::Fill(const tyHtmlTexts &texts)
   for (std::size_t i = 0; i < CBlockNumbers.size(); ++i)
     FEditors.value(CBlockNumbers[i])->setPlainText((texts.*CHtmlTextBlocks[i]).join(u'\n'));
   PageControl->setCurrentIndex(0);
+  FFilled = Texts(); // as the editors hold them, so that an untouched block is never "modified"
+}
+
+bool TfrmHtmlTexts::Modified() const
+{
+  const tyHtmlTexts now = Texts();
+  return std::any_of(CHtmlTextBlocks.cbegin(), CHtmlTextBlocks.cend(),
+                     [&](QStringList tyHtmlTexts::*block) { return now.*block != FFilled.*block; });
+}
+
+void TfrmHtmlTexts::reject()
+{
+  if (Modified() &&
+      QMessageBox::question(this, windowTitle(), tr("Discard the changes made to the texts?"),
+                            QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Cancel) != QMessageBox::Discard)
+    return;
+  QDialog::reject();
 }
 
 tyHtmlTexts TfrmHtmlTexts::Texts() const

@@ -20,6 +20,8 @@ public:
 
   void Fill(const tyHtmlTexts &texts);
   tyHtmlTexts Texts() const;
+  // Whether a block differs from what Fill gave.
+  bool Modified() const;
 
   // The editor and the preview of a block by its number: 10, 11, 12 (unassigned
   // title, with, without), 20, 21, 22 (without update), 30 (more than ten
@@ -29,6 +31,8 @@ public:
 
   // Gives the preview of the editor's block the editor's current text.
   void HtmlChange(QPlainTextEdit *editor);
+  // Cancel, Escape or the close box: asks before throwing edits away.
+  void reject() override;
 
   QTabWidget *PageControl;
   QTabWidget *pcUnassigned;
@@ -44,6 +48,7 @@ private:
 
   QMap<int, QPlainTextEdit *> FEditors;
   QMap<int, QLabel *> FPreviews;
+  tyHtmlTexts FFilled;
 };
 
 // Edits the eight blocks; on OK writes them back and returns true.

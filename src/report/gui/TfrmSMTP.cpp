@@ -1,19 +1,28 @@
 #include "TfrmSMTP.h"
 
 #include "core/Errors.h"
+#include "core/OffThread.h"
 #include "core/uTools.h"
+#include "gui/DialogLayout.h"
 #include "report/ReportSending.h"
+#include "report/SmtpIdentity.h"
+#include "tickets/gui/TfrmLoading.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QRadioButton>
 #include <QHBoxLayout>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
+#include <QScopeGuard>
 #include <QVBoxLayout>
+#include <optional>
 
 namespace {
 
@@ -27,14 +36,39 @@ QLineEdit *NamedEdit(const char *name)
   return edit;
 }
 
+QRadioButton *ModeButton(const char *name, const QString &caption)
+{
+  auto *button = new QRadioButton(caption);
+  button->setObjectName(QLatin1String(name));
+  return button;
+}
+
+// A mode's button with the line that says who receives what.
+void AddMode(QVBoxLayout *layout, QRadioButton *button, const QString &explanation)
+{
+  auto *label = new QLabel(explanation);
+  label->setIndent(22);
+  label->setEnabled(false); // shown as a quieter line under its button
+  layout->addWidget(button);
+  layout->addWidget(label);
+}
+
 } // namespace
 
 TfrmSMTP::TTestActions TfrmSMTP::DefaultTestActions()
 {
   TTestActions actions;
   actions.AskRecipient = [](QWidget *parent, const QString &proposed) {
-    return QInputDialog::getText(parent, CTestSubject, QStringLiteral("Recipient's email"), QLineEdit::Normal,
-                                 proposed);
+    QInputDialog ask(parent);
+    ask.setWindowTitle(CTestSubject);
+    ask.setLabelText(QStringLiteral("Recipient's email"));
+    ask.setTextValue(proposed);
+    // Room for an address and the whole caption.
+    if (auto *edit = ask.findChild<QLineEdit *>())
+      edit->setMinimumWidth(ask.fontMetrics().horizontalAdvance(CTestSubject + proposed) + 80);
+    if (auto *buttons = ask.findChild<QDialogButtonBox *>())
+      StyleOkCancel(buttons);
+    return ask.exec() == QDialog::Accepted ? ask.textValue() : QString();
   };
   actions.Send = SendTestMail;
   actions.Inform = [](QWidget *parent, const QString &text) {
@@ -82,29 +116,54 @@ TfrmSMTP::TfrmSMTP(QWidget *parent, TTestActions actions) : QDialog(parent), FAc
   form->addRow(QStringLiteral("Default receiver \"Cc\""), ledtDefaultCc);
   form->addRow(QStringLiteral("Sender address"), ledtFrom);
 
+  rbtModeReport = ModeButton("rbtModeReport", QStringLiteral("Report"));
+  rbtModeConcerned = ModeButton("rbtModeConcerned", QStringLiteral("Concerned"));
+  rbtModePersonal = ModeButton("rbtModePersonal", QStringLiteral("Personal"));
+  chkSkipWhenClear = new QCheckBox(QStringLiteral("No mail when there is nothing to report"));
+  chkSkipWhenClear->setObjectName(QStringLiteral("chkSkipWhenClear"));
+  chkAttachWorkbook = new QCheckBox(QStringLiteral("Attach the rows as an Excel workbook"));
+  chkAttachWorkbook->setObjectName(QStringLiteral("chkAttachWorkbook"));
+  auto *delivery = new QGroupBox(QStringLiteral("Delivery"));
+  delivery->setObjectName(QStringLiteral("grpDelivery"));
+  auto *deliveryLayout = new QVBoxLayout(delivery);
+  AddMode(deliveryLayout, rbtModeReport,
+          QStringLiteral("The whole report to the default receivers, with the people concerned listed at its end."));
+  AddMode(deliveryLayout, rbtModeConcerned,
+          QStringLiteral("The whole report to the people concerned; team members and default receivers in copy."));
+  AddMode(deliveryLayout, rbtModePersonal,
+          QStringLiteral("Each person concerned gets their own rows; the whole report to the default receivers."));
+  deliveryLayout->addWidget(chkSkipWhenClear);
+  deliveryLayout->addWidget(chkAttachWorkbook);
+
   BitBtn1 = new QPushButton(QStringLiteral("Test"));
   BitBtn1->setObjectName(QStringLiteral("BitBtn1"));
   BitBtn1->setAutoDefault(false);
   connect(BitBtn1, &QPushButton::clicked, this, &TfrmSMTP::BitBtn1Click);
-  auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("bbtOk"));
-  buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("bbtCancel"));
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  // No test without a server to send to.
+  connect(ledtServer, &QLineEdit::textChanged, BitBtn1,
+          [this](const QString &server) { BitBtn1->setEnabled(!TrimBlanks(server).isEmpty()); });
+  BitBtn1->setEnabled(false);
+  FButtons = OkCancelButtons(this);
   auto *bottom = new QHBoxLayout;
   bottom->addWidget(BitBtn1);
   bottom->addStretch(1);
-  bottom->addWidget(buttons);
+  bottom->addWidget(FButtons);
 
   auto *layout = new QVBoxLayout(this);
   layout->addLayout(form);
+  layout->addWidget(delivery);
   layout->addSpacing(8);
   layout->addLayout(bottom);
   layout->setSizeConstraint(QLayout::SetFixedSize); // fixed dialog border
 }
 
-void TfrmSMTP::Fill(const tySMTPserver &smtp)
+void TfrmSMTP::Fill(const tySMTPserver &smtp, const tyDelivery &delivery)
 {
+  rbtModeReport->setChecked(delivery.Mode == TDeliveryMode::Report);
+  rbtModeConcerned->setChecked(delivery.Mode == TDeliveryMode::Concerned);
+  rbtModePersonal->setChecked(delivery.Mode == TDeliveryMode::Personal);
+  chkSkipWhenClear->setChecked(delivery.SkipWhenClear);
+  chkAttachWorkbook->setChecked(delivery.AttachWorkbook);
   ledtServer->setText(smtp.Server);
   ledtPort->setText(QString::number(smtp.Port));
   chkSSL->setChecked(smtp.UseSSL);
@@ -132,6 +191,17 @@ tySMTPserver TfrmSMTP::TypedValues() const
   return smtp;
 }
 
+tyDelivery TfrmSMTP::DeliveryValues() const
+{
+  tyDelivery delivery;
+  delivery.Mode = rbtModePersonal->isChecked()    ? TDeliveryMode::Personal
+                  : rbtModeConcerned->isChecked() ? TDeliveryMode::Concerned
+                                                  : TDeliveryMode::Report;
+  delivery.SkipWhenClear = chkSkipWhenClear->isChecked();
+  delivery.AttachWorkbook = chkAttachWorkbook->isChecked();
+  return delivery;
+}
+
 tySMTPserver TfrmSMTP::Values() const
 {
   tySMTPserver smtp = TypedValues();
@@ -145,21 +215,47 @@ void TfrmSMTP::BitBtn1Click()
   const QString recipient = FActions.AskRecipient(this, ledtDefaultTo->text());
   if (recipient.isEmpty())
     return;
-  try {
-    FActions.Send(TypedValues(), recipient);
-  } catch (const EQuorvexError &error) {
-    FActions.ShowError(this, error.Message());
+  const tySMTPserver smtp = TypedValues();
+  std::optional<QString> failure;
+  {
+    FSending = true;
+    BitBtn1->setEnabled(false);
+    FButtons->setEnabled(false);
+    TWindowProgress progress(this);
+    progress.LoadingShow(1);
+    const auto restore = qScopeGuard([&] {
+      progress.LoadingHide();
+      FSending = false;
+      BitBtn1->setEnabled(true);
+      FButtons->setEnabled(true);
+    });
+    progress.LoadingSetTitle(QStringLiteral("Sending to %1…").arg(SmtpServerName(smtp)));
+    try {
+      RunOffThread([&] { FActions.Send(smtp, recipient); });
+    } catch (const EQuorvexError &error) {
+      failure = error.Message();
+    }
+  }
+  if (failure) {
+    FActions.ShowError(this, *failure);
     return;
   }
   FActions.Inform(this, QStringLiteral("Check your inbox, the email has been sent."));
 }
 
-bool ConfigureSMTPserver(tySMTPserver &smtp, QWidget *parent, TfrmSMTP::TTestActions actions)
+void TfrmSMTP::reject()
+{
+  if (!FSending)
+    QDialog::reject();
+}
+
+bool ConfigureSMTPserver(tySMTPserver &smtp, tyDelivery &delivery, QWidget *parent, TfrmSMTP::TTestActions actions)
 {
   TfrmSMTP dialog(parent, std::move(actions));
-  dialog.Fill(smtp);
+  dialog.Fill(smtp, delivery);
   if (dialog.exec() != QDialog::Accepted)
     return false;
   smtp = dialog.Values();
+  delivery = dialog.DeliveryValues();
   return true;
 }

@@ -6,12 +6,16 @@
 #include <functional>
 
 class QCheckBox;
+class QDialogButtonBox;
 class QLineEdit;
 class QPushButton;
+class QRadioButton;
 
 // The SMTP settings: server, port, SSL, login, default receivers and sender
 // address, with a "Test" button that sends the gateway test message with the
-// values being edited, before they are kept.
+// values being edited, before they are kept; and the delivery of the report:
+// who receives what, whether a clear report is sent, whether the rows are
+// attached as a workbook.
 class TfrmSMTP : public QDialog
 {
   Q_OBJECT
@@ -31,15 +35,17 @@ public:
 
   explicit TfrmSMTP(QWidget *parent = nullptr, TTestActions actions = DefaultTestActions());
 
-  void Fill(const tySMTPserver &smtp);
+  void Fill(const tySMTPserver &smtp, const tyDelivery &delivery = {});
   // The values as OK keeps them: server and user name trimmed, port 25 when its
   // text is not a number; the other texts as typed.
   tySMTPserver Values() const;
   // The values as the test uses them: every text as typed.
   tySMTPserver TypedValues() const;
+  tyDelivery DeliveryValues() const;
 
-  // "Test": the gateway test message to a recipient asked for. An error is shown
-  // and the dialog stays open with its values.
+  // "Test": the gateway test message to a recipient asked for, sent off the
+  // user-interface thread while a progress window names the server and the
+  // buttons are off. An error is shown and the dialog stays open with its values.
   void BitBtn1Click();
 
   QLineEdit *ledtServer;
@@ -50,12 +56,22 @@ public:
   QLineEdit *ledtDefaultTo;
   QLineEdit *ledtDefaultCc;
   QLineEdit *ledtFrom;
+  QRadioButton *rbtModeReport;
+  QRadioButton *rbtModeConcerned;
+  QRadioButton *rbtModePersonal;
+  QCheckBox *chkSkipWhenClear;
+  QCheckBox *chkAttachWorkbook;
   QPushButton *BitBtn1;
+
+  // No closing (Cancel, Escape, close box) while the test message is on its way.
+  void reject() override;
 
 private:
   TTestActions FActions;
+  QDialogButtonBox *FButtons;
+  bool FSending = false;
 };
 
-// Edits the SMTP settings; on OK writes them back and returns true.
-bool ConfigureSMTPserver(tySMTPserver &smtp, QWidget *parent = nullptr,
+// Edits the SMTP and delivery settings; on OK writes them back and returns true.
+bool ConfigureSMTPserver(tySMTPserver &smtp, tyDelivery &delivery, QWidget *parent = nullptr,
                          TfrmSMTP::TTestActions actions = TfrmSMTP::DefaultTestActions());

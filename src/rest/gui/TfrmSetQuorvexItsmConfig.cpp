@@ -1,10 +1,11 @@
 #include "TfrmSetQuorvexItsmConfig.h"
 
+#include "gui/DialogLayout.h"
+
 #include <QCheckBox>
-#include <QEvent>
 #include <QFormLayout>
 #include <QHBoxLayout>
-#include <QIcon>
+#include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -12,19 +13,6 @@
 #include <QVBoxLayout>
 
 namespace {
-
-// Small tick and cross drawn in the dialog's own colours.
-QIcon SvgIcon(const char *svg)
-{
-  QPixmap pixmap;
-  pixmap.loadFromData(QByteArray(svg), "SVG");
-  return QIcon(pixmap);
-}
-
-const char CTickSvg[] = R"(<svg xmlns="http://www.w3.org/2000/svg" width="16" height="16" viewBox="0 0 16 16">
-<path d="M3 8.5l3.2 3.2L13 4.8" fill="none" stroke="#17AB4F" stroke-width="2.2" stroke-linecap="round"/></svg>)";
-const char CCrossSvg[] = R"(<svg xmlns="http://www.w3.org/2000/svg" width="16" height="16" viewBox="0 0 16 16">
-<path d="M4 4l8 8M12 4l-8 8" fill="none" stroke="#EE3D3B" stroke-width="2.2" stroke-linecap="round"/></svg>)";
 
 bool Blank(const QLineEdit *edit) { return edit->text().trimmed().isEmpty(); }
 
@@ -40,7 +28,7 @@ TfrmSetQuorvexItsmConfig::TfrmSetQuorvexItsmConfig(QWidget *parent)
   auto field = [this](const char *name) {
     auto *edit = new QLineEdit;
     edit->setObjectName(QLatin1String(name));
-    edit->installEventFilter(this);
+    connect(edit, &QLineEdit::textChanged, this, &TfrmSetQuorvexItsmConfig::ledtExit);
     edit->setMinimumWidth(300);
     return edit;
   };
@@ -79,23 +67,16 @@ TfrmSetQuorvexItsmConfig::TfrmSetQuorvexItsmConfig(QWidget *parent)
   form->addRow(QStringLiteral("Parallel requests"), spnParallelRequests);
   form->addRow(QString(), lblParallelRequests);
 
-  bbtOk = new QPushButton(SvgIcon(CTickSvg), tr("OK"));
-  bbtOk->setObjectName(QStringLiteral("bbtOk"));
+  QDialogButtonBox *buttons = OkCancelButtons(this);
+  bbtOk = buttons->button(QDialogButtonBox::Ok);
   bbtOk->setDefault(true);
   bbtOk->setEnabled(false);
-  bbtCancel = new QPushButton(SvgIcon(CCrossSvg), tr("Cancel"));
-  bbtCancel->setObjectName(QStringLiteral("bbtCancel"));
-  connect(bbtOk, &QPushButton::clicked, this, &QDialog::accept);
-  connect(bbtCancel, &QPushButton::clicked, this, &QDialog::reject);
-  auto *buttons = new QHBoxLayout;
-  buttons->addStretch(1);
-  buttons->addWidget(bbtOk);
-  buttons->addWidget(bbtCancel);
+  bbtCancel = buttons->button(QDialogButtonBox::Cancel);
 
   auto *layout = new QVBoxLayout(this);
   layout->addLayout(form);
   layout->addSpacing(8);
-  layout->addLayout(buttons);
+  layout->addWidget(buttons);
   layout->setSizeConstraint(QLayout::SetFixedSize);
 
   connect(edtInstance, &QLineEdit::textChanged, this, &TfrmSetQuorvexItsmConfig::edtInstanceChange);
@@ -140,13 +121,6 @@ void TfrmSetQuorvexItsmConfig::ledtExit()
 {
   bbtOk->setEnabled(!Blank(edtInstance) && !Blank(ledtClientID) && !Blank(ledtClientSecret) &&
                     !Blank(ledtApiOperatorUsername) && !Blank(ledtApiOperatorPassword));
-}
-
-bool TfrmSetQuorvexItsmConfig::eventFilter(QObject *watched, QEvent *event)
-{
-  if (event->type() == QEvent::FocusOut)
-    ledtExit();
-  return QDialog::eventFilter(watched, event);
 }
 
 bool SetQuorvexItsmConfig(tyQuorvexITSM &settings, QWidget *parent)

@@ -26,8 +26,8 @@ public:
   // Preview of the service address; called on every change of the instance or
   // of the hosting mode.
   void edtInstanceChange();
-  // OK is enabled when all five fields hold more than blanks; called when a
-  // field loses the focus.
+  // OK is enabled when all five fields hold more than blanks; called on every
+  // change of a field, so that Enter confirms as soon as the form is complete.
   void ledtExit();
 
   QLineEdit *edtInstance;
@@ -40,9 +40,6 @@ public:
   QSpinBox *spnParallelRequests;
   QPushButton *bbtOk;
   QPushButton *bbtCancel;
-
-protected:
-  bool eventFilter(QObject *watched, QEvent *event) override;
 };
 
 // Edits the service settings; on OK copies them back and returns true.

@@ -4,6 +4,8 @@
 #include "tickets/Selection.h"
 
 #include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QTabWidget>
@@ -11,10 +13,15 @@
 
 namespace {
 
+// A list longer than this gets its filter box.
+constexpr int CLongList = 10;
+
 void SetChecks(QListWidget *list, int tag)
 {
   for (int i = 0; i < list->count(); ++i) {
     QListWidgetItem *item = list->item(i);
+    if (item->isHidden())
+      continue;
     const bool checked = item->checkState() == Qt::Checked;
     const bool now = tag < 0 ? false : tag > 0 ? true : !checked;
     item->setCheckState(now ? Qt::Checked : Qt::Unchecked);
@@ -24,6 +31,7 @@ void SetChecks(QListWidget *list, int tag)
 QListWidgetItem *AddCheckItem(QListWidget *list, const QString &text, bool checked)
 {
   auto *item = new QListWidgetItem(text, list);
+  item->setToolTip(text); // a name wider than the list is still readable
   item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsUserCheckable | Qt::ItemIsSelectable);
   item->setCheckState(checked ? Qt::Checked : Qt::Unchecked);
   return item;
@@ -38,10 +46,32 @@ QStringList CheckedTexts(const QListWidget *list)
   return texts;
 }
 
-QWidget *CheckPage(QListWidget *list, const std::function<void(int)> &onButton)
+// Shows the lines that contain the filter's text, and the filter only for a long list.
+void ApplyFilter(QListWidget *list, QLineEdit *filter)
+{
+  filter->setVisible(list->count() > CLongList);
+  const QString text = filter->text().trimmed();
+  for (int i = 0; i < list->count(); ++i)
+    list->item(i)->setHidden(!list->item(i)->text().contains(text, Qt::CaseInsensitive));
+}
+
+QLineEdit *FilterBox(const char *name, QListWidget *list)
+{
+  auto *filter = new QLineEdit;
+  filter->setObjectName(QLatin1String(name));
+  filter->setPlaceholderText(QObject::tr("Filter"));
+  filter->setClearButtonEnabled(true);
+  QObject::connect(filter, &QLineEdit::textChanged, list, [list, filter] { ApplyFilter(list, filter); });
+  return filter;
+}
+
+QWidget *CheckPage(QListWidget *list, QLineEdit *filter, QLabel *hint, const std::function<void(int)> &onButton)
 {
   auto *page = new QWidget;
   auto *layout = new QVBoxLayout(page);
+  layout->addWidget(filter);
+  if (hint)
+    layout->addWidget(hint);
   layout->addWidget(list, 1);
   auto *row = new QHBoxLayout;
   const QList<std::pair<QString, int>> buttons{
@@ -66,21 +96,25 @@ TfmChooseOrga::TfmChooseOrga(const tyRestOrganizations &organizations,
 {
   setObjectName(QStringLiteral("fmChooseOrga"));
   setWindowTitle(QStringLiteral("Organizations & Teams selection"));
-  setFixedSize(563, 309);
+  setSizeGripEnabled(true);
+  resize(563, 309);
 
   clbOrga = new QListWidget;
   clbOrga->setObjectName(QStringLiteral("clbOrga"));
-  clbOrga->setFlow(QListView::TopToBottom);
-  clbOrga->setWrapping(true); // two columns when the list is long
-  clbOrga->setResizeMode(QListView::Adjust);
-  clbOrga->setGridSize(QSize(255, 22));
   clbTeams = new QListWidget;
   clbTeams->setObjectName(QStringLiteral("clbTeams"));
   connect(clbOrga, &QListWidget::itemChanged, this, [this] { UpdateTeams(); });
+  edtFilterOrga = FilterBox("edtFilterOrga", clbOrga);
+  edtFilterTeams = FilterBox("edtFilterTeams", clbTeams);
+  lblNoTeams = new QLabel(tr("Check an organization on the \"Organizations\" tab to list its teams here."));
+  lblNoTeams->setObjectName(QStringLiteral("lblNoTeams"));
+  lblNoTeams->setWordWrap(true);
 
   PageControl = new QTabWidget;
-  PageControl->addTab(CheckPage(clbOrga, [this](int tag) { OrgaButton(tag); }), QStringLiteral("Organizations"));
-  PageControl->addTab(CheckPage(clbTeams, [this](int tag) { TeamButton(tag); }), QStringLiteral("Teams"));
+  PageControl->addTab(CheckPage(clbOrga, edtFilterOrga, nullptr, [this](int tag) { OrgaButton(tag); }),
+                      QStringLiteral("Organizations"));
+  PageControl->addTab(CheckPage(clbTeams, edtFilterTeams, lblNoTeams, [this](int tag) { TeamButton(tag); }),
+                      QStringLiteral("Teams"));
 
   SetOkCancelLayout(this, PageControl);
 
@@ -100,6 +134,7 @@ void TfmChooseOrga::ShowOrgas()
                                       [&](const tyRestOrganization &o) { return o.id == organization.id; });
     AddCheckItem(clbOrga, organization.name, selected);
   }
+  ApplyFilter(clbOrga, edtFilterOrga);
 }
 
 void TfmChooseOrga::UpdateTeams()
@@ -109,6 +144,8 @@ void TfmChooseOrga::UpdateTeams()
   for (const tyRestTeam &team : teams)
     AddCheckItem(clbTeams, team.name, false);
   UpdateSelectedTeams();
+  ApplyFilter(clbTeams, edtFilterTeams);
+  lblNoTeams->setVisible(clbTeams->count() == 0);
 }
 
 void TfmChooseOrga::UpdateSelectedTeams()

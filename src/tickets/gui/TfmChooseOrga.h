@@ -4,11 +4,15 @@
 
 #include <QDialog>
 
+class QLabel;
+class QLineEdit;
 class QListWidget;
 class QTabWidget;
 
 // Choice of the organizations whose tickets are retrieved and of the teams the
-// report is about. Works on copies; the caller takes the selections on OK.
+// report is about. Works on copies; the caller takes the selections on OK. The
+// dialog can be resized; a long list gets a filter box above it, and the check
+// buttons act on the lines the filter shows.
 class TfmChooseOrga : public QDialog
 {
   Q_OBJECT
@@ -31,6 +35,9 @@ public:
   QTabWidget *PageControl;
   QListWidget *clbOrga;
   QListWidget *clbTeams;
+  QLineEdit *edtFilterOrga;
+  QLineEdit *edtFilterTeams;
+  QLabel *lblNoTeams; // shown while no organization is checked
 
 private:
   void ShowOrgas();

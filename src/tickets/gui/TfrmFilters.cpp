@@ -56,13 +56,13 @@ TfrmFilters::TfrmFilters(QWidget *parent) : QDialog(parent)
 {
   setObjectName(QStringLiteral("frmFilters"));
   setWindowTitle(QStringLiteral("Filters"));
-  setFixedSize(413, 329);
 
   PageControl = new QTabWidget;
   PageControl->addTab(DelayPage(), QStringLiteral("Delay"));
   PageControl->addTab(StatusPage(), QStringLiteral("Status to be ignored (tickets not updated)"));
 
   SetOkCancelLayout(this, PageControl);
+  layout()->setSizeConstraint(QLayout::SetFixedSize); // as large as its texts need
 }
 
 QWidget *TfrmFilters::NumberRow(QLineEdit *&edit, const char *name, const QString &label)
@@ -71,7 +71,6 @@ QWidget *TfrmFilters::NumberRow(QLineEdit *&edit, const char *name, const QStrin
   auto *layout = new QVBoxLayout(row);
   layout->setContentsMargins(0, 0, 0, 0);
   auto *caption = new QLabel(label);
-  caption->setWordWrap(true);
   edit = new QLineEdit;
   edit->setObjectName(QLatin1String(name));
   edit->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d*")), edit));
@@ -114,6 +113,8 @@ QWidget *TfrmFilters::StatusPage()
   ListBox->setObjectName(QStringLiteral("ListBox"));
   Edit = new QLineEdit;
   Edit->setObjectName(QStringLiteral("Edit"));
+  Edit->setPlaceholderText(tr("Status name"));
+  Edit->installEventFilter(this);
 
   auto button = [this](const QString &caption, const char *name, TAction action) {
     auto *b = new QPushButton(caption);
@@ -137,8 +138,6 @@ QWidget *TfrmFilters::StatusPage()
   bbtTri = arrow(QStyle::SP_FileDialogListView, tr("Sort"), "bbtTri", actSort);
   bbtTri->setText(QStringLiteral("A→Z"));
   bbtTri->setToolButtonStyle(Qt::ToolButtonTextOnly);
-  bbtMonter->setEnabled(false);
-  bbtDescendre->setEnabled(false);
 
   auto *row = new QHBoxLayout;
   for (QWidget *w : std::initializer_list<QWidget *>{bbtRemplacer, bbtAjouter, bbtSupprimer})
@@ -165,6 +164,7 @@ void TfrmFilters::Fill(std::int32_t minutes, std::int32_t days, const QStringLis
   ListBox->clear();
   ListBox->addItems(statuses);
   PageControl->setCurrentIndex(0);
+  ListClick();
 }
 
 std::int32_t TfrmFilters::Minutes() const { return NumberOr(ledtNbMinutes, CDefaultMinutes); }
@@ -188,6 +188,20 @@ void TfrmFilters::ListClick()
   bbtAjouter->setEnabled(false);
   bbtMonter->setEnabled(hasSelection && selected > 0);
   bbtDescendre->setEnabled(hasSelection && selected <= ListBox->count() - 2);
+  bbtTri->setEnabled(ListBox->count() > 1);
+}
+
+bool TfrmFilters::eventFilter(QObject *watched, QEvent *event)
+{
+  if (watched == Edit && event->type() == QEvent::KeyPress) {
+    const int key = static_cast<QKeyEvent *>(event)->key();
+    if ((key == Qt::Key_Return || key == Qt::Key_Enter) && !TrimBlanks(Edit->text()).isEmpty()) {
+      if (bbtAjouter->isEnabled())
+        RunAction(actAdd);
+      return true;
+    }
+  }
+  return QDialog::eventFilter(watched, event);
 }
 
 void TfrmFilters::EditKeyUp()

@@ -46,6 +46,10 @@ public:
   QToolButton *bbtDescendre;
   QToolButton *bbtTri;
 
+protected:
+  // Enter in the status edit adds the status instead of closing the dialog.
+  bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
   QWidget *NumberRow(QLineEdit *&edit, const char *name, const QString &label);
   QWidget *DelayPage();

@@ -3,17 +3,26 @@
 #include "BusyAnimation.h"
 
 #include <QCloseEvent>
+#include <QFrame>
+#include <QLabel>
 #include <QProgressBar>
 #include <QVBoxLayout>
 
 TfrmLoading::TfrmLoading(QWidget *parent)
-    : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint), FProgressBar(new QProgressBar)
+    // No title bar at all: window managers add buttons to any title bar, and cut
+    // a long caption.
+    : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), FStep(new QLabel), FProgressBar(new QProgressBar)
 {
   setObjectName(QStringLiteral("frmLoading"));
   setWindowTitle(QStringLiteral("Loading"));
-  setFixedSize(384, 110);
-  auto *layout = new QVBoxLayout(this);
-  layout->setContentsMargins(0, 8, 0, 0);
+  auto *frame = new QFrame;
+  frame->setFrameStyle(QFrame::Panel | QFrame::Raised);
+  auto *outer = new QVBoxLayout(this);
+  outer->setContentsMargins(0, 0, 0, 0);
+  outer->setSizeConstraint(QLayout::SetFixedSize);
+  outer->addWidget(frame);
+  auto *layout = new QVBoxLayout(frame);
+  layout->setContentsMargins(8, 8, 8, 8);
   for (int style = 1; style <= 3; ++style) {
     auto *animation = new TBusyAnimation(style, this);
     animation->setObjectName(QStringLiteral("JvGIFAnimator%1").arg(style));
@@ -21,15 +30,22 @@ TfrmLoading::TfrmLoading(QWidget *parent)
     layout->addWidget(animation, 1, Qt::AlignHCenter);
     FAnimations.append(animation);
   }
+  FStep->setObjectName(QStringLiteral("lblStep"));
+  FStep->setAlignment(Qt::AlignCenter);
+  FStep->setWordWrap(true); // a long organization name takes a second line
+  FStep->setMinimumWidth(368);
+  layout->addWidget(FStep);
   FProgressBar->setObjectName(QStringLiteral("ProgressBar"));
-  FProgressBar->setFixedHeight(17);
-  FProgressBar->setTextVisible(false);
+  FProgressBar->setFormat(QStringLiteral("%v / %m"));
+  FProgressBar->setAlignment(Qt::AlignCenter);
+  FProgressBar->setTextVisible(false); // until there is a count to show
   layout->addWidget(FProgressBar);
 }
 
 void TfrmLoading::SetTitle(const QString &title)
 {
   setWindowTitle(QStringLiteral("Loading - ") + title);
+  FStep->setText(title);
   Refresh();
 }
 
@@ -45,6 +61,7 @@ void TfrmLoading::SetProgressBar(int maximum, int position)
   if (FProgressBar->maximum() != maximum)
     FProgressBar->setMaximum(maximum);
   FProgressBar->setValue(position);
+  FProgressBar->setTextVisible(maximum > 0);
   Refresh();
 }
 
@@ -54,6 +71,8 @@ void TfrmLoading::Finish()
   FMayClose = true;
   close();
 }
+
+QString TfrmLoading::Step() const { return FStep->text(); }
 
 int TfrmLoading::ShownAnimation() const
 {

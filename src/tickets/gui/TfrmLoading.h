@@ -5,12 +5,14 @@
 #include <QDialog>
 #include <QPointer>
 
+class QLabel;
 class QProgressBar;
 class TBusyAnimation;
 
-// The small progress window shown while the main window talks to the service: a
-// busy animation, the step in the caption and a progress bar. It cannot be closed
-// until its run says so.
+// The small progress window shown while the main window talks to a server: a
+// busy animation, the step in a label (also in the caption, for the task bar), and
+// a progress bar reading "k / n". It has no title bar and cannot be closed until
+// its run says so.
 class TfrmLoading : public QDialog
 {
   Q_OBJECT
@@ -26,6 +28,7 @@ public:
 
   int ShownAnimation() const; // 0 when none
   const QProgressBar &ProgressBar() const { return *FProgressBar; }
+  QString Step() const;
 
 protected:
   void closeEvent(QCloseEvent *event) override;
@@ -36,6 +39,7 @@ private:
 
   bool FMayClose = false;
   QList<TBusyAnimation *> FAnimations;
+  QLabel *FStep;
   QProgressBar *FProgressBar;
 };
 

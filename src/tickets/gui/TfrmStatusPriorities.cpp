@@ -7,11 +7,13 @@
 #include <QApplication>
 #include <QColorDialog>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QListWidget>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QStyledItemDelegate>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -103,7 +105,7 @@ TfrmStatusPriorities::TfrmStatusPriorities(const tyRestObjects &statuses, const 
 {
   setObjectName(QStringLiteral("frmStatusPriorities"));
   setWindowTitle(QStringLiteral("Status & Priorities"));
-  setFixedSize(425, 441);
+  resize(425, 441);
   FChooseColour = [this](TColor current) { return AskColour(current, this); };
 
   lbxStatus = new QListWidget;
@@ -111,11 +113,23 @@ TfrmStatusPriorities::TfrmStatusPriorities(const tyRestObjects &statuses, const 
   lbxStatus->setItemDelegate(new TColourLineDelegate(lbxStatus));
   connect(lbxStatus, &QListWidget::itemDoubleClicked, this,
           [this](QListWidgetItem *item) { StatusDoubleClick(lbxStatus->row(item)); });
+  connect(lbxStatus, &QListWidget::currentRowChanged, this, &TfrmStatusPriorities::UpdateColourButtons);
+  lbxStatus->installEventFilter(this);
 
   lbxPriorities = new QListWidget;
   lbxPriorities->setObjectName(QStringLiteral("lbxPriorities"));
   lbxPriorities->setItemDelegate(new TColourLineDelegate(lbxPriorities));
   connect(lbxPriorities, &QListWidget::currentRowChanged, this, &TfrmStatusPriorities::PriorityClick);
+  lbxPriorities->installEventFilter(this);
+
+  bbtStatusColour = new QPushButton(tr("Colour…"));
+  bbtStatusColour->setObjectName(QStringLiteral("bbtStatusColour"));
+  bbtStatusColour->setAutoDefault(false);
+  connect(bbtStatusColour, &QPushButton::clicked, this, [this] { StatusDoubleClick(lbxStatus->currentRow()); });
+  bbtPriorityColour = new QPushButton(tr("Colour…"));
+  bbtPriorityColour->setObjectName(QStringLiteral("bbtPriorityColour"));
+  bbtPriorityColour->setAutoDefault(false);
+  connect(bbtPriorityColour, &QPushButton::clicked, this, &TfrmStatusPriorities::SampleDoubleClick);
 
   cbPriority = new QComboBox;
   cbPriority->setObjectName(QStringLiteral("cbPriority"));
@@ -138,7 +152,10 @@ TfrmStatusPriorities::TfrmStatusPriorities(const tyRestObjects &statuses, const 
   auto *statusPage = new QWidget;
   auto *statusLayout = new QVBoxLayout(statusPage);
   statusLayout->addWidget(lbxStatus);
-  statusLayout->addWidget(new QLabel(tr("Double-click a status to change its colour.")));
+  auto *statusRow = new QHBoxLayout;
+  statusRow->addWidget(new QLabel(tr("Double-click, Enter or F2 also change a colour.")), 1);
+  statusRow->addWidget(bbtStatusColour);
+  statusLayout->addLayout(statusRow);
 
   auto *priorityPage = new QWidget;
   auto *priorityLayout = new QVBoxLayout(priorityPage);
@@ -147,6 +164,7 @@ TfrmStatusPriorities::TfrmStatusPriorities(const tyRestObjects &statuses, const 
   codeRow->addWidget(cbPriority);
   codeRow->addStretch(1);
   codeRow->addWidget(pnlSamplePriority);
+  codeRow->addWidget(bbtPriorityColour);
   priorityLayout->addWidget(lbxPriorities);
   priorityLayout->addLayout(codeRow);
 
@@ -159,6 +177,25 @@ TfrmStatusPriorities::TfrmStatusPriorities(const tyRestObjects &statuses, const 
   ShowStatus();
   ShowPriorities();
   PageControl->setCurrentIndex(0);
+  UpdateColourButtons();
+}
+
+bool TfrmStatusPriorities::eventFilter(QObject *watched, QEvent *event)
+{
+  if ((watched == lbxStatus || watched == lbxPriorities) && event->type() == QEvent::KeyPress) {
+    const int key = static_cast<QKeyEvent *>(event)->key();
+    if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_F2) {
+      (watched == lbxStatus ? bbtStatusColour : bbtPriorityColour)->click();
+      return true;
+    }
+  }
+  return QDialog::eventFilter(watched, event);
+}
+
+void TfrmStatusPriorities::UpdateColourButtons()
+{
+  bbtStatusColour->setEnabled(lbxStatus->currentRow() >= 0);
+  bbtPriorityColour->setEnabled(FSelectedPriority >= 0 && pnlSamplePriority->text().size() == 2);
 }
 
 void TfrmStatusPriorities::ShowStatus() { FillList(lbxStatus, FStatuses); }
@@ -200,6 +237,7 @@ void TfrmStatusPriorities::PriorityClick(int row)
 
 void TfrmStatusPriorities::ShowSample()
 {
+  const auto buttons = qScopeGuard([this] { UpdateColourButtons(); });
   if (FSelectedPriority < 0) {
     pnlSamplePriority->clear();
     pnlSamplePriority->setPalette(palette());

@@ -10,6 +10,7 @@ class QColor;
 class QComboBox;
 class QLabel;
 class QListWidget;
+class QPushButton;
 class QTabWidget;
 class TColourStore;
 
@@ -41,8 +42,15 @@ public:
   QListWidget *lbxPriorities;
   QComboBox *cbPriority;
   QLabel *pnlSamplePriority;
+  QPushButton *bbtStatusColour;   // "Colour…" of the selected status
+  QPushButton *bbtPriorityColour; // "Colour…" of the selected priority's code
+
+protected:
+  // Enter or F2 on a line changes its colour instead of closing the dialog.
+  bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+  void UpdateColourButtons();
   void ShowStatus();
   void ShowPriorities();
   void ShowSample();

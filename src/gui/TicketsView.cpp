@@ -1,0 +1,107 @@
+#include "TicketsView.h"
+
+#include "tickets/TicketsModel.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSortFilterProxyModel>
+#include <QStyle>
+#include <QTableView>
+#include <QVBoxLayout>
+
+namespace {
+
+const QString CGuide = QStringLiteral(
+    "<h3>First steps</h3><ol>"
+    "<li><b>Quorvex ITSM API</b>: the service's address and the API account.</li>"
+    "<li><b>Organizations &amp; Teams</b>: the organizations to follow and the teams the report is about.</li>"
+    "<li><b>SMPT Server</b>: the mail server and who receives the report.</li>"
+    "<li><b>Get tickets</b>: the open tickets appear here.</li></ol>");
+
+// The tickets as the grid shows them: sorted and searched, and a warning sign on
+// the tickets where the supervisor added ten exchanges.
+class TShownTickets : public QSortFilterProxyModel
+{
+public:
+  explicit TShownTickets(QObject *parent)
+      : QSortFilterProxyModel(parent), FFlag(QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning))
+  {
+    setSortRole(Qt::EditRole); // numbers and dates in their own order
+    setSortCaseSensitivity(Qt::CaseInsensitive);
+    setSortLocaleAware(true);
+    setFilterCaseSensitivity(Qt::CaseInsensitive);
+    setFilterKeyColumn(-1); // a match in any column
+  }
+
+  QVariant data(const QModelIndex &index, int role) const override
+  {
+    if (role == Qt::DecorationRole && index.column() == TTicketsModel::colType &&
+        QSortFilterProxyModel::data(index, TTicketsModel::TenExchangesRole).toBool())
+      return FFlag;
+    return QSortFilterProxyModel::data(index, role);
+  }
+
+private:
+  QIcon FFlag;
+};
+
+} // namespace
+
+TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
+    : QStackedWidget(parent), FShown(new TShownTickets(this))
+{
+  lblGuide = new QLabel(CGuide);
+  lblGuide->setObjectName(QStringLiteral("lblGuide"));
+  lblGuide->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+  lblGuide->setMargin(16);
+  lblGuide->setWordWrap(true);
+  lblGuide->setFrameShape(QFrame::StyledPanel);
+
+  edtSearch = new QLineEdit;
+  edtSearch->setObjectName(QStringLiteral("edtSearch"));
+  edtSearch->setPlaceholderText(tr("Search the grid"));
+  edtSearch->setClearButtonEnabled(true);
+  connect(edtSearch, &QLineEdit::textChanged, FShown, &QSortFilterProxyModel::setFilterFixedString);
+
+  asgTickets = new QTableView;
+  asgTickets->setObjectName(QStringLiteral("asgTickets"));
+  asgTickets->setAlternatingRowColors(true);
+  asgTickets->setSelectionBehavior(QAbstractItemView::SelectRows);
+  asgTickets->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  QHeaderView *header = asgTickets->horizontalHeader();
+  header->setHighlightSections(false);
+  QFont headerFont = header->font();
+  headerFont.setBold(true);
+  header->setFont(headerFont);
+  asgTickets->verticalHeader()->hide();
+  asgTickets->verticalHeader()->setDefaultSectionSize(asgTickets->fontMetrics().height() + 6);
+  FShown->setSourceModel(&tickets);
+  asgTickets->setModel(FShown);
+  // Unsorted until a header is clicked; a third click returns to the retrieval's order.
+  header->setSortIndicatorClearable(true);
+  header->setSortIndicator(-1, Qt::AscendingOrder);
+  asgTickets->setSortingEnabled(true);
+
+  auto *grid = new QWidget;
+  auto *layout = new QVBoxLayout(grid);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(edtSearch);
+  layout->addWidget(asgTickets, 1);
+
+  addWidget(lblGuide);
+  addWidget(grid);
+  connect(&tickets, &QAbstractItemModel::modelReset, this, [this, grid] {
+    setCurrentWidget(grid);
+    FitColumns();
+  });
+}
+
+void TTicketsView::FitColumns()
+{
+  constexpr int CPadding = 5;
+  asgTickets->resizeColumnsToContents();
+  for (int column = 0; column < FShown->columnCount(); ++column)
+    asgTickets->setColumnWidth(column, asgTickets->columnWidth(column) + CPadding);
+}

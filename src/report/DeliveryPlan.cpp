@@ -1,0 +1,117 @@
+#include "DeliveryPlan.h"
+
+#include "MailSender.h"
+
+#include <QSet>
+
+namespace {
+
+const QString CActive = QStringLiteral("ACTIVE");
+
+// Appends the addresses not yet in `list` nor in `taken`, compared without case.
+void AddNew(QStringList &list, const QStringList &addresses, const QStringList &taken = {})
+{
+  for (const QString &address : addresses)
+    if (!list.contains(address, Qt::CaseInsensitive) && !taken.contains(address, Qt::CaseInsensitive))
+      list.append(address);
+}
+
+QStringList Distinct(const QStringList &addresses)
+{
+  QStringList list;
+  AddNew(list, addresses);
+  return list;
+}
+
+// The rows of one person: the unassigned tickets of their teams, the others
+// assigned to them. A person is every active operator record with that address.
+TReportInput DigestInput(const TReportInput &full, const TReportOutput &report, const QString &address)
+{
+  QSet<std::int32_t> operators;
+  for (const tyRestOperator &op : report.RecipientTo)
+    if (op.status == CActive && op.notificationEmail.compare(address, Qt::CaseInsensitive) == 0)
+      operators.insert(op.id);
+  QSet<std::int32_t> teams;
+  for (const tyRestTeamOperator &link : full.TeamsOperators)
+    if (operators.contains(link.IdOperator))
+      teams.insert(link.IdTeam);
+  TReportInput digest = full;
+  digest.ListRecipients = false;
+  digest.KeepsRow = [operators, teams](TReportSection section, const tyRestTicket &ticket) {
+    return section == TReportSection::Unassigned ? teams.contains(ticket.assignedTeam.id)
+                                                 : operators.contains(ticket.assignedUser.id);
+  };
+  return digest;
+}
+
+bool NothingToReport(const TReportInput &input, const TReportOutput &report)
+{
+  return input.RetrievalWarning.isEmpty() && report.NbUnassigned == 0 && report.NbWithoutUpdate == 0 &&
+         report.NbGt10Exch == 0;
+}
+
+} // namespace
+
+qsizetype TReportMail::RowCount() const
+{
+  qsizetype rows = 0;
+  for (const tyRestTickets &section : Report.Rows)
+    rows += section.size();
+  return rows;
+}
+
+QList<TReportMail> PlanDelivery(const TReportInput &input, const tyDelivery &delivery, const tySMTPserver &smtp,
+                                TColourStore &colours, const TMailReport::TClock &now)
+{
+  TReportInput fullInput = input;
+  fullInput.ListRecipients = delivery.Mode == TDeliveryMode::Report;
+  TReportMail full;
+  full.Report = TMailReport(fullInput, colours, now).Generate();
+  if (delivery.SkipWhenClear && NothingToReport(input, full.Report))
+    return {};
+
+  const QStringList defaultTo = SplitAddresses(smtp.DefaultTo);
+  const QStringList defaultCc = SplitAddresses(smtp.DefaultCC);
+  const QStringList computedTo = Distinct(full.Report.SlRecipientTo);
+  const QStringList &computedCc = full.Report.SlRecipientCc;
+  QList<TReportMail> mails;
+  switch (delivery.Mode) {
+  case TDeliveryMode::Report:
+    full.To = defaultTo;
+    full.Cc = defaultCc;
+    break;
+  case TDeliveryMode::Concerned:
+    full.To = computedTo.isEmpty() ? Distinct(defaultTo) : computedTo;
+    AddNew(full.Cc, computedCc, full.To);
+    if (!computedTo.isEmpty())
+      AddNew(full.Cc, defaultTo, full.To);
+    AddNew(full.Cc, defaultCc, full.To);
+    break;
+  case TDeliveryMode::Personal:
+    for (const QString &address : computedTo) {
+      TReportMail digest;
+      digest.To = QStringList{address};
+      digest.Report = TMailReport(DigestInput(input, full.Report, address), colours, now).Generate();
+      mails.append(digest);
+    }
+    full.To = Distinct(defaultTo);
+    AddNew(full.Cc, computedCc, full.To);
+    AddNew(full.Cc, defaultCc, full.To);
+    break;
+  }
+  mails.append(full);
+  return mails;
+}
+
+void ConfirmationLists(const QList<TReportMail> &mails, TDeliveryMode mode, QStringList &to, QStringList &cc)
+{
+  to.clear();
+  cc.clear();
+  for (const TReportMail &mail : mails) {
+    for (const QString &address : mail.To)
+      to.append(mode == TDeliveryMode::Personal
+                    ? QStringLiteral("%1 (%2 row(s))").arg(address).arg(mail.RowCount())
+                    : address);
+    AddNew(cc, mail.Cc);
+  }
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "MailReport.h"
+#include "core/ConfigTypes.h"
+
+#include <QList>
+#include <QStringList>
+
+// One mail of a delivery: who receives it and the report it carries.
+struct TReportMail
+{
+  QStringList To;
+  QStringList Cc;
+  TReportOutput Report;
+
+  // Rows over the three sections.
+  qsizetype RowCount() const;
+};
+
+// The mails that deliver the report made from `input`, in sending order, by mode:
+// - report: the full report, listing the computed recipients at its end, To the
+//   default receiver "To", Cc the default "Cc";
+// - concerned: the full report To the computed primary addresses, Cc the computed
+//   copies then the default "To" and "Cc"; with no computed primary address, To
+//   the default "To" and Cc the computed copies then the default "Cc";
+// - personal: for each computed primary address, a digest of the rows that
+//   concern that person (in "Unassigned" the tickets of their teams, elsewhere
+//   the tickets assigned to them), To that address alone; then the full report
+//   To the default "To", Cc the computed copies then the default "Cc".
+// Outside "report" an address is never twice in a mail (compared without case)
+// and no report lists the computed recipients. With SkipWhenClear there is no
+// mail at all when the retrieval was complete and no section has a row. Every
+// report reads the clock `now`, so all agree on the ages.
+QList<TReportMail> PlanDelivery(const TReportInput &input, const tyDelivery &delivery, const tySMTPserver &smtp,
+                                TColourStore &colours, const TMailReport::TClock &now);
+
+// What a person confirms before the mails go: the "To" and "CC" lists; in
+// personal mode one "To" line per receiver with the row count of their mail.
+void ConfirmationLists(const QList<TReportMail> &mails, TDeliveryMode mode, QStringList &to, QStringList &cc);

@@ -1,0 +1,43 @@
+#include "TfrmConfirmRecipients.h"
+
+#include "gui/DialogLayout.h"
+
+#include <QLabel>
+#include <QListWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+QListWidget *AddressList(const char *name, const QStringList &addresses)
+{
+  auto *list = new QListWidget;
+  list->setObjectName(QLatin1String(name));
+  list->addItems(addresses);
+  list->setMinimumWidth(420);
+  return list;
+}
+
+} // namespace
+
+TfrmConfirmRecipients::TfrmConfirmRecipients(const QStringList &to, const QStringList &cc, QWidget *parent)
+    : QDialog(parent)
+{
+  setObjectName(QStringLiteral("frmConfirmRecipients"));
+  setWindowTitle(QStringLiteral("Do you confirm sending the email to these recipients?"));
+  lstTo = AddressList("lstTo", to);
+  lstCc = AddressList("lstCc", cc);
+  auto *content = new QWidget;
+  auto *layout = new QVBoxLayout(content);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(new QLabel(QStringLiteral("To")));
+  layout->addWidget(lstTo, 2);
+  layout->addWidget(new QLabel(QStringLiteral("CC")));
+  layout->addWidget(lstCc, 1);
+  SetOkCancelLayout(this, content);
+}
+
+bool ConfirmRecipients(const QStringList &to, const QStringList &cc, QWidget *parent)
+{
+  TfrmConfirmRecipients dialog(to, cc, parent);
+  return dialog.exec() == QDialog::Accepted;
+}

@@ -1,0 +1,164 @@
+// The program's files when the disk refuses them, and who may read them.
+
+#include "core/AtomicFile.h"
+#include "core/Errors.h"
+#include "core/SecretCodec.h"
+#include "core/Settings.h"
+#include "support/TempConfig.h"
+#include "tickets/ColourStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace {
+
+// Makes every write of a regular file beyond `bytes` fail with EFBIG, as a full
+// disk would, for the life of the object.
+class TFileSizeLimit
+{
+public:
+  explicit TFileSizeLimit(rlim_t bytes)
+  {
+    std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &FPrevious);
+    const rlimit limit{bytes, FPrevious.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~TFileSizeLimit() { setrlimit(RLIMIT_FSIZE, &FPrevious); }
+
+private:
+  rlimit FPrevious{};
+};
+
+mode_t ModeOf(const QString &path)
+{
+  struct stat status;
+  return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 0777 : 0;
+}
+
+ino_t InodeOf(const QString &path)
+{
+  struct stat status;
+  return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_ino : 0;
+}
+
+class FilesUnderFaults : public ::testing::Test
+{
+protected:
+  void SetUp() override { FPreviousMask = ::umask(022); }
+  void TearDown() override { ::umask(FPreviousMask); }
+
+  TTempConfig FConfig;
+  QString FIni = FConfig.File("quorvex-followup.ini");
+  mode_t FPreviousMask = 0;
+};
+
+} // namespace
+
+TEST_F(FilesUnderFaults, AWriteThatDoesNotReachTheDiskLeavesTheOldFileWhole)
+{
+  const QByteArray old = "[QuorvexITSM]\nInstance=kept\n";
+  WriteTextFile(FIni, old);
+  tyQuorvexITSM ici;
+  ici.Instance = QString(4000, u'x');
+  {
+    const TFileSizeLimit full(1024);
+    try {
+      SaveConfigITSM(FIni, ici);
+      FAIL() << "a refused write raised nothing";
+    } catch (const EWriteError &error) {
+      EXPECT_EQ(error.Message(), "Unable to write to " + FIni + ": File too large");
+    }
+    EXPECT_THROW(WriteFileAtomically(FConfig.File("report.html"), QByteArray(4000, 'r')), EWriteError);
+  }
+  EXPECT_EQ(ReadTextFile(FIni).toUtf8(), old);
+  EXPECT_FALSE(QFile::exists(FConfig.File("report.html")));
+  // Nothing half-written is left beside it.
+  EXPECT_EQ(QDir(FConfig.Root()).entryList(QDir::Files), QStringList{"quorvex-followup.ini"});
+}
+
+TEST_F(FilesUnderFaults, ASaveThatChangesNoValueWritesNothing)
+{
+  tyQuorvexITSM ici;
+  ici.Instance = "itsm";
+  ici.API.Password = "secret";
+  SaveConfigITSM(FIni, ici);
+  const QString first = ReadTextFile(FIni);
+  const ino_t inode = InodeOf(FIni);
+  tyQuorvexITSM read;
+  TSettingsWarnings warnings;
+  ReadConfigITSM(FIni, read, warnings);
+  SaveConfigITSM(FIni, read); // a secret enciphered anew would differ: a new nonce
+  EXPECT_EQ(InodeOf(FIni), inode);
+  read.API.Token = "new-token";
+  SaveConfigITSM(FIni, read);
+  EXPECT_NE(ReadTextFile(FIni), first);
+
+  // A ticket without a priority has no code: never a key without a name.
+  TColourStore colours(FIni);
+  colours.GetSavedColor("Priority", "");
+  colours.GetSavedColor("Status", "New");
+  const ino_t withColours = InodeOf(FIni);
+  colours.GetSavedColor("Priority", "");
+  EXPECT_EQ(InodeOf(FIni), withColours);
+  EXPECT_FALSE(ReadTextFile(FIni).contains("\n="));
+}
+
+TEST_F(FilesUnderFaults, ADamagedSecretIsWrittenBackAsFoundUntilANewOneIsEntered)
+{
+  WriteTextFile(FIni, "[QuorvexITSM]\nClientSecret=bm90IGEgc2VjcmV0\nPassword=%%%\n[SMTP]\nPassword=AAAA\n");
+  tyQuorvexITSM ici;
+  tySMTPserver smtp;
+  TSettingsWarnings warnings;
+  ReadConfigITSM(FIni, ici, warnings);
+  ReadConfigSMTP(FIni, smtp, warnings);
+  ASSERT_EQ(warnings.size(), 3);
+  EXPECT_TRUE(ici.API.ClientSecret.isEmpty());
+
+  ici.API.Token = "renewed"; // a token renewal saves the group
+  SaveConfigITSM(FIni, ici);
+  SaveConfigSMTP(FIni, smtp);
+  const QString text = ReadTextFile(FIni);
+  EXPECT_TRUE(text.contains("ClientSecret=bm90IGEgc2VjcmV0\n"));
+  EXPECT_TRUE(text.contains("Password=%%%\n"));
+  EXPECT_TRUE(text.contains("[SMTP]\nPassword=AAAA\n"));
+
+  ici.API.Password = "typed again";
+  SaveConfigITSM(FIni, ici);
+  tyQuorvexITSM again;
+  ReadConfigITSM(FIni, again, warnings);
+  EXPECT_EQ(again.API.Password, "typed again");
+  EXPECT_TRUE(ReadTextFile(FIni).contains("ClientSecret=bm90IGEgc2VjcmV0\n"));
+}
+
+TEST_F(FilesUnderFaults, OnlyTheOwnerReadsWhatTheProgramCreates)
+{
+  const QString folder = FConfig.File("Vellmor/vlmQuorvexITSM");
+  MakePrivateFolder(folder);
+  EXPECT_EQ(ModeOf(FConfig.File("Vellmor")), 0700u);
+  EXPECT_EQ(ModeOf(folder), 0700u);
+
+  WriteFileAtomically(folder + "/new.log", "x");
+  EXPECT_EQ(ModeOf(folder + "/new.log"), 0600u);
+
+  // A file the user opened to others keeps its mode, but the settings, which
+  // hold the token and the secrets, are closed at their next save.
+  WriteTextFile(folder + "/shared.html", "x");
+  QFile::setPermissions(folder + "/shared.html", QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                     QFileDevice::ReadGroup | QFileDevice::ReadOther);
+  WriteFileAtomically(folder + "/shared.html", "y");
+  EXPECT_EQ(ModeOf(folder + "/shared.html"), 0644u);
+
+  const QString ini = folder + "/quorvex-followup.ini";
+  WriteTextFile(ini, "[QuorvexITSM]\nInstance=x\n");
+  ::chmod(QFile::encodeName(ini).constData(), 0644);
+  tyQuorvexITSM ici;
+  ici.Instance = "y";
+  SaveConfigITSM(ini, ici);
+  EXPECT_EQ(ModeOf(ini), 0600u);
+}
