@@ -342,10 +342,17 @@ TTicketPage TTicketPageParser::Parse(const QByteArray &body)
   page.Shape = TTicketPage::TShape::Items;
   GSharedTexts = &FParsers->Shared;
   page.Tickets.resize(static_cast<qsizetype>(items.size()));
-  qsizetype i = 0;
-  for (const element item : items)
-    if (!ReadTicket(item, page.Tickets[i++]))
+  // An item that is not a ticket is left out: it would show as a ticket 0 of 1899.
+  qsizetype kept = 0;
+  for (const element item : items) {
+    if (ReadTicket(item, page.Tickets[kept]))
+      ++kept;
+    else {
+      page.Tickets[kept] = tyRestTicket();
       ++page.BadItems;
+    }
+  }
+  page.Tickets.resize(kept);
   return page;
 }
 

@@ -210,7 +210,7 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
       Fail(query, QStringLiteral("NOT JSONObject.TryGetValue<TJSONArray>('content', ContentArray)"), outcome);
       return End(query, false);
     }
-    if (answer.Tickets.isEmpty()) {
+    if (answer.Tickets.isEmpty() && answer.BadItems == 0) {
       // A first page without tickets means that the organization has none,
       // unless it announced some; a later page announced but empty leaves the
       // list incomplete.

@@ -163,12 +163,14 @@ TTicketPage QtTicketPage(const QByteArray &body)
   }
   page.Shape = TTicketPage::TShape::Items;
   const QJsonArray items = content.toArray();
-  page.Tickets.resize(items.size());
   for (qsizetype i = 0; i < items.size(); ++i) {
     std::int32_t id = 0;
-    if (!items.at(i).isObject() || !ReadInteger(items.at(i).toObject(), QStringLiteral("id"), id))
+    if (!items.at(i).isObject() || !ReadInteger(items.at(i).toObject(), QStringLiteral("id"), id)) {
       ++page.BadItems;
-    TicketFromJson(items.at(i).toObject(), page.Tickets[i]);
+      continue;
+    }
+    page.Tickets.emplace_back();
+    TicketFromJson(items.at(i).toObject(), page.Tickets.back());
   }
   return page;
 }
