@@ -38,7 +38,8 @@ public:
   // Sends the request and waits for the answer. Any HTTP status is an answer;
   // only a failure to get one raises ERestTransportError, whose message tells a
   // refused connection, an unknown host, an untrusted certificate, a time-out,
-  // a connection lost mid-answer and an answer above CMaxAnswerBytes apart, with
+  // a connection lost mid-answer, an answer above CMaxAnswerBytes and an unreadable
+  // file of extra authorities apart, with
   // what to do; its details give the address and the network library's words.
   // `body` is sent only when `withBody` is true, whatever the method.
   TAnswer Send(const QByteArray &method, const QUrl &url, const THeaders &headers,
@@ -52,6 +53,7 @@ public:
 private:
   QNetworkAccessManager &FManager;
   QSslConfiguration FSsl;
+  QString FAuthoritiesError;
   std::chrono::milliseconds FTimeout = CDefaultTimeout;
   QDeadlineTimer FDeadline{QDeadlineTimer::Forever};
 };

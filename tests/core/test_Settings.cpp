@@ -323,29 +323,29 @@ TEST_F(SettingsTest, IgnoredStatusesCountFromZero)
 
 TEST_F(SettingsTest, ColourSectionsAreErasedBeforeBeingRewritten)
 {
-  tyRestObject p1;
-  p1._reference = "P1";
-  p1.Text = "INCIDENT - P1";
-  p1.BgColor = 255;
-  tyRestObject s1;
-  s1._reference = "OPEN";
-  s1.BgColor = 16711680;
-  tyRestObject s2;
-  s2._reference = "OLD_CODE";
-  s2.BgColor = 65280;
-  SavePriorities(FPath, {p1});
-  SaveStatus(FPath, {s1, s2});
+  // A priority's long text is its reference, its two-character code its text.
+  const auto object = [](const QString &reference, const QString &text, TColor colour) {
+    tyRestObject o;
+    o._reference = reference;
+    o.Text = text;
+    o.BgColor = colour;
+    return o;
+  };
+  SavePriorities(FPath, {object("INCIDENT - P1", "P1", 255)});
+  SaveStatus(FPath, {object("OPEN", "", 16711680), object("OLD_CODE", "", 65280)});
   QString text = ReadTextFile(FPath);
-  EXPECT_TRUE(text.contains("[PriorityLong]\nP1=INCIDENT - P1\n")) << text.toStdString();
-  EXPECT_TRUE(text.contains("[Priority]\nINCIDENT - P1=255\n"));
+  EXPECT_TRUE(text.contains("[PriorityLong]\nINCIDENT - P1=P1\n")) << text.toStdString();
+  EXPECT_TRUE(text.contains("[Priority]\nP1=255\n"));
   EXPECT_TRUE(text.contains("[Status]\nOPEN=16711680\nOLD_CODE=65280\n"));
 
-  s2._reference = "NEW_CODE";
-  SaveStatus(FPath, {s1, s2});
+  SaveStatus(FPath, {object("OPEN", "", 16711680), object("NEW_CODE", "", 65280)});
+  SavePriorities(FPath, {object("REQUEST - P2", "P2", 128)});
   text = ReadTextFile(FPath);
-  EXPECT_FALSE(text.contains("OLD_CODE"));
-  EXPECT_TRUE(text.contains("NEW_CODE=65280"));
-  EXPECT_TRUE(text.contains("P1=INCIDENT - P1")); // other sections untouched
+  EXPECT_TRUE(text.contains("[Status]\nOPEN=16711680\nNEW_CODE=65280\n")) << text.toStdString();
+  EXPECT_TRUE(text.contains("[PriorityLong]\nREQUEST - P2=P2\n"));
+  EXPECT_TRUE(text.contains("[Priority]\nP2=128\n"));
+  for (const char *stale : {"OLD_CODE", "INCIDENT - P1", "P1="})
+    EXPECT_FALSE(text.contains(stale)) << stale;
 }
 
 TEST_F(SettingsTest, ReadOnlySettingsFileIsNotReplaced)

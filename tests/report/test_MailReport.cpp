@@ -226,11 +226,11 @@ TEST_F(MailReportTest, TenExchangesSectionListsFlaggedTicketsWithBothAges)
 TEST_F(MailReportTest, RecipientsFromTeamsAndAssigneesWithCopiesNeverRepeated)
 {
   // Two unassigned tickets of the Desk team (members 1, 2, 3), a stale ticket of
-  // user 4, and operator 3 inactive.
-  FIn.TeamsOperators = {{10, 1}, {10, 2}, {10, 3}, {20, 4}, {20, 5}};
-  FIn.Operators = {Operator(1, "Ann@Example.org"), Operator(2, "bob@example.org"),
+  // user 4, and operator 3 inactive; addresses come in no order and leave sorted.
+  FIn.TeamsOperators = {{10, 1}, {10, 2}, {10, 3}, {20, 4}, {20, 5}, {20, 6}};
+  FIn.Operators = {Operator(1, "Zoe@Example.org"), Operator(2, "bob@example.org"),
                    Operator(3, "carl@example.org", "INACTIVE"), Operator(4, "dee@example.org"),
-                   Operator(5, "eve@example.org")};
+                   Operator(5, "eve@example.org"), Operator(6, "abe@example.org")};
   tyRestTeam network;
   network.id = 20;
   network.name = "Network";
@@ -242,12 +242,31 @@ TEST_F(MailReportTest, RecipientsFromTeamsAndAssigneesWithCopiesNeverRepeated)
   FIn.Tickets = {Ticket(1), Ticket(2), stale};
 
   const TReportOutput out = Generate();
-  EXPECT_EQ(out.SlRecipientTo, (QStringList{"ann@example.org", "bob@example.org", "dee@example.org"}));
-  EXPECT_EQ(out.SlRecipientCc, QStringList{"eve@example.org"}); // 1-4 are primary (3 inactive but taken)
+  EXPECT_EQ(out.SlRecipientTo, (QStringList{"bob@example.org", "dee@example.org", "zoe@example.org"}));
+  EXPECT_EQ(out.SlRecipientCc, (QStringList{"abe@example.org", "eve@example.org"})); // 1-4 are primary
   EXPECT_EQ(out.RecipientTo.size(), 4);
   const QString html = out.HtmlContent.join('\n');
-  EXPECT_TRUE(html.contains("    ann@example.org, bob@example.org, dee@example.org</p>"));
-  EXPECT_TRUE(html.contains("<p><b>CC:</b><br>\n    eve@example.org</p>"));
+  EXPECT_TRUE(html.contains("    bob@example.org, dee@example.org, zoe@example.org</p>"));
+  EXPECT_TRUE(html.contains("<p><b>CC:</b><br>\n    abe@example.org, eve@example.org</p>"));
+}
+
+TEST_F(MailReportTest, RulesMeasureFromTheirOwnClock)
+{
+  // The tickets were extracted a day before the report is made: the unassigned
+  // rule counts from the extraction, the without-update rule and the ages from now.
+  FIn.ExtractionTickets = CNow - 1;
+  tyRestTicket recent = Ticket(1);
+  recent.creationDate = MinutesAgo(1440 + 10);
+  tyRestTicket late = Ticket(2);
+  late.creationDate = MinutesAgo(1440 + 20);
+  FIn.Tickets = {recent, late, Stale(3, 14.5)};
+  const TReportOutput out = Generate();
+  EXPECT_EQ(out.NbUnassigned, 1);
+  EXPECT_EQ(out.NbWithoutUpdate, 1);
+  const QString html = out.HtmlContent.join('\n');
+  EXPECT_FALSE(html.contains("/all/1\""));
+  EXPECT_TRUE(html.contains("/all/2\""));
+  EXPECT_TRUE(html.contains("(24&nbsp;hours)")) << html.toStdString();
 }
 
 TEST_F(MailReportTest, NoSelectedTeamGivesNoCopies)
