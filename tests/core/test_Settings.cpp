@@ -73,21 +73,6 @@ TEST_F(SettingsTest, MissingFileGivesEveryDefault)
   EXPECT_FALSE(QFile::exists(FPath)); // reading never writes
 }
 
-TEST_F(SettingsTest, EmptyFileGivesTheDefaultsToo)
-{
-  WriteTextFile(FPath, "");
-  tyQuorvexITSM ici;
-  ReadConfigITSM(FPath, ici, FWarnings);
-  EXPECT_EQ(ici.Instance, "acme");
-  EXPECT_EQ(ici.API.TokenValidity, 24);
-  std::int32_t minutes = 0, days = 0;
-  QStringList ignored;
-  ReadConfigFilters(FPath, minutes, days, ignored);
-  EXPECT_EQ(minutes, 15);
-  EXPECT_EQ(ignored, QStringList{"Planned (without SLA)"});
-  EXPECT_TRUE(FWarnings.isEmpty());
-}
-
 TEST_F(SettingsTest, ServiceGroupRoundTripsWithSecretsEnciphered)
 {
   const tyQuorvexITSM written = SampleITSM();
