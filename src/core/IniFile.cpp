@@ -5,14 +5,13 @@
 
 #include "AtomicFile.h"
 #include "Errors.h"
+#include "TextFiles.h"
 #include "Trace.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 #include <QMap>
-#include <QStringConverter>
-#include <QStringDecoder>
 
 struct TIniFile::TData
 {
@@ -44,27 +43,6 @@ struct TIniFile::TData
 
 namespace {
 
-// The file as UTF-8 text: a byte-order mark selects the encoding, without one the
-// file is taken as UTF-8. A missing file is empty; one that exists but cannot be
-// read raises an error, so that defaults are never taken for it and then saved
-// over it.
-QByteArray ReadAsUtf8(const QString &path)
-{
-  QFile file(path);
-  if (!file.exists())
-    return {};
-  if (!file.open(QIODevice::ReadOnly) || QFileInfo(path).isDir())
-    throw EReadError(QStringLiteral("Unable to read ") + path + QStringLiteral(": ") +
-                     (file.error() == QFileDevice::NoError ? QStringLiteral("it is a folder") : file.errorString()));
-  const QByteArray bytes = file.readAll();
-  const auto encoding = QStringConverter::encodingForData(bytes);
-  if (!encoding || *encoding == QStringConverter::Utf8)
-    return bytes;
-  QStringDecoder decoder(*encoding);
-  const QString text = decoder(bytes);
-  return text.toUtf8();
-}
-
 QLocale FloatLocale()
 {
   QLocale locale;
@@ -77,7 +55,9 @@ QLocale FloatLocale()
 TIniFile::TIniFile(const QString &path) : FPath(path), FData(std::make_unique<TData>())
 {
   FData->Ini.SetSpaces(false);
-  const QByteArray utf8 = ReadAsUtf8(path);
+  // A missing file is empty; one that exists but cannot be read raises an error,
+  // so that defaults are never taken for it and then saved over it.
+  const QByteArray utf8 = QFileInfo::exists(path) ? ReadText(path).toUtf8() : QByteArray();
   FData->Ini.LoadData(utf8.constData(), static_cast<size_t>(utf8.size()));
   FData->Loaded = FData->Values();
 }

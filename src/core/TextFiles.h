@@ -3,6 +3,11 @@
 #include <QString>
 #include <QStringList>
 
+// The text of the file at `path`: a byte-order mark selects the encoding and is not
+// part of the text; without one the file is UTF-8. Raises EReadError
+// "Unable to read <path>: <reason>" when the file cannot be read.
+QString ReadText(const QString &path);
+
 enum class TTextEncoding { Utf8, Utf16LeWithBom };
 
 // Writes `lines` to `path`, each followed by `lineBreak`, replacing the file

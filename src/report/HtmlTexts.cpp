@@ -2,12 +2,9 @@
 
 #include "core/AppPaths.h"
 #include "core/TextFiles.h"
-#include "core/Errors.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QStringDecoder>
 
 namespace {
 
@@ -17,21 +14,6 @@ QString ArticleLink(const QString &article, const QString &text)
 {
   return QStringLiteral("<a href=\"") + CKnowledgeBase + article + QStringLiteral("\" target=\"_blank\">") + text +
          QStringLiteral("</a>");
-}
-
-// The file's text: a byte-order mark selects the encoding, UTF-8 otherwise. The
-// mark itself is not part of the text.
-QString ReadText(const QString &path)
-{
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly) || QFileInfo(path).isDir())
-    throw EReadError(QStringLiteral("Unable to read ") + path + QStringLiteral(": ") +
-                     (file.error() == QFileDevice::NoError ? QStringLiteral("it is a folder") : file.errorString()));
-  const QByteArray bytes = file.readAll();
-  if (file.error() != QFileDevice::NoError)
-    throw EReadError(QStringLiteral("Unable to read ") + path + QStringLiteral(": ") + file.errorString());
-  QStringDecoder decoder(QStringConverter::encodingForData(bytes).value_or(QStringConverter::Utf8));
-  return decoder(bytes);
 }
 
 // One list line per line of text, whatever the line break; a break at the very end

@@ -3,6 +3,8 @@
 #include "MailCapture.h"
 #include "SmtpIdentity.h"
 
+#include "core/Errors.h"
+#include "core/ExtraAuthorities.h"
 #include "core/Trace.h"
 
 #include <QDateTime>
@@ -23,7 +25,6 @@ Q_LOGGING_CATEGORY(lcMail, "quorvex.mail")
 
 namespace {
 
-const char *const CExtraCaVariable = "QUORVEX_EXTRA_CA_CERTS";
 constexpr long CConnectTimeoutSeconds = 30;
 constexpr std::int32_t CImplicitTlsPort = 465;
 
@@ -75,14 +76,15 @@ int OnCurlDebug(CURL *, curl_infotype type, char *data, size_t size, void *userD
 // that variable is not set, so that libcurl keeps its own defaults.
 QByteArray TrustedAuthorities(CURL *curl, const tySMTPserver &smtp)
 {
-  const QString extraPath = qEnvironmentVariable(CExtraCaVariable);
-  if (extraPath.isEmpty())
+  QList<QSslCertificate> extra;
+  try {
+    extra = ExtraAuthorities();
+  } catch (const EReadError &error) {
+    throw ESmtpError(QStringLiteral("Unable to send the mail through %1: ").arg(SmtpServerName(smtp)) +
+                     error.Message());
+  }
+  if (extra.isEmpty())
     return {};
-  QFile extra(extraPath);
-  if (!extra.open(QIODevice::ReadOnly))
-    throw ESmtpError(QStringLiteral("Unable to send the mail through %1: the certificates named by %2 cannot be "
-                                    "read from %3: %4")
-                         .arg(SmtpServerName(smtp), QLatin1String(CExtraCaVariable), extraPath, extra.errorString()));
   QByteArray pem;
   char *systemBundle = nullptr;
   if (curl_easy_getinfo(curl, CURLINFO_CAINFO, &systemBundle) == CURLE_OK && systemBundle) {
@@ -93,7 +95,9 @@ QByteArray TrustedAuthorities(CURL *curl, const tySMTPserver &smtp)
       TraceError(lcMail(), QStringLiteral("The system's certificate authorities cannot be read from %1: %2")
                                .arg(system.fileName(), system.errorString()));
   }
-  return pem + extra.readAll();
+  for (const QSslCertificate &certificate : extra)
+    pem += certificate.toPem();
+  return pem;
 }
 
 QByteArray AngleAddress(const QString &address) { return '<' + address.toUtf8() + '>'; }

@@ -1,6 +1,8 @@
 #include "RestTransport.h"
 
 #include "RestErrors.h"
+#include "core/Errors.h"
+#include "core/ExtraAuthorities.h"
 #include "core/Trace.h"
 
 #include <algorithm>
@@ -14,8 +16,6 @@
 #include <QTimer>
 
 namespace {
-
-const char *const CExtraCaVariable = "QUORVEX_EXTRA_CA_CERTS";
 
 // The system's proxy settings, except for the loopback interface that no proxy
 // can serve.
@@ -35,14 +35,6 @@ QSslConfiguration MakeSslConfiguration()
 {
   QSslConfiguration ssl = QSslConfiguration::defaultConfiguration();
   ssl.setPeerVerifyMode(QSslSocket::VerifyPeer);
-  const QString extraPath = qEnvironmentVariable(CExtraCaVariable);
-  if (extraPath.isEmpty())
-    return ssl;
-  const QList<QSslCertificate> extra = QSslCertificate::fromPath(extraPath, QSsl::Pem);
-  if (extra.isEmpty())
-    TraceError(lcRest(), QStringLiteral("%1 names \"%2\", which holds no readable PEM certificate")
-                             .arg(QLatin1String(CExtraCaVariable), extraPath));
-  ssl.addCaCertificates(extra);
   return ssl;
 }
 
@@ -96,6 +88,13 @@ QString TransportDetails(const QNetworkReply &reply, const QList<QSslError> &ssl
 
 TRestTransport::TRestTransport(QNetworkAccessManager &manager) : FManager(manager), FSsl(MakeSslConfiguration())
 {
+  // An unreadable file of extra authorities fails each request with its own words
+  // rather than as a certificate that is not trusted.
+  try {
+    FSsl.addCaCertificates(ExtraAuthorities());
+  } catch (const EReadError &error) {
+    FAuthoritiesError = error.Message();
+  }
   FManager.setProxyFactory(new TSystemProxyFactory); // the manager takes ownership
 }
 
@@ -136,6 +135,12 @@ void TRestTransport::Start(const TRequest &request, TDone done)
             QStringLiteral("the run's time limit had passed, so it was not requested; allow more time with "
                            "--deadline MINUTES"),
             url});
+    });
+    return;
+  }
+  if (!FAuthoritiesError.isEmpty()) {
+    QTimer::singleShot(0, &FManager, [error = FAuthoritiesError, url = request.Url.toString(), done = std::move(done)] {
+      done({std::nullopt, error, url});
     });
     return;
   }

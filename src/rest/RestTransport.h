@@ -62,7 +62,8 @@ public:
   // Sends the request and waits for the answer. Any HTTP status is an answer;
   // only a failure to get one raises ERestTransportError, whose text tells a
   // refused connection, an unknown host, an untrusted certificate, a time-out,
-  // a connection lost mid-answer and an answer above CMaxAnswerBytes apart.
+  // a connection lost mid-answer, an answer above CMaxAnswerBytes and an
+  // unreadable file of extra authorities apart, with what to do.
   TAnswer Send(const TRequest &request);
 
   // Sends the request and returns at once; `done` runs from the event loop with
@@ -84,6 +85,7 @@ private:
   std::unique_ptr<QNetworkAccessManager> FOverflow;
   int FPending = 0;
   QSslConfiguration FSsl;
+  QString FAuthoritiesError;
   std::chrono::milliseconds FTimeout = CDefaultTimeout;
   QDeadlineTimer FDeadline{QDeadlineTimer::Forever};
 };

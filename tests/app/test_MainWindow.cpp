@@ -87,41 +87,6 @@ tyRestTicket Ticket(std::int32_t id, const QString &title, bool tenExchanges)
 
 } // namespace
 
-TEST_F(MainWindow, ShowsEveryStepWithItsCaption)
-{
-  EXPECT_EQ(FWindow->windowTitle(), "Quorvex ITSM tickets follow-up");
-  EXPECT_EQ(FWindow->size(), QSize(784, 561));
-
-  const QList<std::pair<const char *, QString>> captions{
-      {"bbtQuorvexItsmApi", "Quorvex ITSM API"},
-      {"bbtGET_Organization_List", "Organizations && Teams"},
-      {"bbtGetTickets", "Get tickets"},
-      {"bbtGenerateMail", "Generate Mail"},
-      {"bbtSendMail", "Send Mail"},
-      {"bbtSmtpServer", "SMPT Server"},
-      {"bbtTexts", "Texts"},
-      {"bbtFilter", "Filters"},
-      {"bbtStatusAndProperties", "Status && Priorities"},
-  };
-  for (const auto &[name, caption] : captions) {
-    const auto *button = FWindow->findChild<QToolButton *>(name);
-    ASSERT_NE(button, nullptr) << name;
-    EXPECT_EQ(button->text(), caption) << name;
-    EXPECT_TRUE(button->isVisible()) << name;
-    EXPECT_FALSE(button->icon().isNull()) << name;
-  }
-  for (const char *name : {"bbtSaveGrid", "bbtAbout", "bbtClose"}) {
-    const auto *button = FWindow->findChild<QToolButton *>(name);
-    ASSERT_NE(button, nullptr) << name;
-    EXPECT_TRUE(button->text().isEmpty()) << name;
-    EXPECT_FALSE(button->toolTip().isEmpty()) << name;
-    EXPECT_FALSE(button->icon().isNull()) << name;
-  }
-  const auto *grid = FWindow->findChild<QTableView *>("asgTickets");
-  ASSERT_NE(grid, nullptr);
-  EXPECT_TRUE(grid->model() == nullptr || grid->model()->rowCount() == 0);
-}
-
 TEST_F(MainWindow, ModeImagesSwapForTheUnattendedRun)
 {
   const auto *normal = FWindow->findChild<QLabel *>("imgBigBrother");

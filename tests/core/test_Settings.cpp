@@ -6,6 +6,7 @@
 #include "tickets/SelectionSettings.h"
 
 #include <QFile>
+#include <tuple>
 #include <gtest/gtest.h>
 
 namespace {
@@ -75,21 +76,6 @@ TEST_F(SettingsTest, MissingFileGivesEveryDefault)
   EXPECT_FALSE(QFile::exists(FPath)); // reading never writes
 }
 
-TEST_F(SettingsTest, EmptyFileGivesTheDefaultsToo)
-{
-  WriteTextFile(FPath, "");
-  tyQuorvexITSM ici;
-  ReadConfigITSM(FPath, ici, FWarnings);
-  EXPECT_EQ(ici.Instance, "acme");
-  EXPECT_EQ(ici.API.TokenValidity, 24);
-  std::int32_t minutes = 0, days = 0;
-  QStringList ignored;
-  ReadConfigFilters(FPath, minutes, days, ignored);
-  EXPECT_EQ(minutes, 15);
-  EXPECT_EQ(ignored, QStringList{"Planned (without SLA)"});
-  EXPECT_TRUE(FWarnings.isEmpty());
-}
-
 TEST_F(SettingsTest, ServiceGroupRoundTripsWithSecretsEnciphered)
 {
   const tyQuorvexITSM written = SampleITSM();
@@ -112,15 +98,12 @@ TEST_F(SettingsTest, ServiceGroupRoundTripsWithSecretsEnciphered)
 
   tyQuorvexITSM read;
   ReadConfigITSM(FPath, read, FWarnings);
-  EXPECT_EQ(read.SaaS, written.SaaS);
-  EXPECT_EQ(read.Instance, written.Instance);
-  EXPECT_EQ(read.API.ClientID, written.API.ClientID);
-  EXPECT_EQ(read.API.ClientSecret, written.API.ClientSecret); // long, with trailing blank
-  EXPECT_EQ(read.API.Username, written.API.Username);
-  EXPECT_EQ(read.API.Password, written.API.Password);
+  const auto fields = [](const tyQuorvexITSM &i) {
+    return std::tie(i.SaaS, i.Instance, i.API.ClientID, i.API.ClientSecret, i.API.Username, i.API.Password,
+                    i.API.TokenValidity, i.API.Token); // the secret is long, with a trailing blank
+  };
+  EXPECT_EQ(fields(read), fields(written));
   EXPECT_DOUBLE_EQ(read.API.TokenRequest, written.API.TokenRequest);
-  EXPECT_EQ(read.API.TokenValidity, written.API.TokenValidity);
-  EXPECT_EQ(read.API.Token, written.API.Token);
   EXPECT_EQ(read.ParallelRequests, 4);
   EXPECT_TRUE(FWarnings.isEmpty());
 }
@@ -158,14 +141,10 @@ TEST_F(SettingsTest, SmtpGroupRoundTrips)
 
   tySMTPserver read;
   ReadConfigSMTP(FPath, read, FWarnings);
-  EXPECT_EQ(read.Server, smtp.Server);
-  EXPECT_EQ(read.Port, 587);
-  EXPECT_FALSE(read.UseSSL);
-  EXPECT_EQ(read.UserName, smtp.UserName);
-  EXPECT_EQ(read.Password, smtp.Password);
-  EXPECT_EQ(read.DefaultTo, smtp.DefaultTo);
-  EXPECT_EQ(read.DefaultCC, "");
-  EXPECT_EQ(read.From, smtp.From);
+  const auto fields = [](const tySMTPserver &m) {
+    return std::tie(m.Server, m.Port, m.UseSSL, m.UserName, m.Password, m.DefaultTo, m.DefaultCC, m.From);
+  };
+  EXPECT_EQ(fields(read), fields(smtp));
 
   // An empty password stays empty: it is not replaced by the built-in one.
   smtp.Password.clear();
@@ -285,27 +264,27 @@ TEST_F(SettingsTest, OrganizationAndTeamListsCountFromOne)
   EXPECT_TRUE(readTeams.isEmpty());
 }
 
-TEST_F(SettingsTest, MissingEntriesBelowTheCountReadAsDefaults)
+TEST_F(SettingsTest, CountsGiveTheListSizeWithinBounds)
 {
-  WriteTextFile(FPath, "[Organizations]\nNb=2\nid_1=5\nname_1=Only\n[Teams]\nNb=-3\n");
-  tyRestOrganizations organizations;
-  tyRestTeams teams;
-  ReadConfigOrgaAndTeams(FPath, organizations, teams);
-  ASSERT_EQ(organizations.size(), 2);
-  EXPECT_EQ(organizations[1].id, -1);
-  EXPECT_EQ(organizations[1].name, "");
-  EXPECT_TRUE(teams.isEmpty());
+  const struct
+  {
+    const char *file;
+    qsizetype organizations, teams;
+  } cases[] = {
+      {"[Organizations]\nNb=2\nid_1=5\nname_1=Only\n[Teams]\nNb=-3\n", 2, 0}, // missing entries read as defaults
+      {"[Teams]\nNb=2000000000\n", 0, 100000},                                // absurd counts are cut
+  };
+  for (const auto &c : cases) {
+    WriteTextFile(FPath, c.file);
+    tyRestOrganizations organizations;
+    tyRestTeams teams;
+    ReadConfigOrgaAndTeams(FPath, organizations, teams);
+    ASSERT_EQ(organizations.size(), c.organizations) << c.file;
+    EXPECT_EQ(teams.size(), c.teams) << c.file;
+    if (c.organizations == 2)
+      EXPECT_EQ(std::tie(organizations[1].id, organizations[1].name), std::make_tuple(-1, QString()));
+  }
 }
-
-TEST_F(SettingsTest, AbsurdCountsAreCut)
-{
-  WriteTextFile(FPath, "[Teams]\nNb=2000000000\n[Filters]\nNbIgnore=2000000000\n");
-  tyRestOrganizations organizations;
-  tyRestTeams teams;
-  ReadConfigOrgaAndTeams(FPath, organizations, teams);
-  EXPECT_EQ(teams.size(), 100000);
-}
-
 TEST_F(SettingsTest, IgnoredStatusesCountFromZero)
 {
   SaveConfigFilters(FPath, 30, 7, {"Waiting", QString::fromUtf8("Résolu")});
@@ -330,29 +309,29 @@ TEST_F(SettingsTest, IgnoredStatusesCountFromZero)
 
 TEST_F(SettingsTest, ColourSectionsAreErasedBeforeBeingRewritten)
 {
-  tyRestObject p1;
-  p1._reference = "P1";
-  p1.Text = "INCIDENT - P1";
-  p1.BgColor = 255;
-  tyRestObject s1;
-  s1._reference = "OPEN";
-  s1.BgColor = 16711680;
-  tyRestObject s2;
-  s2._reference = "OLD_CODE";
-  s2.BgColor = 65280;
-  SavePriorities(FPath, {p1});
-  SaveStatus(FPath, {s1, s2});
+  // A priority's long text is its reference, its two-character code its text.
+  const auto object = [](const QString &reference, const QString &text, TColor colour) {
+    tyRestObject o;
+    o._reference = reference;
+    o.Text = text;
+    o.BgColor = colour;
+    return o;
+  };
+  SavePriorities(FPath, {object("INCIDENT - P1", "P1", 255)});
+  SaveStatus(FPath, {object("OPEN", "", 16711680), object("OLD_CODE", "", 65280)});
   QString text = ReadTextFile(FPath);
-  EXPECT_TRUE(text.contains("[PriorityLong]\nP1=INCIDENT - P1\n")) << text.toStdString();
-  EXPECT_TRUE(text.contains("[Priority]\nINCIDENT - P1=255\n"));
+  EXPECT_TRUE(text.contains("[PriorityLong]\nINCIDENT - P1=P1\n")) << text.toStdString();
+  EXPECT_TRUE(text.contains("[Priority]\nP1=255\n"));
   EXPECT_TRUE(text.contains("[Status]\nOPEN=16711680\nOLD_CODE=65280\n"));
 
-  s2._reference = "NEW_CODE";
-  SaveStatus(FPath, {s1, s2});
+  SaveStatus(FPath, {object("OPEN", "", 16711680), object("NEW_CODE", "", 65280)});
+  SavePriorities(FPath, {object("REQUEST - P2", "P2", 128)});
   text = ReadTextFile(FPath);
-  EXPECT_FALSE(text.contains("OLD_CODE"));
-  EXPECT_TRUE(text.contains("NEW_CODE=65280"));
-  EXPECT_TRUE(text.contains("P1=INCIDENT - P1")); // other sections untouched
+  EXPECT_TRUE(text.contains("[Status]\nOPEN=16711680\nNEW_CODE=65280\n")) << text.toStdString();
+  EXPECT_TRUE(text.contains("[PriorityLong]\nREQUEST - P2=P2\n"));
+  EXPECT_TRUE(text.contains("[Priority]\nP2=128\n"));
+  for (const char *stale : {"OLD_CODE", "INCIDENT - P1", "P1="})
+    EXPECT_FALSE(text.contains(stale)) << stale;
 }
 
 TEST_F(SettingsTest, ReadOnlySettingsFileIsNotReplaced)

@@ -300,19 +300,6 @@ TEST_F(EndToEnd, AFullDiskFailsTheRunAndLosesNoSetting)
   EXPECT_EQ(RunTool({"auto"}).ExitCode, 0);
 }
 
-TEST_F(EndToEnd, DryRunWritesTheReportFilesAndSendsNothing)
-{
-  const TRun run = RunTool({"--dry-run"});
-  EXPECT_EQ(run.ExitCode, 0) << run.Err.toStdString();
-  EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.html"));
-  EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.to"));
-  EXPECT_TRUE(QFile::exists(Folder() + "quorvex-followup.cc"));
-  EXPECT_TRUE(run.Log.contains(" - * Would send: Mail to 3 recipient(s), 111 row(s): leads@example.org… as " +
-                                Folder() + "quorvex-followup_1.eml"))
-      << run.Log.toStdString();
-  EXPECT_TRUE(FSmtp.Messages().isEmpty());
-}
-
 TEST_F(EndToEnd, ATokenRefusedAfterARestartOfTheServiceIsRenewedOnce)
 {
   ASSERT_EQ(RunTool({"auto"}).ExitCode, 0);

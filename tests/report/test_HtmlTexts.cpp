@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QRegularExpression>
 #include <QStringEncoder>
 #include <gtest/gtest.h>
 
@@ -33,12 +32,6 @@ protected:
   TTempConfig FConfig;
 };
 
-QString Link(const QString &text)
-{
-  return QStringLiteral("<a href=\"https://support.quorvex-itsm.example/kb/[a-z-]+\" target=\"_blank\">") + text +
-         QStringLiteral("</a>");
-}
-
 } // namespace
 
 TEST(HtmlTextFileNameTest, FolderOfTheSettingsAndExecutableNameWithoutExtension)
@@ -46,71 +39,6 @@ TEST(HtmlTextFileNameTest, FolderOfTheSettingsAndExecutableNameWithoutExtension)
   EXPECT_EQ(HtmlTextFileName("/home/u/.config/V/q/quorvex-followup.ini", "/usr/bin/quorvex-followup", 1),
             "/home/u/.config/V/q/quorvex-followup_1.html");
   EXPECT_EQ(HtmlTextFileName("/f/tool.ini", "C/tool.exe", 8), "/f/tool_8.html");
-}
-
-TEST(DefaultHtmlTextsTest, ShortBlocksAreExact)
-{
-  const tyHtmlTexts texts = DefaultHtmlTexts();
-  EXPECT_EQ(texts.Unassigned_Title, QStringList{"<h2>Unassigned</h2>"});
-  EXPECT_EQ(texts.Unassigned_With, QStringList{"<p>These tickets are not yet assigned.</p>"});
-  EXPECT_EQ(texts.Unassigned_Without, QStringList{"<p>All tickets have been assigned.</p>"});
-  EXPECT_EQ(texts.WithoutUpdate_Title, QStringList{"<h2>Without update</h2>"});
-  EXPECT_EQ(texts.WithoutUpdate_With,
-            (QStringList{"<p>These tickets have not been updated for more than %NBDAYS% days.</p>",
-                         "<p>If the task associated with the ticket is scheduled, change the ticket status from "
-                         "\"Waiting\" to \"Planned (without SLA)\" and it will no longer appear in this list.</p>"}));
-  EXPECT_EQ(texts.WithoutUpdate_Without, QStringList{"<p>All tickets have been updated recently.</p>"});
-}
-
-TEST(DefaultHtmlTextsTest, TenExchangesBlockLinksTheArticles)
-{
-  const QStringList lines = DefaultHtmlTexts().More10;
-  ASSERT_EQ(lines.size(), 5);
-  EXPECT_EQ(lines[0], "<h2>&gt; 10 exchanges</h2>");
-  EXPECT_EQ(lines[1], "<p>10 exchanges have been added automatically by the supervisor, no exchanges will be added "
-                      "to this ticket during the next executions of the control.</p>");
-  EXPECT_TRUE(QRegularExpression("^<p>The explanation for this message is described in " + Link("this article") +
-                                 "\\.</p>$")
-                  .match(lines[2])
-                  .hasMatch())
-      << lines[2].toStdString();
-  EXPECT_TRUE(QRegularExpression("^<p>Was this ticket managed in accordance with the recommendations in the article " +
-                                 Link("How do I manage tickets created following a monitoring alert\\?") + "\\.</p>$")
-                  .match(lines[3])
-                  .hasMatch())
-      << lines[3].toStdString();
-  EXPECT_EQ(lines[4], "<p>Would it be wise to set up a maintenance window until the issue is resolved?</p>");
-}
-
-TEST(DefaultHtmlTextsTest, WhyBlockHasItsElevenLines)
-{
-  const QStringList lines = DefaultHtmlTexts().Why;
-  ASSERT_EQ(lines.size(), 11);
-  EXPECT_EQ(lines[0], "<h2>Why did I receive this email?</h2>");
-  EXPECT_EQ(lines[1], "<p>The first reason: you have an active account in the <a href=\"%QUORVEX_ITSM%\" "
-                      "target=\"_blank\">Quorvex ITSM</a> application.</p>");
-  EXPECT_TRUE(QRegularExpression(
-                  "^<p>If you no longer use this application or no longer work for the organizations listed at the "
-                  "beginning of the email, request that your account be deactivated or modified by creating " +
-                  Link("a ticket") +
-                  "\\. Create a new request for the Vellmor organization and select the template "
-                  "\"Operator creation / deletion request\"\\.</p>$")
-                  .match(lines[2])
-                  .hasMatch())
-      << lines[2].toStdString();
-  EXPECT_EQ(lines[3], "<h3>You received the email as the primary recipient.</h3>");
-  EXPECT_EQ(lines[4], "<p>There are two possibilities:</p>");
-  EXPECT_EQ(lines[5], "<ol>");
-  EXPECT_EQ(lines[6], "  <li>If there are unassigned tickets and you are part of the team to which the ticket is "
-                      "assigned, you will receive this email because someone on the team needs to assign the "
-                      "ticket.</li>");
-  EXPECT_EQ(lines[7], "  <li>Or one of the tickets without updates, or one of the tickets with more than 10 "
-                      "automatic exchanges is assigned to you.</li>");
-  EXPECT_EQ(lines[8], "</ol>");
-  EXPECT_EQ(lines[9], "<h3>You are copied on the email.</h3>");
-  EXPECT_EQ(lines[10], "<p>If you are copied on this email, it means that you are part of one of the teams for which "
-                       "tickets are analyzed (see the list at the top of the page). You are receiving this email "
-                       "for informational purposes only.</p>");
 }
 
 TEST_F(HtmlTextsTest, MissingFilesGiveTheDefaultsAndAreNotCreated)

@@ -3,10 +3,10 @@
 #include "support/TempConfig.h"
 
 #include <QApplication>
-#include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QLabel>
 #include <QTabWidget>
 #include <QTextBlock>
 #include <QTextDocument>
@@ -22,14 +22,6 @@ tyHtmlTexts Sample()
   tyHtmlTexts texts = DefaultHtmlTexts();
   texts.Unassigned_Without = {};
   texts.More10 = {"<h2>More</h2>", "", "<p>end</p>"};
-  return texts;
-}
-
-QStringList TabTexts(const QTabWidget *tabs)
-{
-  QStringList texts;
-  for (int i = 0; i < tabs->count(); ++i)
-    texts.append(tabs->tabText(i));
   return texts;
 }
 
@@ -61,23 +53,6 @@ QTextCharFormat FormatAt(const QTextBlock &block, int position)
 }
 
 } // namespace
-
-TEST(HtmlTextsDialogTest, FourTabsWithTheSectionPagesAndOneEditorPerBlock)
-{
-  TfrmHtmlTexts dialog;
-  EXPECT_EQ(dialog.windowTitle(), "Texts");
-  EXPECT_EQ(TabTexts(dialog.PageControl), (QStringList{"Unassigned", "Without Update", "> 10 Exchanges", "Why ?"}));
-  const QStringList pages{"Title", "If tickets are found", "If everything is OK"};
-  EXPECT_EQ(TabTexts(dialog.pcUnassigned), pages);
-  EXPECT_EQ(TabTexts(dialog.pcWithoutUpdate), pages);
-  for (const int number : {10, 11, 12, 20, 21, 22, 30, 40}) {
-    ASSERT_NE(dialog.Editor(number), nullptr) << number;
-    ASSERT_NE(dialog.Preview(number), nullptr) << number;
-    EXPECT_EQ(dialog.Editor(number)->property("Tag").toInt(), number);
-  }
-  EXPECT_TRUE(dialog.pcWithoutUpdate->widget(1)->isAncestorOf(dialog.Editor(21)));
-  EXPECT_TRUE(dialog.PageControl->widget(3)->isAncestorOf(dialog.Preview(40)));
-}
 
 TEST(HtmlTextsDialogTest, BlocksGoToTheirEditorsAndComeBackUnchanged)
 {

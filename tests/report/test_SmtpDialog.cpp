@@ -7,7 +7,6 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QJsonArray>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -68,25 +67,6 @@ struct TRecorder
 };
 
 } // namespace
-
-TEST(SmtpDialogTest, ShowsEveryFieldWithItsLabel)
-{
-  TfrmSMTP dialog;
-  dialog.Fill(Settings());
-  EXPECT_EQ(dialog.windowTitle(), "SMTP");
-  EXPECT_EQ(dialog.ledtPort->text(), "587");
-  EXPECT_TRUE(dialog.chkSSL->isChecked());
-  EXPECT_EQ(dialog.chkSSL->text(), "SSL");
-  EXPECT_EQ(dialog.ledtPassword->echoMode(), QLineEdit::Password);
-  EXPECT_EQ(dialog.BitBtn1->text(), "Test");
-  QStringList labels;
-  for (const QLabel *label : dialog.findChildren<QLabel *>())
-    labels.append(label->text());
-  for (const char *label : {"SMTP Server", "Port", "Username", "Password", "Default receiver \"To\"",
-                            "Default receiver \"Cc\"", "Sender address"})
-    EXPECT_TRUE(labels.contains(QLatin1String(label))) << label;
-  EXPECT_TRUE(Same(dialog.Values(), Settings()));
-}
 
 TEST(SmtpDialogTest, OkTrimsServerAndUserOnlyAndFallsBackToPort25)
 {

@@ -170,16 +170,26 @@ TEST_F(Token, TransportFailuresRaiseWithDistinctTextsAndLeaveTheRequestTime)
   EXPECT_TRUE(failure(FSettings).startsWith(QString("no answer from %1 within 0.3 s (time-out)").arg(FService.Instance())));
 }
 
-TEST_F(Token, CertificateNotTrustedWithoutTheExtraAuthorities)
+TEST_F(Token, CertificateTrustNeedsTheExtraAuthoritiesAndAnUnreadableFileIsNamed)
 {
-  qunsetenv("QUORVEX_EXTRA_CA_CERTS");
-  QNetworkAccessManager manager;
-  TdmRest distrustful(manager);
-  try {
-    distrustful.GetToken(FSettings);
-    ADD_FAILURE() << "the demo certificate was trusted";
-  } catch (const ERestTransportError &error) {
-    EXPECT_TRUE(error.Message().startsWith(QString("the certificate of %1 is not trusted").arg(FService.Instance())))
-        << error.Message().toStdString();
+  const struct
+  {
+    const char *extra; // QUORVEX_EXTRA_CA_CERTS, or null for unset
+    QString expected;
+  } cases[] = {
+      {nullptr, QString("the certificate of %1 is not trusted").arg(FService.Instance())},
+      {"/nonexistent/ca.pem",
+       "The certificate authorities named by QUORVEX_EXTRA_CA_CERTS cannot be read from /nonexistent/ca.pem"},
+  };
+  for (const auto &c : cases) {
+    c.extra ? qputenv("QUORVEX_EXTRA_CA_CERTS", c.extra) : qunsetenv("QUORVEX_EXTRA_CA_CERTS");
+    QNetworkAccessManager manager;
+    TdmRest distrustful(manager);
+    try {
+      distrustful.GetToken(FSettings);
+      ADD_FAILURE() << "the demo certificate was trusted";
+    } catch (const ERestTransportError &error) {
+      EXPECT_TRUE(error.Message().startsWith(c.expected)) << error.Message().toStdString();
+    }
   }
 }

