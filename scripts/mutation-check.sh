@@ -28,8 +28,8 @@ mutations=(
   "script addresses kept|src/report/HtmlSafety.cpp|s/if \(!scriptUrl.match\(decoded\).hasMatch\(\) && /if (/|test_mail_report|^(MailReportTest|HtmlSafety)\."
   "token reused three hours too long|src/rest/dRest.cpp|s/api.TokenValidity, 9, &hours/api.TokenValidity, 6, \&hours/|test_rest_token|^Token\."
   "no default exempt status|src/core/Settings.cpp|s/if \(count <= 0\) \{\n    statusToIgnore.append/if (count < 0) {\n    statusToIgnore.append/|test_settings|^SettingsTest\."
-  "paging bound one page longer|src/rest/dRestTickets.cpp|s/\/ CPageSize \+ 1\)/\/ CPageSize + 2)/|test_rest_tickets|^TicketsList\."
-  "surplus tickets kept|src/rest/dRestTickets.cpp|s/  if \(totalElements >= 0 && result.size\(\) > totalElements\)\n    result.resize\(totalElements\);\n//|test_rest_tickets|^TicketsList\."
+  "paging bound one page longer|src/rest/TicketPage.h|s/\/ CTicketPageSize \+ 1\)/\/ CTicketPageSize + 2)/|test_rest_tickets|^TicketsList\."
+  "surplus tickets kept|src/rest/TicketRetrieval.cpp|s/  if \(trim && query.TotalElements >= 0 && tickets.size\(\) > query.TotalElements\)\n    tickets.resize\(query.TotalElements\);\n//|test_rest_tickets|^TicketsList\."
   "French notices not merged|src/tickets/TenExchanges.cpp|s/  for \(const tyRestTicket &ticket : foundFrench\)\n    flagged.insert\(ticket.id\);\n//|test_selection|^TenExchanges\."
   "Filters dialog not copied back on OK|src/tickets/gui/TfrmFilters.cpp|s/  statuses = dialog.Statuses\(\);\n//|test_ticket_dialogs|^FiltersDialog\."
 )

@@ -2,6 +2,7 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -365,6 +366,7 @@ std::optional<std::int32_t> TTicketPageParser::AnnouncedPages(const QByteArray &
       document.get_object().get(answer) != simdjson::SUCCESS)
     return std::nullopt;
   std::optional<std::int32_t> pages;
+  std::optional<std::int32_t> elements;
   bool items = false;
   for (auto member : answer) {
     std::string_view key;
@@ -376,6 +378,12 @@ std::optional<std::int32_t> TTicketPageParser::AnnouncedPages(const QByteArray &
                       number >= 0 && number <= std::numeric_limits<std::int32_t>::max()
                   ? std::optional<std::int32_t>(static_cast<std::int32_t>(number))
                   : std::nullopt;
+    } else if (key == "totalNumberOfElements") {
+      double number = 0;
+      elements = member.value().get_double().get(number) == simdjson::SUCCESS && number == std::trunc(number) &&
+                         number >= 0 && number <= std::numeric_limits<std::int32_t>::max()
+                     ? std::optional<std::int32_t>(static_cast<std::int32_t>(number))
+                     : std::nullopt;
     } else if (key == "content") {
       simdjson::ondemand::array content;
       bool empty = true;
@@ -383,5 +391,7 @@ std::optional<std::int32_t> TTicketPageParser::AnnouncedPages(const QByteArray &
               content.is_empty().get(empty) == simdjson::SUCCESS && !empty;
     }
   }
+  if (pages && elements)
+    pages = std::min(*pages, MaxPagesFor(*elements));
   return items ? pages : std::nullopt;
 }

@@ -29,6 +29,16 @@ struct TTicketPage
   qsizetype BadItems = 0;
 };
 
+// Tickets per page of the open-ticket list.
+inline constexpr std::int32_t CTicketPageSize = 500;
+
+// The most pages worth reading for `totalElements` announced tickets: what they
+// fill, plus one. More pages than that mean an answer that cannot be trusted.
+inline std::int32_t MaxPagesFor(std::int32_t totalElements)
+{
+  return static_cast<std::int32_t>((qint64(totalElements) + CTicketPageSize - 1) / CTicketPageSize + 1);
+}
+
 // Reads ticket pages with simdjson straight into the records. A member that is
 // absent, null or of another type leaves its field at the zero value; when a
 // member appears twice the last one counts, as for any JSON object reader.
@@ -44,9 +54,10 @@ public:
 
   TTicketPage Parse(const QByteArray &body);
 
-  // The number of pages announced by a page whose "content" holds items, read
-  // without mapping them (for starting the next pages early); nothing for any
-  // other page, when unsure.
+  // The number of pages announced by a page whose "content" holds items, no
+  // more than its announced tickets can fill (MaxPagesFor), read without mapping
+  // them (for starting the next pages early); nothing for any other page, when
+  // unsure.
   std::optional<std::int32_t> AnnouncedPages(const QByteArray &body);
 
 private:

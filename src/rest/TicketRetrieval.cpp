@@ -10,16 +10,9 @@
 
 namespace {
 
-constexpr std::int32_t CPageSize = 500;
 // Marks of the trace lines that are not a page number.
 constexpr std::int32_t CFailureLine = -1;
 constexpr std::int32_t CPlainLine = -2;
-
-// Pages needed for `totalElements` tickets, plus one.
-std::int32_t MaxPagesFor(std::int32_t totalElements)
-{
-  return static_cast<std::int32_t>((qint64(totalElements) + CPageSize - 1) / CPageSize + 1);
-}
 
 // Room made at once for the announced tickets, up to this many: beyond it the
 // list grows as the pages come (an announced total is no promise).

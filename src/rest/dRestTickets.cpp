@@ -9,14 +9,14 @@
 
 namespace {
 
-constexpr std::int32_t CPageSize = 500;
+
 
 // The paging request travels in the body of the GET, as the service expects.
 QByteArray PageRequest(std::int32_t organizationId, std::int32_t page, const QString &search)
 {
   QJsonObject body{{QStringLiteral("organizationId"), organizationId},
                    {QStringLiteral("page"), page},
-                   {QStringLiteral("pageSize"), CPageSize}};
+                   {QStringLiteral("pageSize"), CTicketPageSize}};
   if (!search.isEmpty())
     body.insert(QStringLiteral("search"), search);
   body.insert(QStringLiteral("sort"),
