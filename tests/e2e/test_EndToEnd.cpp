@@ -466,6 +466,9 @@ struct TDeliveryCase
   QString FullCc;
 };
 
+// The mode names the case in the test's output.
+void PrintTo(const TDeliveryCase &deliveryCase, std::ostream *out) { *out << deliveryCase.Mode; }
+
 class DeliveryEndToEnd : public EndToEnd, public ::testing::WithParamInterface<TDeliveryCase>
 {
 };
