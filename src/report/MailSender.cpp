@@ -25,11 +25,6 @@ Q_LOGGING_CATEGORY(lcMail, "quorvex.mail")
 
 namespace {
 
-// libcurl's global start-up (which also starts OpenSSL and the libraries it
-// uses) is unsafe while any other thread runs, and mail is sent from a thread
-// of its own: it is done once as the program loads, before any thread exists.
-const CURLcode CCurlStart = curl_global_init(CURL_GLOBAL_DEFAULT);
-
 constexpr long CConnectTimeoutSeconds = 30;
 constexpr std::int32_t CImplicitTlsPort = 465;
 
@@ -222,7 +217,7 @@ void Transfer(const tySMTPserver &smtp, const TMailMessage &message, TMailCaptur
   TraceValue(lcMail(), "Subject", message.Subject);
   if (message.To.isEmpty())
     throw ESmtpError(QStringLiteral("Unable to send the mail through %1: no recipient").arg(server));
-  Check(CCurlStart, server, "start-up");
+  Check(StartMailSending(), server, "start-up");
 
   std::unique_ptr<CURL, TCurlCleanup> handle(curl_easy_init());
   if (!handle)
@@ -332,6 +327,12 @@ void Transfer(const tySMTPserver &smtp, const TMailMessage &message, TMailCaptur
 }
 
 } // namespace
+
+CURLcode StartMailSending()
+{
+  static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
+  return started;
+}
 
 void SendMail(const tySMTPserver &smtp, const TMailMessage &message, std::chrono::seconds timeout)
 {

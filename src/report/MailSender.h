@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <chrono>
+#include <curl/curl.h>
 
 // A mail that could not be delivered to the SMTP server: refused connection,
 // TLS failure, refused login or recipient, timeout. The message names the server
@@ -47,6 +48,10 @@ struct TMailMessage
 // exchange, the closing of the connection included, ends within `timeout`.
 // Raises ESmtpError on any failure; nothing is retried.
 inline constexpr std::chrono::seconds CSmtpTimeout{120};
+// Starts libcurl once and returns how that went. Its start-up (which also starts
+// OpenSSL) is unsafe while another thread runs: call this on the main thread
+// before any mail goes from a thread of its own.
+CURLcode StartMailSending();
 void SendMail(const tySMTPserver &smtp, const TMailMessage &message, std::chrono::seconds timeout = CSmtpTimeout);
 
 // The mail exactly as SendMail would send it (headers and body, CR LF line

@@ -7,6 +7,7 @@
 #include "core/Trace.h"
 #include "report/DeliveryPlan.h"
 #include "report/MailReport.h"
+#include "report/MailSender.h"
 #include "report/ReportFiles.h"
 #include "report/ReportSending.h"
 #include "report/SmtpIdentity.h"
@@ -110,6 +111,7 @@ QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConf
   const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
   progress.LoadingSetTitle(FDryRun ? QStringLiteral("Writing the mails…")
                                    : QStringLiteral("Sending to %1…").arg(SmtpServerName(FSmtp)));
+  StartMailSending();
   RunOffThread([&] { DeliverReport(FSmtp, mails, options, Colours()); });
   TraceValue(lcApp(), "Mails", static_cast<int>(mails.size()));
   return texts;

@@ -4,6 +4,7 @@
 #include "core/OffThread.h"
 #include "core/uTools.h"
 #include "gui/DialogLayout.h"
+#include "report/MailSender.h"
 #include "report/ReportSending.h"
 #include "report/SmtpIdentity.h"
 #include "tickets/gui/TfrmLoading.h"
@@ -231,6 +232,7 @@ void TfrmSMTP::BitBtn1Click()
     });
     progress.LoadingSetTitle(QStringLiteral("Sending to %1…").arg(SmtpServerName(smtp)));
     try {
+      StartMailSending();
       RunOffThread([&] { FActions.Send(smtp, recipient); });
     } catch (const EQuorvexError &error) {
       failure = error.Message();
