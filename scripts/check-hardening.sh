@@ -12,6 +12,7 @@ fuzz_seconds="${QUORVEX_FUZZ_SECONDS:-30}"
 jobs="${QUORVEX_JOBS:-2}"
 export ASAN_OPTIONS="detect_leaks=1:abort_on_error=1:strict_string_checks=1"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
+export LSAN_OPTIONS="suppressions=$PWD/scripts/lsan-suppressions.txt:print_suppressions=0"
 
 sanitize="-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer"
 if [ ! -f build-asan/CMakeCache.txt ]; then
