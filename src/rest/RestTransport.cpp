@@ -128,19 +128,15 @@ TRestTransport::TAnswer TRestTransport::Send(const TRequest &request)
 
 void TRestTransport::Start(const TRequest &request, TDone done)
 {
-  if (FDeadline.hasExpired()) {
-    // Answered from the event loop all the same, as every other request.
-    QTimer::singleShot(0, &FManager, [url = request.Url.toString(), done = std::move(done)] {
-      done({std::nullopt,
-            QStringLiteral("the run's time limit had passed, so it was not requested; allow more time with "
-                           "--deadline MINUTES"),
-            url});
-    });
-    return;
-  }
-  if (!FAuthoritiesError.isEmpty()) {
-    QTimer::singleShot(0, &FManager, [error = FAuthoritiesError, url = request.Url.toString(), done = std::move(done)] {
-      done({std::nullopt, error, url});
+  const QString refusal =
+      FDeadline.hasExpired()
+          ? QStringLiteral("the run's time limit had passed, so it was not requested; allow more time with "
+                           "--deadline MINUTES")
+          : FAuthoritiesError;
+  if (!refusal.isEmpty()) {
+    // Not sent, but answered from the event loop all the same, as every other request.
+    QTimer::singleShot(0, &FManager, [refusal, url = request.Url.toString(), done = std::move(done)] {
+      done({std::nullopt, refusal, url});
     });
     return;
   }

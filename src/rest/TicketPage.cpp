@@ -365,6 +365,14 @@ std::optional<std::int32_t> TTicketPageParser::AnnouncedPages(const QByteArray &
   if (FParsers->OnDemand.iterate(text).get(document) != simdjson::SUCCESS ||
       document.get_object().get(answer) != simdjson::SUCCESS)
     return std::nullopt;
+  // A whole number that fits a 32-bit count, or nothing.
+  const auto count = [](auto value) -> std::optional<std::int32_t> {
+    double number = 0;
+    if (value.get_double().get(number) != simdjson::SUCCESS || number != std::trunc(number) || number < 0 ||
+        number > std::numeric_limits<std::int32_t>::max())
+      return std::nullopt;
+    return static_cast<std::int32_t>(number);
+  };
   std::optional<std::int32_t> pages;
   std::optional<std::int32_t> elements;
   bool items = false;
@@ -373,17 +381,9 @@ std::optional<std::int32_t> TTicketPageParser::AnnouncedPages(const QByteArray &
     if (member.unescaped_key().get(key) != simdjson::SUCCESS)
       return std::nullopt;
     if (key == "totalNumberOfPages") {
-      double number = 0;
-      pages = member.value().get_double().get(number) == simdjson::SUCCESS && number == std::trunc(number) &&
-                      number >= 0 && number <= std::numeric_limits<std::int32_t>::max()
-                  ? std::optional<std::int32_t>(static_cast<std::int32_t>(number))
-                  : std::nullopt;
+      pages = count(member.value());
     } else if (key == "totalNumberOfElements") {
-      double number = 0;
-      elements = member.value().get_double().get(number) == simdjson::SUCCESS && number == std::trunc(number) &&
-                         number >= 0 && number <= std::numeric_limits<std::int32_t>::max()
-                     ? std::optional<std::int32_t>(static_cast<std::int32_t>(number))
-                     : std::nullopt;
+      elements = count(member.value());
     } else if (key == "content") {
       simdjson::ondemand::array content;
       bool empty = true;

@@ -9,8 +9,6 @@
 
 namespace {
 
-
-
 // The paging request travels in the body of the GET, as the service expects.
 QByteArray PageRequest(std::int32_t organizationId, std::int32_t page, const QString &search)
 {
