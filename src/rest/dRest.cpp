@@ -51,7 +51,7 @@ QString TdmRest::GetQuorvexItsmUrl(const tyQuorvexITSM &settings)
   return QStringLiteral("https://") + settings.Instance;
 }
 
-bool TdmRest::GetToken(tyQuorvexITSM &settings)
+TRestResult<> TdmRest::GetToken(tyQuorvexITSM &settings)
 {
   const TraceScope trace(lcRest(), "TdmRest.GetToken");
   BeginCall();
@@ -63,7 +63,7 @@ bool TdmRest::GetToken(tyQuorvexITSM &settings)
   if (!api.Token.isEmpty() && expiry > NowDateTime()) {
     FToken = api.Token;
     qCDebug(lcRest()).noquote() << QStringLiteral("Utilisation du précédent Token: ") + MaskToken(FToken);
-    return true;
+    return Finish(std::monostate());
   }
 
   const QByteArray body = "grant_type=password&client_id=" + FormValue(api.ClientID) + '&' +
@@ -75,8 +75,9 @@ bool TdmRest::GetToken(tyQuorvexITSM &settings)
   try {
     answer = FTransport.Send({"POST", QUrl(url), {{"Content-Type", "application/x-www-form-urlencoded"}}, body, true});
   } catch (const ERestTransportError &error) {
+    TraceFailure(lcRest(), QStringLiteral("Erreur OAuth2: ") + error.Message());
     Remember(error.Message(), error.Details());
-    throw;
+    return Finish(std::monostate());
   }
   api.TokenRequest = NowDateTime();
   FLastUrl = url;
@@ -86,17 +87,17 @@ bool TdmRest::GetToken(tyQuorvexITSM &settings)
 
   if (answer.Status != 200) {
     Fail(QStringLiteral("Erreur OAuth2: %1 - %2").arg(answer.Status).arg(answer.StatusText));
-    return false;
+    return Finish(std::monostate());
   }
   const QJsonValue token = QJsonDocument::fromJson(answer.Body).object().value(QStringLiteral("access_token"));
   if (!token.isString() || token.toString().isEmpty()) {
     Fail(QStringLiteral("Erreur : Token non trouvé dans la réponse"));
-    return false;
+    return Finish(std::monostate());
   }
   FToken = token.toString();
   api.Token = FToken;
   qCDebug(lcRest()).noquote() << QStringLiteral("Token reçu : ") + MaskToken(FToken);
-  return true;
+  return Finish(std::monostate());
 }
 
 bool TdmRest::TokenOk() const
@@ -109,8 +110,7 @@ bool TdmRest::TokenOk() const
 
 void TdmRest::BeginCall()
 {
-  FLastFailed = false;
-  FLastFailure = TRestFailure();
+  FCallFailure.reset();
   FLastUrl.clear();
   FLastStatus = 0;
   FLastStatusText.clear();
@@ -119,9 +119,8 @@ void TdmRest::BeginCall()
 
 void TdmRest::Remember(const QString &reason, const QString &details)
 {
-  if (!FLastFailed)
-    FLastFailure = TRestFailure{reason, details};
-  FLastFailed = true;
+  if (!FCallFailure)
+    FCallFailure = TRestFailure{reason, details};
 }
 
 void TdmRest::Fail(const QString &message)
@@ -176,11 +175,9 @@ bool TdmRest::RenewRefusedToken()
   if (!FTokenRefused)
     return false;
   // The token request starts a call of its own; the query under way keeps its state.
-  const bool failed = FLastFailed;
-  const TRestFailure failure = FLastFailure;
+  const std::optional<TRestFailure> failure = FCallFailure;
   const bool renewed = FTokenRefused();
-  FLastFailed = failed;
-  FLastFailure = failure;
+  FCallFailure = failure;
   return renewed;
 }
 

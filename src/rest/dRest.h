@@ -1,6 +1,7 @@
 #pragma once
 
 #include "RestFailure.h"
+#include "RestResult.h"
 #include "RestTransport.h"
 #include "TicketRetrieval.h"
 #include "uTypes.h"
@@ -10,6 +11,8 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <optional>
+#include <utility>
 
 class EQuorvexError;
 class QNetworkAccessManager;
@@ -19,10 +22,11 @@ class QNetworkAccessManager;
 // from the user-interface thread only; each call blocks until the service has
 // answered (windows keep painting meanwhile).
 //
-// A query never raises for a bad answer or a network failure: it writes the
-// failure to the trace and returns what it has, usually an empty list. Besides,
-// LastCallFailed() tells whether the last call could not retrieve everything, so
-// that an unattended run can tell "nothing there" from "could not retrieve".
+// No call raises for a bad answer or a network failure (unknown host, refused
+// connection, untrusted certificate, time-out): it writes the failure to the
+// trace and returns a TRestResult with what it has, usually an empty list, and
+// the failure, so that the caller can tell "nothing there" from "could not
+// retrieve" where it makes the call.
 //
 // A service that answers 401 to a query no longer accepts the token, whatever
 // its age: the module drops it, asks the token-refused handler for a new one and,
@@ -49,10 +53,10 @@ public:
   // Reuses settings.API.Token while it is younger than TokenValidity - 9 hours,
   // otherwise asks the service for a new one with the password grant. Sets
   // TokenRequest whenever a request was answered, and Token when a new one came.
-  // Returns whether a token is in force. A transport failure (unknown host,
-  // refused connection, untrusted certificate, time-out) raises
-  // ERestTransportError; a token validity whose hours overflow raises ERangeError.
-  bool GetToken(tyQuorvexITSM &settings);
+  // Fails when no token came (a refusal, an answer without one, a transport
+  // failure); only a token validity whose hours overflow raises (ERangeError),
+  // as it is a fault of the settings, not of the service.
+  TRestResult<> GetToken(tyQuorvexITSM &settings);
 
   // True when the module holds a token; a failed renewal does not clear it.
   bool TokenOk() const;
@@ -62,26 +66,20 @@ public:
 
   // Every open ticket of the organization, 500 a page; `search` restricts them
   // to the service's matches of that text when not empty.
-  tyRestTickets GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
+  TRestResult<tyRestTickets> GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
                                     const QString &search);
   // The same for several queries, settings.ParallelRequests requests at a time
   // (see TTicketRetrieval); `done` gets each query's result in the order of the
-  // queries. Its failures are in the results, not in LastCallFailed().
+  // queries, failures included.
   void GET_TicketsListsOpen(const tyQuorvexITSM &settings, const QList<TTicketQuery> &queries,
                             const TTicketRetrieval::TQueryDone &done);
   // Repository objects of a module and type list, e.g. "TICKETING" and "TICKET_STATUS".
-  tyRestObjects GET_Objects(const tyQuorvexITSM &settings, const QString &module, const QString &types);
-  tyRestOrganizations GET_OrganizationsList(const tyQuorvexITSM &settings);
+  TRestResult<tyRestObjects> GET_Objects(const tyQuorvexITSM &settings, const QString &module, const QString &types);
+  TRestResult<tyRestOrganizations> GET_OrganizationsList(const tyQuorvexITSM &settings);
   // With WithOrganizations, one more request per team fills its organizations.
-  tyRestTeams GET_Teams(const tyQuorvexITSM &settings, bool WithOrganizations);
+  TRestResult<tyRestTeams> GET_Teams(const tyQuorvexITSM &settings, bool WithOrganizations);
   // The first 500 operators.
-  tyRestOperators GET_OperatorsList(const tyQuorvexITSM &settings);
-
-  // Whether the last call (token or query) failed to retrieve what it asked for,
-  // and why (its first failure). An empty list that the service really gave is
-  // not a failure.
-  bool LastCallFailed() const { return FLastFailed; }
-  const TRestFailure &LastFailure() const { return FLastFailure; }
+  TRestResult<tyRestOperators> GET_OperatorsList(const tyQuorvexITSM &settings);
 
   void SetTimeout(std::chrono::milliseconds timeout) { FTransport.SetTimeout(timeout); }
   // No request starts after `deadline` (the call fails as for a network error).
@@ -89,6 +87,11 @@ public:
 
 private:
   void BeginCall();
+  // The call's value with the failure it met, which the next call no longer sees.
+  template <class T> TRestResult<T> Finish(T value)
+  {
+    return {std::move(value), std::exchange(FCallFailure, std::nullopt)};
+  }
   // Writes the error trace and remembers the failure: an answer refused by its
   // HTTP status, or else an answer not understood.
   void Fail(const QString &message);
@@ -109,14 +112,14 @@ private:
   // failure trace.
   QJsonArray ArrayAnswer(const QByteArray &body);
 
-  // Remembers the failure unless the call already failed.
+  // Remembers the failure unless the call under way already failed.
   void Remember(const QString &reason, const QString &details);
 
   TRestTransport FTransport;
   QString FToken;
   TTokenRefused FTokenRefused;
-  bool FLastFailed = false;
-  TRestFailure FLastFailure;
+  // The first failure of the call under way.
+  std::optional<TRestFailure> FCallFailure;
   // Address, HTTP status and beginning of the last answer, which a failure
   // then names.
   QString FLastUrl;

@@ -80,7 +80,7 @@ QJsonArray TdmRest::ArrayAnswer(const QByteArray &body)
   return document.array();
 }
 
-tyRestObjects TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString &module, const QString &types)
+TRestResult<tyRestObjects> TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString &module, const QString &types)
 {
   const TraceScope trace(lcRest(), "TdmRest.GET_Objects");
   BeginCall();
@@ -96,7 +96,7 @@ tyRestObjects TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString 
     const QByteArray body = Execute(url, "GET", &emptyObject);
     if (body.isEmpty()) {
       Fail(CEmptyAnswer);
-      return result;
+      return Finish(std::move(result));
     }
     const QJsonDocument document = QJsonDocument::fromJson(body);
     if (!document.isArray()) {
@@ -104,11 +104,11 @@ tyRestObjects TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString 
       // the caller still learns that nothing could be read.
       qCDebug(lcRest()) << "The answer is not a JSON array";
       Remember(NotUnderstoodReason(ServerOf(url)), QStringLiteral("The answer of %1 is not a JSON array").arg(url));
-      return result;
+      return Finish(std::move(result));
     }
     const QJsonArray items = document.array();
     if (items.isEmpty())
-      return result;
+      return Finish(std::move(result));
     TraceValue(lcRest(), "ContentArray.Count", items.size());
     result.resize(items.size());
     for (qsizetype i = 0; i < items.size(); ++i) {
@@ -124,10 +124,10 @@ tyRestObjects TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString 
   } catch (const EQuorvexError &error) {
     FailOn(error);
   }
-  return result;
+  return Finish(std::move(result));
 }
 
-tyRestOrganizations TdmRest::GET_OrganizationsList(const tyQuorvexITSM &settings)
+TRestResult<tyRestOrganizations> TdmRest::GET_OrganizationsList(const tyQuorvexITSM &settings)
 {
   const TraceScope trace(lcRest(), "TdmRest.GET_OrganizationsList");
   BeginCall();
@@ -136,7 +136,7 @@ tyRestOrganizations TdmRest::GET_OrganizationsList(const tyQuorvexITSM &settings
     const QString url = QueryUrl(settings, QStringLiteral("/api/organization/list"));
     const QJsonArray items = ArrayAnswer(Execute(url, "GET", nullptr));
     if (items.isEmpty())
-      return result;
+      return Finish(std::move(result));
     TraceValue(lcRest(), "JSONArray.Count", items.size());
     // Read strictly: the first item that lacks a member stops the reading, and
     // the items after it stay blank.
@@ -155,10 +155,10 @@ tyRestOrganizations TdmRest::GET_OrganizationsList(const tyQuorvexITSM &settings
   } catch (const EQuorvexError &error) {
     FailOn(error);
   }
-  return result;
+  return Finish(std::move(result));
 }
 
-tyRestTeams TdmRest::GET_Teams(const tyQuorvexITSM &settings, bool WithOrganizations)
+TRestResult<tyRestTeams> TdmRest::GET_Teams(const tyQuorvexITSM &settings, bool WithOrganizations)
 {
   const TraceScope trace(lcRest(), "TdmRest.GET_Teams");
   BeginCall();
@@ -175,7 +175,7 @@ tyRestTeams TdmRest::GET_Teams(const tyQuorvexITSM &settings, bool WithOrganizat
       result[i].members = ReadSubNames(item, QStringLiteral("members"));
     }
     if (!WithOrganizations)
-      return result;
+      return Finish(std::move(result));
     for (tyRestTeam &team : result) {
       const QByteArray body =
           Execute(QueryUrl(settings, QStringLiteral("/api/teams/") + QString::number(team.id)), "GET", nullptr);
@@ -201,10 +201,10 @@ tyRestTeams TdmRest::GET_Teams(const tyQuorvexITSM &settings, bool WithOrganizat
   } catch (const EQuorvexError &error) {
     FailOn(error);
   }
-  return result;
+  return Finish(std::move(result));
 }
 
-tyRestOperators TdmRest::GET_OperatorsList(const tyQuorvexITSM &settings)
+TRestResult<tyRestOperators> TdmRest::GET_OperatorsList(const tyQuorvexITSM &settings)
 {
   const TraceScope trace(lcRest(), "TdmRest.GET_OperatorsList");
   BeginCall();
@@ -216,19 +216,19 @@ tyRestOperators TdmRest::GET_OperatorsList(const tyQuorvexITSM &settings)
     const QByteArray body = Execute(url, "POST", &request);
     if (body.isEmpty()) {
       Fail(CEmptyAnswer);
-      return result;
+      return Finish(std::move(result));
     }
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(body, &error);
     if (error.error != QJsonParseError::NoError) {
       Fail(CInvalidJson);
-      return result;
+      return Finish(std::move(result));
     }
     if (!document.isObject())
       throw ERestFormatError(QStringLiteral("The answer of %1 is not a JSON object").arg(url));
     const QJsonArray items = document.object().value(QStringLiteral("content")).toArray();
     if (items.isEmpty())
-      return result;
+      return Finish(std::move(result));
     TraceValue(lcRest(), "ContentArray.Count", items.size());
     result.reserve(items.size());
     for (const QJsonValue &item : items)
@@ -236,5 +236,5 @@ tyRestOperators TdmRest::GET_OperatorsList(const tyQuorvexITSM &settings)
   } catch (const EQuorvexError &error) {
     FailOn(error);
   }
-  return result;
+  return Finish(std::move(result));
 }

@@ -50,14 +50,14 @@ void TdmRest::GET_TicketsListsOpen(const tyQuorvexITSM &settings, const QList<TT
   retrieval.Run();
 }
 
-tyRestTickets TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
-                                           const QString &search)
+TRestResult<tyRestTickets> TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
+                                                        const QString &search)
 {
-  BeginCall();
   TTicketQueryResult result;
   GET_TicketsListsOpen(settings, {{organizationId, search}},
                        [&result](qsizetype, TTicketQueryResult &&answered) { result = std::move(answered); });
-  FLastFailed = result.Failed;
-  FLastFailure = result.Failure;
-  return std::move(result.Tickets);
+  TRestResult<tyRestTickets> tickets{std::move(result.Tickets), std::nullopt};
+  if (result.Failed)
+    tickets.Failure = std::move(result.Failure);
+  return tickets;
 }

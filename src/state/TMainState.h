@@ -6,6 +6,7 @@
 #include "report/HtmlTexts.h"
 #include "report/MailReport.h"
 #include "rest/RestFailure.h"
+#include "rest/RestResult.h"
 #include "rest/uTypes.h"
 #include "tickets/TicketsModel.h"
 
@@ -151,8 +152,13 @@ private:
   // refused token again, an unattended run only once in all.
   void BeginServiceStep();
   void Failed(const QString &what, const TRestFailure &failure);
-  // Failed() when the last service call failed.
-  void NoteFailure(const QString &what);
+  // The value of a service call, its failure (if any) noted under `what`.
+  template <class T> T Noted(TRestResult<T> &&result, const QString &what)
+  {
+    if (result.Failure)
+      Failed(what, *result.Failure);
+    return std::move(result.Value);
+  }
   // A token in force, requested (and saved) when needed.
   bool EnsureToken();
   // Asks the service for a token; a failure is one of the step's.

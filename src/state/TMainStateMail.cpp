@@ -24,8 +24,7 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
   // The recipients come from the service's operators; without a token the query
   // could only be refused (the retrieval has said why).
   if (FTeamsOperators.isEmpty() && ServiceConfigured() && FRest.TokenOk()) {
-    FOperators = FRest.GET_OperatorsList(FICI);
-    NoteFailure(QStringLiteral("Operator list (the report's recipients)"));
+    FOperators = Noted(FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list (the report's recipients)"));
     if (!FOperators.isEmpty())
       FTeamsOperators = UpdateListTeamsOperators(FOperators);
   }

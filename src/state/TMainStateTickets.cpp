@@ -6,7 +6,6 @@
 #include "core/RunLog.h"
 #include "core/uTools.h"
 #include "core/Trace.h"
-#include "rest/RestErrors.h"
 #include "rest/dRest.h"
 #include "tickets/ColourStore.h"
 #include "tickets/LoadingProgress.h"
@@ -37,23 +36,12 @@ void TMainState::Failed(const QString &what, const TRestFailure &failure)
   FStepFailures.append(TStepFailure{what, failure.Reason, failure.Details});
 }
 
-void TMainState::NoteFailure(const QString &what)
-{
-  if (FRest.LastCallFailed())
-    Failed(what, FRest.LastFailure());
-}
-
 bool TMainState::RequestToken()
 {
-  const QString what = QStringLiteral("Access token from ") + TdmRest::GetQuorvexItsmUrl(FICI);
-  try {
-    if (FRest.GetToken(FICI))
-      return true;
-    Failed(what, FRest.LastFailure());
-  } catch (const ERestTransportError &error) {
-    Failed(what, TRestFailure{error.Message(), error.Details()});
-  }
-  return false;
+  const TRestResult<> token = FRest.GetToken(FICI);
+  if (token.Failure)
+    Failed(QStringLiteral("Access token from ") + TdmRest::GetQuorvexItsmUrl(FICI), *token.Failure);
+  return !token.Failed();
 }
 
 bool TMainState::EnsureToken()
@@ -214,15 +202,13 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
     } else {
       if (FOrganizations.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Organizations"));
-        FOrganizations = FRest.GET_OrganizationsList(FICI);
-        NoteFailure(QStringLiteral("Organization list"));
+        FOrganizations = Noted(FRest.GET_OrganizationsList(FICI), QStringLiteral("Organization list"));
         if (FOrganizations.isEmpty())
           ++errors;
       }
       if (FTeams.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Teams"));
-        FTeams = FRest.GET_Teams(FICI, true);
-        NoteFailure(QStringLiteral("Team list"));
+        FTeams = Noted(FRest.GET_Teams(FICI, true), QStringLiteral("Team list"));
         if (FTeams.isEmpty()) {
           ++errors;
         } else {
@@ -234,8 +220,7 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
       }
       if (FOperators.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Operators"));
-        FOperators = FRest.GET_OperatorsList(FICI);
-        NoteFailure(QStringLiteral("Operator list"));
+        FOperators = Noted(FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list"));
         if (FOperators.isEmpty()) {
           ++errors;
         } else {
@@ -260,14 +245,15 @@ void TMainState::bbtStatusAndPropertiesClick(const TEditColours &editColours)
   if (FStatus.isEmpty()) {
     if (!ServiceReady() || !EnsureToken())
       return;
-    FStatus = BuildStatusList(FRest.GET_Objects(FICI, QStringLiteral("TICKETING"), QStringLiteral("TICKET_STATUS")),
+    FStatus = BuildStatusList(Noted(FRest.GET_Objects(FICI, QStringLiteral("TICKETING"), QStringLiteral("TICKET_STATUS")),
+                                    QStringLiteral("Status list")),
                               Colours());
-    NoteFailure(QStringLiteral("Status list"));
   }
   if (FPriorities.isEmpty()) {
-    FPriorities = BuildPriorityList(
-        FRest.GET_Objects(FICI, QStringLiteral("TICKETING"), QStringLiteral("TICKET_PRIORITY")), Colours());
-    NoteFailure(QStringLiteral("Priority list"));
+    FPriorities = BuildPriorityList(Noted(FRest.GET_Objects(FICI, QStringLiteral("TICKETING"),
+                                                            QStringLiteral("TICKET_PRIORITY")),
+                                          QStringLiteral("Priority list")),
+                                    Colours());
   }
   if (editColours(FStatus, FPriorities, Colours())) {
     SaveStatus();
