@@ -5,8 +5,7 @@
 RestFixture::RestFixture()
 {
   Trace::Install(false);
-  Trace::Clear();
-  Trace::AttachFile(FConfig.File("trace.log"));
+  RestartTrace();
   WriteTextFile(FConfig.File("ca.pem"), FService.CertificatePem());
   qputenv("QUORVEX_EXTRA_CA_CERTS", FConfig.File("ca.pem").toUtf8());
   FService.Listen();
@@ -27,8 +26,14 @@ RestFixture::~RestFixture()
 
 void RestFixture::SignIn()
 {
-  ASSERT_TRUE(FRest->GetToken(FSettings));
+  ASSERT_FALSE(FRest->GetToken(FSettings).Failed());
   FService.ClearRequests();
+}
+
+void RestFixture::RestartTrace()
+{
+  Trace::Clear();
+  Trace::AttachFile(FConfig.File("trace.log"));
 }
 
 QString RestFixture::TraceText() const

@@ -21,6 +21,8 @@ protected:
 
   // Gets a token, so that the queries are authorised, and forgets its request.
   void SignIn();
+  // Starts the trace anew, so that ErrorLines() sees the next calls only.
+  void RestartTrace();
   // Every trace line written so far.
   QString TraceText() const;
   // The trace lines that report an error.

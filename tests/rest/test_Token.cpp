@@ -1,5 +1,4 @@
 #include "RestFixture.h"
-#include "core/Trace.h"
 #include "rest/RestErrors.h"
 
 #include <QTcpServer>
@@ -26,9 +25,9 @@ using Token = RestFixture;
 TEST_F(Token, NewTokenIsAskedWithTheFormBodyAndOnlyTheContentTypeOfOurs)
 {
   const TDateTime before = NowDateTime();
-  ASSERT_TRUE(FRest->GetToken(FSettings));
+  const TRestResult<> result = FRest->GetToken(FSettings);
+  EXPECT_FALSE(result.Failed());
   EXPECT_TRUE(FRest->TokenOk());
-  EXPECT_FALSE(FRest->LastCallFailed());
 
   ASSERT_EQ(FService.Requests().size(), 1);
   const TDemoRequest &request = FService.Requests().first();
@@ -48,126 +47,116 @@ TEST_F(Token, NewTokenIsAskedWithTheFormBodyAndOnlyTheContentTypeOfOurs)
   EXPECT_FALSE(trace.contains(FSettings.API.Token)) << "the token must never be traced in clear";
 }
 
-TEST_F(Token, TheNewTokenIsSentAsBearerByTheQueries)
-{
-  SignIn();
-  FRest->GET_OrganizationsList(FSettings);
-  ASSERT_EQ(FService.Requests().size(), 1);
-  EXPECT_EQ(FService.Requests().first().Header("Authorization"), "Bearer " + FSettings.API.Token.toUtf8());
-}
-
 TEST_F(Token, StoredTokenIsReusedUntilValidityLessNineHoursThenRenewed)
 {
-  FSettings.API.Token = "previous-token-0123";
-  FSettings.API.TokenValidity = 10; // reused for one hour after the last request
-  const TDateTime halfHourAgo = NowDateTime() - COneHour / 2;
-  FSettings.API.TokenRequest = halfHourAgo;
-
-  ASSERT_TRUE(FRest->GetToken(FSettings));
-  EXPECT_TRUE(FService.Requests().isEmpty());
-  EXPECT_EQ(FSettings.API.TokenRequest, halfHourAgo) << "a reused token leaves the request time alone";
+  const struct
+  {
+    QString stored;
+    int validity;
+    double hoursAgo; // of the last token request
+    bool asked;
+  } rows[] = {
+      {"previous-token-0123", 10, 0.5, false}, // reused for one hour after the last request
+      {"previous-token-0123", 10, 1.5, true},
+      {"previous-token-0123", 9, 0, true},
+      {"previous-token-0123", 5, 0, true}, // an expiry before the request itself
+      {"", 1000, 0, true},
+  };
+  for (const auto &row : rows) {
+    FService.ClearRequests();
+    FSettings.API.Token = row.stored;
+    FSettings.API.TokenValidity = row.validity;
+    const TDateTime requested = NowDateTime() - row.hoursAgo * COneHour;
+    FSettings.API.TokenRequest = requested;
+    ASSERT_FALSE(FRest->GetToken(FSettings).Failed());
+    const auto context = QString("validity %1, %2 h ago").arg(row.validity).arg(row.hoursAgo).toStdString();
+    EXPECT_EQ(FService.Requests().size(), row.asked ? 1 : 0) << context;
+    EXPECT_EQ(FSettings.API.Token == row.stored, !row.asked) << context;
+    if (!row.asked) {
+      EXPECT_EQ(FSettings.API.TokenRequest, requested) << "a reused token leaves the request time alone";
+    }
+  }
   EXPECT_TRUE(TraceText().contains(QString("Utilisation du précédent Token: previo") + QChar(0x2026)));
   EXPECT_FALSE(TraceText().contains("previous-token-0123"));
-
-  FSettings.API.TokenRequest = NowDateTime() - 1.5 * COneHour;
-  ASSERT_TRUE(FRest->GetToken(FSettings));
-  EXPECT_EQ(FService.Requests().size(), 1);
-  EXPECT_NE(FSettings.API.Token, "previous-token-0123");
-}
-
-TEST_F(Token, ValidityOfNineHoursOrLessOrAnEmptyTokenAlwaysAsks)
-{
-  FSettings.API.Token = "previous-token";
-  FSettings.API.TokenRequest = NowDateTime();
-  FSettings.API.TokenValidity = 9;
-  ASSERT_TRUE(FRest->GetToken(FSettings));
-  EXPECT_EQ(FService.Requests().size(), 1);
-
-  FSettings.API.Token = "previous-token";
-  FSettings.API.TokenRequest = NowDateTime();
-  FSettings.API.TokenValidity = 5; // an expiry before the request itself
-  ASSERT_TRUE(FRest->GetToken(FSettings));
-  EXPECT_EQ(FService.Requests().size(), 2);
-
-  FSettings.API.Token.clear();
-  FSettings.API.TokenRequest = NowDateTime();
-  FSettings.API.TokenValidity = 1000;
-  ASSERT_TRUE(FRest->GetToken(FSettings));
-  EXPECT_EQ(FService.Requests().size(), 3);
 }
 
 TEST_F(Token, ValidityWhoseHoursOverflowIsAnError)
 {
   FSettings.API.TokenValidity = std::numeric_limits<std::int32_t>::min() + 3; // overflows when 9 is taken away
-  EXPECT_THROW(FRest->GetToken(FSettings), ERangeError);
+  EXPECT_THROW((void)FRest->GetToken(FSettings), ERangeError);
   FSettings.API.TokenValidity = 40000000; // overflows when counted in minutes
-  EXPECT_THROW(FRest->GetToken(FSettings), ERangeError);
+  EXPECT_THROW((void)FRest->GetToken(FSettings), ERangeError);
   EXPECT_TRUE(FService.Requests().isEmpty());
 }
 
-TEST_F(Token, RefusedRequestKeepsTheStoredTokenAndTracesTheStatus)
+TEST_F(Token, ARefusalOrAnAnswerWithoutTokenFailsAndKeepsTheTokenInForce)
 {
   SignIn();
   const QString stored = FSettings.API.Token;
-  FSettings.API.TokenRequest = 0;
-  TDemoFaults faults;
-  faults.RefuseToken = true;
-  FService.SetFaults(faults);
-
-  EXPECT_FALSE(FRest->GetToken(FSettings));
-  EXPECT_TRUE(FRest->LastCallFailed());
-  EXPECT_EQ(FSettings.API.Token, stored);
-  EXPECT_GT(FSettings.API.TokenRequest, NowDateTime() - COneHour) << "set as soon as the answer came";
-  EXPECT_EQ(ErrorLines(), QStringList{"Erreur OAuth2: 401 - Unauthorized"});
-  EXPECT_TRUE(FRest->TokenOk()) << "a failed renewal keeps the token of the earlier success";
-}
-
-TEST_F(Token, AnswerWithoutAccessTokenIsAFailure)
-{
-  for (const QByteArray &body : {QByteArray(R"({"token_type":"bearer"})"), QByteArray("[]"), QByteArray("garbage")}) {
-    Trace::Clear();
-    Trace::AttachFile(FConfig.File("trace.log"));
-    ReplaceBody("/oauth/token", body);
-    EXPECT_FALSE(FRest->GetToken(FSettings)) << body.constData();
-    EXPECT_TRUE(FRest->LastCallFailed());
-    EXPECT_EQ(ErrorLines(), QStringList{"Erreur : Token non trouvé dans la réponse"}) << body.constData();
-  }
-  EXPECT_FALSE(FRest->TokenOk());
-  EXPECT_TRUE(FSettings.API.Token.isEmpty());
-}
-
-TEST_F(Token, TransportFailuresRaiseWithDistinctTextsAndLeaveTheRequestTime)
-{
-  const auto failure = [this](const tyQuorvexITSM &settings) -> QString {
-    tyQuorvexITSM copy = settings;
-    try {
-      FRest->GetToken(copy);
-    } catch (const ERestTransportError &error) {
-      EXPECT_TRUE(FRest->LastCallFailed());
-      EXPECT_EQ(copy.API.TokenRequest, settings.API.TokenRequest);
-      return error.Message();
-    }
-    ADD_FAILURE() << "no transport error";
-    return {};
+  const QString server = FService.Instance();
+  const struct
+  {
+    bool refuse;
+    QByteArray body; // replacing the answer when not empty
+    QString error;
+    QString reason;
+  } rows[] = {
+      {true, {}, "Erreur OAuth2: 401 - Unauthorized", server + " answered HTTP 401 Unauthorized: the service refused"},
+      {false, R"({"token_type":"bearer"})", "Erreur : Token non trouvé dans la réponse",
+       "the answer of " + server + " was not understood"},
+      {false, "[]", "Erreur : Token non trouvé dans la réponse", "the answer of " + server + " was not understood"},
+      {false, "garbage", "Erreur : Token non trouvé dans la réponse", "the answer of " + server + " was not understood"},
   };
+  for (const auto &row : rows) {
+    RestartTrace();
+    TDemoFaults faults;
+    faults.RefuseToken = row.refuse;
+    if (!row.body.isEmpty())
+      faults.Bodies.append({"/oauth/token", -1, row.body, 200});
+    FService.SetFaults(faults);
+    FSettings.API.TokenRequest = 0;
+    const TRestResult<> result = FRest->GetToken(FSettings);
+    ASSERT_TRUE(result.Failed()) << row.error.toStdString();
+    EXPECT_TRUE(result.Failure->Reason.startsWith(row.reason)) << result.Failure->Reason.toStdString();
+    EXPECT_EQ(ErrorLines(), QStringList{row.error});
+    EXPECT_EQ(FSettings.API.Token, stored);
+    EXPECT_GT(FSettings.API.TokenRequest, NowDateTime() - COneHour) << "set as soon as the answer came";
+    EXPECT_TRUE(FRest->TokenOk()) << "a failed renewal keeps the token of the earlier success";
+  }
+}
 
+TEST_F(Token, TransportFailuresAreCarriedWithDistinctTextsAndLeaveTheRequestTime)
+{
   QTcpServer closed;
   ASSERT_TRUE(closed.listen(QHostAddress::LocalHost));
   const quint16 freePort = closed.serverPort();
   closed.close();
   tyQuorvexITSM refused = FSettings;
   refused.Instance = QString("127.0.0.1:%1").arg(freePort);
-  EXPECT_TRUE(failure(refused).startsWith(QString("the connection was refused by 127.0.0.1:%1; check").arg(freePort)));
-
   tyQuorvexITSM unknown = FSettings;
   unknown.Instance = "no-such-host.invalid";
-  EXPECT_TRUE(failure(unknown).startsWith("the host \"no-such-host.invalid\" was not found; check"));
 
-  TDemoFaults slow;
-  slow.DelayMs = 2000;
-  FService.SetFaults(slow);
-  FRest->SetTimeout(std::chrono::milliseconds(300));
-  EXPECT_TRUE(failure(FSettings).startsWith(QString("no answer from %1 within 0.3 s (time-out)").arg(FService.Instance())));
+  const struct
+  {
+    tyQuorvexITSM *settings;
+    int delayMs; // of the service's answers
+    QString reason;
+  } rows[] = {
+      {&refused, 0, QString("the connection was refused by 127.0.0.1:%1; check").arg(freePort)},
+      {&unknown, 0, "the host \"no-such-host.invalid\" was not found; check"},
+      {&FSettings, 2000, QString("no answer from %1 within 0.3 s (time-out)").arg(FService.Instance())},
+  };
+  for (const auto &row : rows) {
+    TDemoFaults faults;
+    faults.DelayMs = row.delayMs;
+    FService.SetFaults(faults);
+    FRest->SetTimeout(row.delayMs ? std::chrono::milliseconds(300) : TRestTransport::CDefaultTimeout);
+    const TDateTime requested = row.settings->API.TokenRequest;
+    const TRestResult<> result = FRest->GetToken(*row.settings);
+    ASSERT_TRUE(result.Failed()) << row.reason.toStdString();
+    EXPECT_TRUE(result.Failure->Reason.startsWith(row.reason)) << result.Failure->Reason.toStdString();
+    EXPECT_EQ(row.settings->API.TokenRequest, requested);
+  }
 }
 
 TEST_F(Token, CertificateTrustNeedsTheExtraAuthoritiesAndAnUnreadableFileIsNamed)
@@ -185,11 +174,8 @@ TEST_F(Token, CertificateTrustNeedsTheExtraAuthoritiesAndAnUnreadableFileIsNamed
     c.extra ? qputenv("QUORVEX_EXTRA_CA_CERTS", c.extra) : qunsetenv("QUORVEX_EXTRA_CA_CERTS");
     QNetworkAccessManager manager;
     TdmRest distrustful(manager);
-    try {
-      distrustful.GetToken(FSettings);
-      ADD_FAILURE() << "the demo certificate was trusted";
-    } catch (const ERestTransportError &error) {
-      EXPECT_TRUE(error.Message().startsWith(c.expected)) << error.Message().toStdString();
-    }
+    const TRestResult<> result = distrustful.GetToken(FSettings);
+    ASSERT_TRUE(result.Failed()) << "the demo certificate was trusted";
+    EXPECT_TRUE(result.Failure->Reason.startsWith(c.expected)) << result.Failure->Reason.toStdString();
   }
 }
