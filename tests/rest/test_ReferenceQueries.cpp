@@ -1,29 +1,51 @@
 #include "RestFixture.h"
-#include "core/Trace.h"
 
 namespace {
-const QByteArray CAnyBody[] = {"", "not json", "{}", "[]"};
-// An empty list is no error at all: a clean run has no error line.
-const QStringList CExpectedErrors[] = {{"Réponse API vide."}, {"Réponse JSON invalide."},
-                                       {"Format JSON incorrect, tableau attendu."}, {}};
+
+enum class TQuery
+{
+  Objects,
+  Organizations,
+  Teams, // with their organizations
+  Operators
+};
+
 } // namespace
 
 class ReferenceQueries : public RestFixture
 {
 protected:
   void SetUp() override { SignIn(); }
-  void RestartTrace()
+
+  // How many records a query gave, and its failure.
+  std::pair<qsizetype, std::optional<TRestFailure>> Ask(TQuery query)
   {
-    Trace::Clear();
-    Trace::AttachFile(FConfig.File("trace.log"));
+    switch (query) {
+    case TQuery::Objects:
+      return Outcome(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS"));
+    case TQuery::Organizations:
+      return Outcome(FRest->GET_OrganizationsList(FSettings));
+    case TQuery::Teams:
+      return Outcome(FRest->GET_Teams(FSettings, true));
+    case TQuery::Operators:
+      return Outcome(FRest->GET_OperatorsList(FSettings));
+    }
+    return {};
+  }
+
+private:
+  template <class T> static std::pair<qsizetype, std::optional<TRestFailure>> Outcome(const TRestResult<T> &result)
+  {
+    return {result.Value.size(), result.Failure};
   }
 };
 
 TEST_F(ReferenceQueries, ObjectsAreAskedByModuleAndTypesWithAnEmptyJsonBody)
 {
-  const tyRestObjects statuses = FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS");
-  ASSERT_EQ(statuses.size(), 1);
-  const tyRestObject &status = statuses[0];
+  const TRestResult<tyRestObjects> statuses = FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS");
+  EXPECT_FALSE(statuses.Failed());
+  ASSERT_EQ(statuses.Value.size(), 1);
+  const tyRestObject &status = statuses.Value[0];
   EXPECT_EQ(std::tie(status.id, status.module, status.organization.name, status._reference, status.subType, status._type),
             std::make_tuple(5, QString("TICKETING"), QString("One"), QString("NEW"), QString("S"),
                             QString("TICKET_STATUS")));
@@ -35,34 +57,22 @@ TEST_F(ReferenceQueries, ObjectsAreAskedByModuleAndTypesWithAnEmptyJsonBody)
   EXPECT_EQ(request.Header("Content-Type"), "application/json");
   EXPECT_TRUE(TraceText().contains("ContentArray.Count = 1"));
 
-  const tyRestObjects priorities = FRest->GET_Objects(FSettings, "TICKETING", "TICKET_PRIORITY");
+  const tyRestObjects priorities = FRest->GET_Objects(FSettings, "TICKETING", "TICKET_PRIORITY").Value;
   ASSERT_EQ(priorities.size(), 1);
   EXPECT_EQ(priorities[0].organization.id, 0) << "an absent sub-object reads as 0 and empty";
   EXPECT_EQ(priorities[0].subType, "");
 }
 
-TEST_F(ReferenceQueries, ObjectsAnswerThatIsNotAListGivesNothingWithoutAnErrorLine)
-{
-  ReplaceBody("/api/repository/objects", R"({"id":5})");
-  EXPECT_TRUE(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS").isEmpty());
-  EXPECT_TRUE(ErrorLines().isEmpty());
-  EXPECT_TRUE(FRest->LastCallFailed());
-
-  ReplaceBody("/api/repository/objects", "");
-  EXPECT_TRUE(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS").isEmpty());
-  EXPECT_EQ(ErrorLines(), QStringList{"Réponse API vide."});
-}
-
 TEST_F(ReferenceQueries, OrganizationsAreReadWithAPlainGet)
 {
-  const tyRestOrganizations organizations = FRest->GET_OrganizationsList(FSettings);
-  EXPECT_FALSE(FRest->LastCallFailed());
-  ASSERT_EQ(organizations.size(), 2);
-  const tyRestOrganization &one = organizations[0];
+  const TRestResult<tyRestOrganizations> organizations = FRest->GET_OrganizationsList(FSettings);
+  EXPECT_FALSE(organizations.Failed());
+  ASSERT_EQ(organizations.Value.size(), 2);
+  const tyRestOrganization &one = organizations.Value[0];
   EXPECT_EQ(std::tie(one.id, one.name, one.monitoringAndInfrastructureModuleEnabled, one.passwordModuleEnabled,
                      one.ticketingModuleEnabled),
             std::make_tuple(1, QString("One"), true, false, true));
-  EXPECT_FALSE(organizations[1].ticketingModuleEnabled);
+  EXPECT_FALSE(organizations.Value[1].ticketingModuleEnabled);
   const TDemoRequest &request = FService.Requests().first();
   EXPECT_EQ(request.Method, "GET");
   EXPECT_TRUE(request.Body.isEmpty());
@@ -78,37 +88,72 @@ TEST_F(ReferenceQueries, OrganizationLackingAMemberStopsTheReadingThere)
               R"({"id":2,"name":"B","monitoringAndInfrastructureModuleEnabled":false,"passwordModuleEnabled":false},)"
               R"({"id":3,"name":"C","monitoringAndInfrastructureModuleEnabled":false,"passwordModuleEnabled":false,)"
               R"("ticketingModuleEnabled":true}])");
-  const tyRestOrganizations organizations = FRest->GET_OrganizationsList(FSettings);
+  const TRestResult<tyRestOrganizations> result = FRest->GET_OrganizationsList(FSettings);
+  const tyRestOrganizations &organizations = result.Value;
   ASSERT_EQ(organizations.size(), 3);
   EXPECT_EQ(organizations[0].id, -1) << "an absent id reads as -1";
   EXPECT_EQ(organizations[0].name, "A");
   EXPECT_EQ(organizations[1].id, 0);
   EXPECT_TRUE(organizations[1].name.isEmpty());
   EXPECT_TRUE(organizations[2].name.isEmpty()) << "items after the faulty one stay blank";
-  EXPECT_TRUE(FRest->LastCallFailed());
+  EXPECT_TRUE(result.Failed());
   ASSERT_EQ(ErrorLines().size(), 1);
   EXPECT_TRUE(ErrorLines().first().startsWith("Erreur API : Member \"ticketingModuleEnabled\" missing in item 1 of https://"));
 }
 
-TEST_F(ReferenceQueries, BadListAnswersGiveTheirOwnErrorLines)
+// Each answer that cannot be read has its own error line (none when it is merely
+// not a list of objects) and makes the query fail; an empty list does neither.
+TEST_F(ReferenceQueries, BadAnswersFailWithTheirOwnErrorLines)
 {
-  for (int i = 0; i < 4; ++i) {
+  const struct
+  {
+    TQuery query;
+    QString path;
+    QByteArray body;
+    QString error; // beginning of the only error line, or empty for none
+    bool failed;
+    qsizetype records;
+  } rows[] = {
+      {TQuery::Objects, "/api/repository/objects", R"({"id":5})", "", true, 0},
+      {TQuery::Objects, "/api/repository/objects", "", "Réponse API vide.", true, 0},
+      {TQuery::Organizations, "/api/organization/list", "", "Réponse API vide.", true, 0},
+      {TQuery::Organizations, "/api/organization/list", "not json", "Réponse JSON invalide.", true, 0},
+      {TQuery::Organizations, "/api/organization/list", "{}", "Format JSON incorrect, tableau attendu.", true, 0},
+      {TQuery::Organizations, "/api/organization/list", "[]", "", false, 0},
+      {TQuery::Teams, "/api/teams", "", "Réponse API vide.", true, 0},
+      {TQuery::Teams, "/api/teams", "not json", "Réponse JSON invalide.", true, 0},
+      {TQuery::Teams, "/api/teams", "{}", "Format JSON incorrect, tableau attendu.", true, 0},
+      {TQuery::Teams, "/api/teams", "[]", "", false, 0},
+      // A team whose detail cannot be read stays without organizations.
+      {TQuery::Teams, "/api/teams/12", "", "Réponse API vide.", true, 3},
+      {TQuery::Teams, "/api/teams/12", "{oops", "Réponse JSON invalide.", true, 3},
+      {TQuery::Teams, "/api/teams/12", "[]", "Format JSON incorrect, objet attendu.", true, 3},
+      {TQuery::Operators, "/api/operators/list", R"({"totalNumberOfElements":0})", "", false, 0},
+      {TQuery::Operators, "/api/operators/list", "[1]", "Erreur API : The answer of https://", true, 0},
+      {TQuery::Operators, "/api/operators/list", "{oops", "Réponse JSON invalide.", true, 0},
+  };
+  for (const auto &row : rows) {
     RestartTrace();
-    ReplaceBody("/api/organization/list", CAnyBody[i]);
-    EXPECT_TRUE(FRest->GET_OrganizationsList(FSettings).isEmpty());
-    EXPECT_EQ(ErrorLines(), CExpectedErrors[i]);
-    EXPECT_EQ(FRest->LastCallFailed(), i < 3) << "an empty list is not a failure";
-
-    RestartTrace();
-    ReplaceBody("/api/teams", CAnyBody[i]);
-    EXPECT_TRUE(FRest->GET_Teams(FSettings, true).isEmpty());
-    EXPECT_EQ(ErrorLines(), CExpectedErrors[i]);
+    ReplaceBody(row.path, row.body);
+    const auto [records, failure] = Ask(row.query);
+    const std::string context = (row.path + " answering " + row.body).toStdString();
+    EXPECT_EQ(records, row.records) << context;
+    EXPECT_EQ(failure.has_value(), row.failed) << context;
+    if (failure) {
+      EXPECT_TRUE(failure->Reason.startsWith("the answer of " + FService.Instance() + " was not understood"))
+          << context;
+    }
+    const QStringList errors = ErrorLines();
+    EXPECT_EQ(errors.size(), row.error.isEmpty() ? 0 : 1) << context;
+    if (!errors.isEmpty()) {
+      EXPECT_TRUE(errors.first().startsWith(row.error)) << context << ": " << errors.first().toStdString();
+    }
   }
 }
 
 TEST_F(ReferenceQueries, TeamsComeFromOnePostAndEachDetailFromAGetWhenAsked)
 {
-  tyRestTeams teams = FRest->GET_Teams(FSettings, false);
+  tyRestTeams teams = FRest->GET_Teams(FSettings, false).Value;
   ASSERT_EQ(FService.Requests().size(), 1);
   EXPECT_EQ(FService.Requests().first().Method, "POST");
   EXPECT_TRUE(FService.Requests().first().Body.isEmpty());
@@ -121,31 +166,13 @@ TEST_F(ReferenceQueries, TeamsComeFromOnePostAndEachDetailFromAGetWhenAsked)
   EXPECT_TRUE(teams[2].remarks.isEmpty());
 
   FService.ClearRequests();
-  teams = FRest->GET_Teams(FSettings, true);
-  EXPECT_FALSE(FRest->LastCallFailed());
+  const TRestResult<tyRestTeams> detailed = FRest->GET_Teams(FSettings, true);
+  EXPECT_FALSE(detailed.Failed());
   ASSERT_EQ(FService.Requests().size(), 4);
   EXPECT_EQ(FService.Requests()[2].Method, "GET");
   EXPECT_EQ(FService.Requests()[2].Target, "/api/teams/12");
-  ASSERT_EQ(teams[1].organizations.size(), 2);
-  EXPECT_EQ(teams[1].organizations[1].name, "Two");
-}
-
-TEST_F(ReferenceQueries, TeamDetailThatCannotBeReadHasItsOwnErrorLine)
-{
-  const QList<QPair<QByteArray, QString>> rows{
-      {"", "Réponse API vide."}, {"{oops", "Réponse JSON invalide."}, {"[]", "Format JSON incorrect, objet attendu."}};
-  for (const auto &[body, error] : rows) {
-    RestartTrace();
-    TDemoFaults faults;
-    faults.Bodies.append({"/api/teams/12", -1, body, 200});
-    FService.SetFaults(faults);
-    const tyRestTeams teams = FRest->GET_Teams(FSettings, true);
-    ASSERT_EQ(teams.size(), 3);
-    EXPECT_EQ(teams[0].organizations.size(), 1);
-    EXPECT_TRUE(teams[1].organizations.isEmpty());
-    EXPECT_EQ(ErrorLines(), QStringList{error});
-    EXPECT_TRUE(FRest->LastCallFailed());
-  }
+  ASSERT_EQ(detailed.Value[1].organizations.size(), 2);
+  EXPECT_EQ(detailed.Value[1].organizations[1].name, "Two");
 }
 
 TEST_F(ReferenceQueries, ServiceThatDoesNotAnswerIsAnApiErrorOfEachQuery)
@@ -154,20 +181,20 @@ TEST_F(ReferenceQueries, ServiceThatDoesNotAnswerIsAnApiErrorOfEachQuery)
   faults.DelayMs = 1500;
   FService.SetFaults(faults);
   FRest->SetTimeout(std::chrono::milliseconds(200));
-  EXPECT_TRUE(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS").isEmpty());
-  EXPECT_TRUE(FRest->GET_OrganizationsList(FSettings).isEmpty());
-  EXPECT_TRUE(FRest->GET_Teams(FSettings, false).isEmpty());
-  EXPECT_TRUE(FRest->GET_OperatorsList(FSettings).isEmpty());
-  EXPECT_TRUE(FRest->LastCallFailed());
-  const QStringList errors = ErrorLines();
-  ASSERT_EQ(errors.size(), 4);
-  for (const QString &error : errors)
-    EXPECT_TRUE(error.startsWith("Erreur API : no answer from")) << error.toStdString();
+  for (TQuery query : {TQuery::Objects, TQuery::Organizations, TQuery::Teams, TQuery::Operators}) {
+    RestartTrace();
+    const auto [records, failure] = Ask(query);
+    EXPECT_EQ(records, 0);
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_TRUE(failure->Reason.startsWith("no answer from " + FService.Instance())) << failure->Reason.toStdString();
+    ASSERT_EQ(ErrorLines().size(), 1);
+    EXPECT_TRUE(ErrorLines().first().startsWith("Erreur API : no answer from")) << ErrorLines().first().toStdString();
+  }
 }
 
 TEST_F(ReferenceQueries, OperatorsFirstPageWithHelpersPresets)
 {
-  const tyRestOperators operators = FRest->GET_OperatorsList(FSettings);
+  const tyRestOperators operators = FRest->GET_OperatorsList(FSettings).Value;
   const TDemoRequest &request = FService.Requests().first();
   EXPECT_EQ(request.Method, "POST");
   EXPECT_EQ(request.Body, R"({"pageRequest":{"page":0,"pageSize":500}})");
@@ -180,22 +207,4 @@ TEST_F(ReferenceQueries, OperatorsFirstPageWithHelpersPresets)
   ASSERT_EQ(operators[0].teams.size(), 1);
   EXPECT_EQ(operators[0].teams[0].id, 11);
   EXPECT_EQ(operators[1].status, "INACTIVE");
-}
-
-TEST_F(ReferenceQueries, OperatorAnswersWithoutAListAreEmpty)
-{
-  ReplaceBody("/api/operators/list", R"({"totalNumberOfElements":0})");
-  EXPECT_TRUE(FRest->GET_OperatorsList(FSettings).isEmpty());
-  EXPECT_TRUE(ErrorLines().isEmpty());
-
-  ReplaceBody("/api/operators/list", "[1]");
-  EXPECT_TRUE(FRest->GET_OperatorsList(FSettings).isEmpty());
-  ASSERT_EQ(ErrorLines().size(), 1);
-  EXPECT_TRUE(ErrorLines().first().startsWith("Erreur API : The answer of https://"));
-  EXPECT_TRUE(FRest->LastCallFailed());
-
-  RestartTrace();
-  ReplaceBody("/api/operators/list", "{oops");
-  EXPECT_TRUE(FRest->GET_OperatorsList(FSettings).isEmpty());
-  EXPECT_EQ(ErrorLines(), QStringList{"Réponse JSON invalide."});
 }
