@@ -45,35 +45,35 @@ protected:
 TEST_F(DemoServiceProgram, SampleDataIsServedToTheClient)
 {
   EXPECT_TRUE(Line("URL: ").startsWith("https://127.0.0.1:"));
-  ASSERT_TRUE(FRest->GetToken(FSettings));
+  ASSERT_FALSE(FRest->GetToken(FSettings).Failed());
 
-  const tyRestOrganizations organizations = FRest->GET_OrganizationsList(FSettings);
+  const tyRestOrganizations organizations = FRest->GET_OrganizationsList(FSettings).Value;
   ASSERT_EQ(organizations.size(), 3);
   EXPECT_EQ(std::count_if(organizations.begin(), organizations.end(),
                           [](const tyRestOrganization &o) { return o.ticketingModuleEnabled; }),
             2);
-  const tyRestTeams teams = FRest->GET_Teams(FSettings, true);
+  const tyRestTeams teams = FRest->GET_Teams(FSettings, true).Value;
   ASSERT_EQ(teams.size(), 5);
   EXPECT_FALSE(teams.first().organizations.isEmpty());
-  const tyRestOperators operators = FRest->GET_OperatorsList(FSettings);
+  const tyRestOperators operators = FRest->GET_OperatorsList(FSettings).Value;
   EXPECT_EQ(operators.size(), 40);
   EXPECT_TRUE(std::any_of(operators.begin(), operators.end(),
                           [](const tyRestOperator &o) { return o.status == "INACTIVE"; }));
-  EXPECT_EQ(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS").size(), 6);
-  EXPECT_EQ(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_PRIORITY").size(), 4);
+  EXPECT_EQ(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS").Value.size(), 6);
+  EXPECT_EQ(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_PRIORITY").Value.size(), 4);
 
-  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, organizations.first().id, "");
+  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, organizations.first().id, "").Value;
   EXPECT_GT(tickets.size(), 100);
   EXPECT_TRUE(std::any_of(tickets.begin(), tickets.end(), [](const tyRestTicket &t) { return t.assignedUser.id == 0; }));
   const QStringList types{"INCIDENT", "REQUEST", "PROBLEM", "CHANGE"};
   for (const QString &type : types)
     EXPECT_TRUE(std::any_of(tickets.begin(), tickets.end(), [&type](const tyRestTicket &t) { return t._type == type; }))
         << type.toStdString();
-  const tyRestTickets english = FRest->GET_TicketsListOpen(
+  const TRestResult<tyRestTickets> english = FRest->GET_TicketsListOpen(
       FSettings, organizations.first().id,
       "10 exchanges have been added automatically by the supervisor, no exchanges will be added to this ticket "
       "during the next executions of the control");
-  EXPECT_FALSE(FRest->LastCallFailed());
-  EXPECT_FALSE(english.isEmpty());
-  EXPECT_LT(english.size(), tickets.size());
+  EXPECT_FALSE(english.Failed());
+  EXPECT_FALSE(english.Value.isEmpty());
+  EXPECT_LT(english.Value.size(), tickets.size());
 }

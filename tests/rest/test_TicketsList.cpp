@@ -4,6 +4,7 @@
 
 #include <QStringList>
 #include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -25,9 +26,9 @@ using TicketsList = RestFixture;
 TEST_F(TicketsList, ThreePagesAreAskedWithTheirBodyInTheGetAndJoinedInOrder)
 {
   SignIn();
-  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 7, "");
-  EXPECT_FALSE(FRest->LastCallFailed());
-
+  const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  EXPECT_FALSE(result.Failed());
+  const tyRestTickets &tickets = result.Value;
   ASSERT_EQ(tickets.size(), 1203);
   EXPECT_EQ(tickets.first().organization.id, 7);
   ASSERT_EQ(FService.Requests().size(), 3);
@@ -49,7 +50,7 @@ TEST_F(TicketsList, ThreePagesAreAskedWithTheirBodyInTheGetAndJoinedInOrder)
 TEST_F(TicketsList, SearchTextTravelsAsPureAsciiWithEscapes)
 {
   SignIn();
-  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 1, QString::fromUtf8(CNoticeFrench));
+  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 1, QString::fromUtf8(CNoticeFrench)).Value;
   ASSERT_EQ(tickets.size(), 1);
   EXPECT_EQ(tickets.first().id, 2);
 
@@ -64,7 +65,7 @@ TEST_F(TicketsList, SearchTextTravelsAsPureAsciiWithEscapes)
 TEST_F(TicketsList, ItemsAreMappedAndAnUnassignedTicketHasNoUser)
 {
   SignIn();
-  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 1, "");
+  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 1, "").Value;
   ASSERT_EQ(tickets.size(), 3);
   const auto unassigned = std::find_if(tickets.begin(), tickets.end(), [](const tyRestTicket &t) { return t.id == 1; });
   ASSERT_NE(unassigned, tickets.end());
@@ -83,100 +84,104 @@ TEST_F(TicketsList, SurplusBeyondTheAnnouncedTotalIsDropped)
   TDemoFaults faults;
   faults.Surplus = 2;
   FService.SetFaults(faults);
-  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 1, "");
+  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 1, "").Value;
   ASSERT_EQ(tickets.size(), 3);
   for (const tyRestTicket &ticket : tickets)
     EXPECT_LT(ticket.id, 900000);
 }
 
-TEST_F(TicketsList, OrganizationWithoutTicketsIsEmptyButNotAFailure)
+// A bad first page gives nothing, a bad later page keeps the pages before it;
+// either is a failure with its own error line. An organization without tickets
+// is neither.
+TEST_F(TicketsList, BadPagesFailWithTheirOwnErrorLines)
 {
-  SignIn();
-  EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 2, "").isEmpty());
-  EXPECT_FALSE(FRest->LastCallFailed());
-  EXPECT_TRUE(ErrorLines().isEmpty()) << "a routine answer, not an error";
-}
-
-TEST_F(TicketsList, BadFirstPageGivesNothingAndReportsTheFailure)
-{
-  const QList<QPair<QByteArray, QByteArray>> rows{
-      {"", R"(RESTResponse.Content = "")"},
-      {"<html>gateway</html>", CNotObject},
-      {"[1,2]", CNotObject},
-      {R"({"totalNumberOfPages":1})", CNoContent},
-      {R"({"content":{}})", CNoContent},
-      {R"({"content":[],"totalNumberOfElements":500000000,"totalNumberOfPages":1})",
+  const struct
+  {
+    int page;
+    QByteArray body;
+    QByteArray error; // the only error line, or empty for none
+  } rows[] = {
+      {-1, "", R"(RESTResponse.Content = "")"},
+      {-1, "<html>gateway</html>", CNotObject},
+      {-1, "[1,2]", CNotObject},
+      {-1, R"({"totalNumberOfPages":1})", CNoContent},
+      {-1, R"({"content":{}})", CNoContent},
+      {-1, R"({"content":[],"totalNumberOfElements":500000000,"totalNumberOfPages":1})",
        "ContentArray.Count = 0, totalNumberOfElements = 500000000"},
-      {R"({"content":[1,"x",{"title":"no id"},{"id":"7"}],"totalNumberOfElements":4,"totalNumberOfPages":1})",
+      {-1, R"({"content":[1,"x",{"title":"no id"},{"id":"7"}],"totalNumberOfElements":4,"totalNumberOfPages":1})",
        R"(4 items of page 0 are not tickets (not an object, or no integer "id"))"},
+      {-1, R"({"content":[],"totalNumberOfElements":0,"totalNumberOfPages":0})", ""},
+      {1, "", R"(RESTResponse.Content = "")"},
+      {1, "garbage", CNotObject},
+      {1, R"({"totalNumberOfPages":3})", CNoContent},
+      {1, R"({"content":[]})", "ContentArray.Count = 0, totalNumberOfElements = 1203"},
   };
   SignIn();
-  for (const auto &[body, error] : rows) {
-    Trace::Clear();
-    Trace::AttachFile(FConfig.File("trace.log"));
-    ReplaceBody("/api/ticket/list/open", body);
-    EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 1, "").isEmpty()) << body.constData();
-    EXPECT_TRUE(FRest->LastCallFailed()) << body.constData();
-    EXPECT_EQ(ErrorLines(), QStringList{QString::fromUtf8(error)}) << body.constData();
+  for (const auto &row : rows) {
+    RestartTrace();
+    ReplaceBody("/api/ticket/list/open", row.body, row.page);
+    const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+    const auto context = QString("page %1: %2").arg(row.page).arg(QString::fromUtf8(row.body)).toStdString();
+    EXPECT_EQ(result.Value.size(), row.page == 1 ? 500 : 0) << context;
+    EXPECT_EQ(result.Failed(), !row.error.isEmpty()) << context;
+    EXPECT_EQ(ErrorLines(), row.error.isEmpty() ? QStringList() : QStringList{QString::fromUtf8(row.error)}) << context;
   }
 }
 
-TEST_F(TicketsList, BadLaterPageKeepsTheEarlierPages)
+// A first page that cannot be fetched ends the query: nothing comes, and the
+// failure says why.
+TEST_F(TicketsList, AFirstPageThatCannotBeFetchedEndsTheQueryWithItsReason)
 {
-  SignIn();
-  const QList<QPair<QByteArray, QByteArray>> rows{
-      {"", R"(RESTResponse.Content = "")"},
-      {"garbage", CNotObject},
-      {R"({"totalNumberOfPages":3})", CNoContent},
-      {R"({"content":[]})", "ContentArray.Count = 0, totalNumberOfElements = 1203"},
+  const struct
+  {
+    const char *why;
+    std::function<void(TdmRest &, TDemoFaults &)> prepare;
+    QString reason;
+    qsizetype requests;
+  } rows[] = {
+      {"no token", [](TdmRest &rest, TDemoFaults &) { rest.DropToken(); }, "answered HTTP 401", 1},
+      {"no answer",
+       [](TdmRest &rest, TDemoFaults &faults) {
+         faults.DelayMs = 1500;
+         rest.SetTimeout(std::chrono::milliseconds(200));
+       },
+       "no answer from", 1},
+      {"deadline passed", [](TdmRest &rest, TDemoFaults &) { rest.SetDeadline(QDeadlineTimer(0)); }, "time limit", 0},
   };
-  for (const auto &[body, error] : rows) {
-    Trace::Clear();
-    Trace::AttachFile(FConfig.File("trace.log"));
-    ReplaceBody("/api/ticket/list/open", body, 1);
-    EXPECT_EQ(FRest->GET_TicketsListOpen(FSettings, 7, "").size(), 500) << body.constData();
-    EXPECT_TRUE(FRest->LastCallFailed()) << body.constData();
-    EXPECT_EQ(ErrorLines(), QStringList{QString::fromUtf8(error)}) << body.constData();
+  for (const auto &row : rows) {
+    FRest = std::make_unique<TdmRest>(FManager);
+    FService.SetFaults({});
+    SignIn();
+    TDemoFaults faults;
+    row.prepare(*FRest, faults);
+    FService.SetFaults(faults);
+    const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+    EXPECT_TRUE(result.Value.isEmpty()) << row.why;
+    ASSERT_TRUE(result.Failed()) << row.why;
+    EXPECT_TRUE(result.Failure->Reason.contains(row.reason)) << row.why << ": " << result.Failure->Reason.toStdString();
+    EXPECT_EQ(FService.Requests().size(), row.requests) << row.why;
   }
-}
-
-TEST_F(TicketsList, FirstPageThatCannotBeFetchedEndsTheQuery)
-{
-  SignIn();
-  TDemoFaults faults;
-  faults.DelayMs = 1500;
-  FService.SetFaults(faults);
-  FRest->SetTimeout(std::chrono::milliseconds(200));
-  EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 7, "").isEmpty()) << "a failed first page ends the query";
-  EXPECT_TRUE(FRest->LastCallFailed());
-  ASSERT_EQ(ErrorLines().size(), 1);
-  EXPECT_TRUE(ErrorLines().first().startsWith("Erreur API : no answer from")) << ErrorLines().first().toStdString();
 }
 
 TEST_F(TicketsList, LaterPageCutOffIsSkippedAndTheNextPagesStillCome)
 {
   SignIn();
-  const tyRestTickets all = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  const tyRestTickets all = FRest->GET_TicketsListOpen(FSettings, 7, "").Value;
   ASSERT_EQ(all.size(), 1203);
   FService.ClearRequests();
   TDemoFaults faults;
   faults.Bodies.append({"/api/ticket/list/open", 1, QByteArray(4000, ' '), 200, TDemoFaults::TDelivery::CutMidBody});
   FService.SetFaults(faults);
-  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  const tyRestTickets &tickets = result.Value;
   EXPECT_EQ(FService.Requests().size(), 3);
   ASSERT_EQ(tickets.size(), 703) << "pages 0 and 2";
   EXPECT_EQ(tickets[499].id, all[499].id);
   EXPECT_EQ(tickets[500].id, all[1000].id) << "page 2 follows page 0 directly";
   EXPECT_EQ(tickets[702].id, all[1202].id);
-  EXPECT_TRUE(FRest->LastCallFailed());
+  EXPECT_TRUE(result.Failed());
   ASSERT_EQ(ErrorLines().size(), 1);
   EXPECT_TRUE(ErrorLines().first().startsWith("Erreur API : ")) << ErrorLines().first().toStdString();
-}
-
-TEST_F(TicketsList, WithoutTokenTheRefusalIsAFailure)
-{
-  EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 1, "").isEmpty());
-  EXPECT_TRUE(FRest->LastCallFailed());
 }
 
 namespace {
@@ -201,8 +206,7 @@ TEST_F(TicketsList, ParallelRequestsGiveWhatOneAtATimeGives)
   FService.SetFaults(faults);
   const QList<TTicketQuery> queries{{7, ""}, {1, ""}, {1, QString::fromUtf8(CNoticeFrench)}, {2, ""}, {7, "x"}};
   auto run = [&](int parallel) {
-    Trace::Clear();
-    Trace::AttachFile(FConfig.File("trace.log"));
+    RestartTrace();
     FService.ClearRequests();
     FSettings.ParallelRequests = parallel;
     QStringList results;
@@ -232,15 +236,13 @@ TEST_F(TicketsList, ParallelRequestsGiveWhatOneAtATimeGives)
 TEST_F(TicketsList, TooManyRequestsIsAskedAgainAfterItsDelay)
 {
   SignIn();
-  const tyRestTickets all = FRest->GET_TicketsListOpen(FSettings, 7, "");
-  FService.ClearRequests();
   TDemoFaults faults;
   faults.TooManyOnce = true;
   FService.SetFaults(faults);
   FSettings.ParallelRequests = 4;
-  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 7, "");
-  EXPECT_FALSE(FRest->LastCallFailed()) << FRest->LastFailure().Reason.toStdString();
-  EXPECT_EQ(tickets.size(), all.size());
+  const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  EXPECT_FALSE(result.Failed()) << result.Failure.value_or(TRestFailure()).Reason.toStdString();
+  EXPECT_EQ(result.Value.size(), 1203);
   EXPECT_EQ(FService.Requests().size(), 4) << "three pages, the first twice";
   EXPECT_TRUE(TraceText().contains("Retry-After = 1"));
 }
@@ -261,18 +263,9 @@ TEST_F(TicketsList, PagingStopsAtWhatTheAnnouncedTicketsCanFill)
                 QString(R"({"totalNumberOfPages":1000000,"totalNumberOfElements":%1,"content":[{"id":1}]})")
                     .arg(announced)
                     .toUtf8());
-    EXPECT_EQ(FRest->GET_TicketsListOpen(FSettings, 1, "").size(), requests) << announced;
+    const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 1, "");
+    EXPECT_EQ(result.Value.size(), requests) << announced;
     EXPECT_EQ(FService.Requests().size(), requests) << announced;
-    EXPECT_EQ(FRest->LastCallFailed(), announced > requests) << announced;
+    EXPECT_EQ(result.Failed(), announced > requests) << announced;
   }
-}
-
-TEST_F(TicketsList, NoRequestStartsOnceTheDeadlineHasPassed)
-{
-  SignIn();
-  FRest->SetDeadline(QDeadlineTimer(0));
-  EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 1, "").isEmpty());
-  EXPECT_TRUE(FRest->LastCallFailed());
-  EXPECT_TRUE(FRest->LastFailure().Reason.contains("time limit")) << FRest->LastFailure().Reason.toStdString();
-  EXPECT_TRUE(FService.Requests().isEmpty());
 }
