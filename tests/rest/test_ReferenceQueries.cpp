@@ -1,42 +1,21 @@
 #include "RestFixture.h"
 
-namespace {
-
-enum class TQuery
-{
-  Objects,
-  Organizations,
-  Teams, // with their organizations
-  Operators
-};
-
-} // namespace
-
 class ReferenceQueries : public RestFixture
 {
 protected:
   void SetUp() override { SignIn(); }
 
-  // How many records a query gave, and its failure.
-  std::pair<qsizetype, std::optional<TRestFailure>> Ask(TQuery query)
+  // How many records the query of `path` gave, and its failure.
+  std::pair<qsizetype, std::optional<TRestFailure>> Ask(const QString &path)
   {
-    switch (query) {
-    case TQuery::Objects:
-      return Outcome(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS"));
-    case TQuery::Organizations:
-      return Outcome(FRest->GET_OrganizationsList(FSettings));
-    case TQuery::Teams:
-      return Outcome(FRest->GET_Teams(FSettings, true));
-    case TQuery::Operators:
-      return Outcome(FRest->GET_OperatorsList(FSettings));
-    }
-    return {};
-  }
-
-private:
-  template <class T> static std::pair<qsizetype, std::optional<TRestFailure>> Outcome(const TRestResult<T> &result)
-  {
-    return {result.Value.size(), result.Failure};
+    const auto outcome = [](const auto &result) { return std::make_pair(result.Value.size(), result.Failure); };
+    if (path.startsWith("/api/repository/"))
+      return outcome(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS"));
+    if (path.startsWith("/api/organization/"))
+      return outcome(FRest->GET_OrganizationsList(FSettings));
+    if (path.startsWith("/api/teams"))
+      return outcome(FRest->GET_Teams(FSettings, true));
+    return outcome(FRest->GET_OperatorsList(FSettings));
   }
 };
 
@@ -107,35 +86,34 @@ TEST_F(ReferenceQueries, BadAnswersFailWithTheirOwnErrorLines)
 {
   const struct
   {
-    TQuery query;
     QString path;
     QByteArray body;
     QString error; // beginning of the only error line, or empty for none
     bool failed;
     qsizetype records;
   } rows[] = {
-      {TQuery::Objects, "/api/repository/objects", R"({"id":5})", "", true, 0},
-      {TQuery::Objects, "/api/repository/objects", "", "Réponse API vide.", true, 0},
-      {TQuery::Organizations, "/api/organization/list", "", "Réponse API vide.", true, 0},
-      {TQuery::Organizations, "/api/organization/list", "not json", "Réponse JSON invalide.", true, 0},
-      {TQuery::Organizations, "/api/organization/list", "{}", "Format JSON incorrect, tableau attendu.", true, 0},
-      {TQuery::Organizations, "/api/organization/list", "[]", "", false, 0},
-      {TQuery::Teams, "/api/teams", "", "Réponse API vide.", true, 0},
-      {TQuery::Teams, "/api/teams", "not json", "Réponse JSON invalide.", true, 0},
-      {TQuery::Teams, "/api/teams", "{}", "Format JSON incorrect, tableau attendu.", true, 0},
-      {TQuery::Teams, "/api/teams", "[]", "", false, 0},
+      {"/api/repository/objects", R"({"id":5})", "", true, 0},
+      {"/api/repository/objects", "", "Réponse API vide.", true, 0},
+      {"/api/organization/list", "", "Réponse API vide.", true, 0},
+      {"/api/organization/list", "not json", "Réponse JSON invalide.", true, 0},
+      {"/api/organization/list", "{}", "Format JSON incorrect, tableau attendu.", true, 0},
+      {"/api/organization/list", "[]", "", false, 0},
+      {"/api/teams", "", "Réponse API vide.", true, 0},
+      {"/api/teams", "not json", "Réponse JSON invalide.", true, 0},
+      {"/api/teams", "{}", "Format JSON incorrect, tableau attendu.", true, 0},
+      {"/api/teams", "[]", "", false, 0},
       // A team whose detail cannot be read stays without organizations.
-      {TQuery::Teams, "/api/teams/12", "", "Réponse API vide.", true, 3},
-      {TQuery::Teams, "/api/teams/12", "{oops", "Réponse JSON invalide.", true, 3},
-      {TQuery::Teams, "/api/teams/12", "[]", "Format JSON incorrect, objet attendu.", true, 3},
-      {TQuery::Operators, "/api/operators/list", R"({"totalNumberOfElements":0})", "", false, 0},
-      {TQuery::Operators, "/api/operators/list", "[1]", "Erreur API : The answer of https://", true, 0},
-      {TQuery::Operators, "/api/operators/list", "{oops", "Réponse JSON invalide.", true, 0},
+      {"/api/teams/12", "", "Réponse API vide.", true, 3},
+      {"/api/teams/12", "{oops", "Réponse JSON invalide.", true, 3},
+      {"/api/teams/12", "[]", "Format JSON incorrect, objet attendu.", true, 3},
+      {"/api/operators/list", R"({"totalNumberOfElements":0})", "", false, 0},
+      {"/api/operators/list", "[1]", "Erreur API : The answer of https://", true, 0},
+      {"/api/operators/list", "{oops", "Réponse JSON invalide.", true, 0},
   };
   for (const auto &row : rows) {
     RestartTrace();
     ReplaceBody(row.path, row.body);
-    const auto [records, failure] = Ask(row.query);
+    const auto [records, failure] = Ask(row.path);
     const std::string context = (row.path + " answering " + row.body).toStdString();
     EXPECT_EQ(records, row.records) << context;
     EXPECT_EQ(failure.has_value(), row.failed) << context;
@@ -181,9 +159,9 @@ TEST_F(ReferenceQueries, ServiceThatDoesNotAnswerIsAnApiErrorOfEachQuery)
   faults.DelayMs = 1500;
   FService.SetFaults(faults);
   FRest->SetTimeout(std::chrono::milliseconds(200));
-  for (TQuery query : {TQuery::Objects, TQuery::Organizations, TQuery::Teams, TQuery::Operators}) {
+  for (const char *path : {"/api/repository/", "/api/organization/", "/api/teams", "/api/operators/"}) {
     RestartTrace();
-    const auto [records, failure] = Ask(query);
+    const auto [records, failure] = Ask(path);
     EXPECT_EQ(records, 0);
     ASSERT_TRUE(failure.has_value());
     EXPECT_TRUE(failure->Reason.startsWith("no answer from " + FService.Instance())) << failure->Reason.toStdString();
