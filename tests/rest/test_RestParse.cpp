@@ -65,36 +65,7 @@ TEST(ParseHelpers, SubRecordsAreEmptiedFirstThenFilledFromAnObject)
   EXPECT_EQ(reference.reference, "P1");
 }
 
-TEST(TicketMapping, EveryMemberReachesItsFieldAndAbsentOnesStayZero)
-{
-  const tyRestTicket ticket = Ticket(R"({"id":12,"type":"CHANGE","assignedTeam":null,"waitingDelay":"5",
-    "status":{"id":1,"reference":"NEW","category":"OPEN"},
-    "customProperties":[{"customProperty":{"id":2,"reference":"CP"},"selectedOption":{"id":3,"description":"Yes"}}],
-    "checks":[{"id":4,"description":"Backup"}],
-    "change":{"reason":"r","rollbackPlan":"rb"},"incident":{"incidentImpact":"i","incidentUrgency":"u"},
-    "validationLevel":{"description":"d","id":5,"level":2},"template":{"id":6,"description":"t"},
-    "flagApi":true,"lastUpdate":"2024-03-15T08:30:00.123Z"})");
-  EXPECT_EQ(ticket.id, 12);
-  EXPECT_EQ(ticket._type, "CHANGE");
-  EXPECT_EQ(ticket.assignedTeam.id, 0);
-  EXPECT_EQ(ticket.waitingDelay, 0);
-  EXPECT_EQ(ticket.resolutionDelay, 0);
-  EXPECT_EQ(ticket.status.id, 1);
-  EXPECT_EQ(ticket.status._reference, "NEW");
-  ASSERT_EQ(ticket.customProperties.size(), 1);
-  EXPECT_EQ(ticket.customProperties[0].customProperty.reference, "CP");
-  EXPECT_EQ(ticket.customProperties[0].selectedOption.description, "Yes");
-  ASSERT_EQ(ticket.checks.size(), 1);
-  EXPECT_EQ(ticket.checks[0].description, "Backup");
-  EXPECT_EQ(ticket.change.rollbackPlan, "rb");
-  EXPECT_EQ(ticket.incident.incidentUrgency, "u");
-  EXPECT_EQ(ticket.validationLevel.level, 2);
-  EXPECT_EQ(ticket.template_.description, "t");
-  EXPECT_TRUE(ticket.flagApi);
-  EXPECT_EQ(ticket.lastUpdate, "2024-03-15T08:30:00.123Z");
-}
-
-TEST(TicketMapping, EachMemberFillsItsOwnField)
+TEST(TicketMapping, EachMemberFillsItsOwnFieldAndAbsentOrMistypedOnesStayZero)
 {
   const tyRestTicket ticket = Ticket(R"({
     "id":1, "type":"s-type", "title":"s-title", "description":"s-description", "creationDate":"s-creationDate",
@@ -113,6 +84,10 @@ TEST(TicketMapping, EachMemberFillsItsOwnField)
     "priority":{"id":20,"reference":"r-priority"},
     "sla":{"id":30,"description":"d-sla"}, "task":{"id":31,"description":"d-task"},
     "template":{"id":32,"description":"d-template"}, "validationWorkflow":{"id":33,"description":"d-workflow"},
+    "status":{"id":40,"reference":"r-status","category":"c-status"}, "validationLevel":{"id":41,"level":2},
+    "customProperties":[{"customProperty":{"id":2,"reference":"CP"},"selectedOption":{"id":3,"description":"Yes"}}],
+    "checks":[{"id":4,"description":"Backup"}], "change":{"reason":"r","rollbackPlan":"rb"},
+    "incident":{"incidentImpact":"i","incidentUrgency":"u"},
     "unknownMember":"ignored"})");
   const QList<std::pair<QString, QString>> texts{
       {ticket._type, "s-type"},
@@ -143,7 +118,14 @@ TEST(TicketMapping, EachMemberFillsItsOwnField)
       {ticket.sla.description, "d-sla"},
       {ticket.task.description, "d-task"},
       {ticket.template_.description, "d-template"},
-      {ticket.validationWorkflow.description, "d-workflow"}};
+      {ticket.validationWorkflow.description, "d-workflow"},
+      {ticket.status._reference, "r-status"},
+      {ticket.status.category, "c-status"},
+      {ticket.customProperties.value(0).customProperty.reference, "CP"},
+      {ticket.customProperties.value(0).selectedOption.description, "Yes"},
+      {ticket.checks.value(0).description, "Backup"},
+      {ticket.change.rollbackPlan, "rb"},
+      {ticket.incident.incidentUrgency, "u"}};
   for (const auto &[field, expected] : texts)
     EXPECT_EQ(field, expected);
   EXPECT_EQ((QList<std::int32_t>{ticket.id, ticket.resolutionDelay, ticket.slaResolutionDelay, ticket.waitingDelay}),
@@ -151,11 +133,18 @@ TEST(TicketMapping, EachMemberFillsItsOwnField)
   EXPECT_EQ((QList<std::int32_t>{ticket.organization.id, ticket.assignedTeam.id, ticket.assignedUser.id,
                                  ticket.author.id, ticket.createdBy.id, ticket.authorSite.id, ticket.application.id,
                                  ticket.supplier.id, ticket.priority.id, ticket.sla.id, ticket.task.id,
-                                 ticket.template_.id, ticket.validationWorkflow.id}),
-            (QList<std::int32_t>{10, 11, 12, 13, 14, 15, 16, 17, 20, 30, 31, 32, 33}));
+                                 ticket.template_.id, ticket.validationWorkflow.id, ticket.status.id,
+                                 ticket.validationLevel.level}),
+            (QList<std::int32_t>{10, 11, 12, 13, 14, 15, 16, 17, 20, 30, 31, 32, 33, 40, 2}));
   EXPECT_TRUE(ticket.authorEmailNotify && ticket.tasksPublic && ticket.access && ticket.writeAccess &&
               ticket.flagApi && ticket.archived);
   EXPECT_FALSE(ticket.tenExchangesAdded);
+
+  const tyRestTicket sparse = Ticket(R"({"id":12,"assignedTeam":null,"waitingDelay":"5","flagApi":1})");
+  EXPECT_EQ((QList<std::int32_t>{sparse.assignedTeam.id, sparse.waitingDelay, sparse.resolutionDelay, sparse.status.id}),
+            (QList<std::int32_t>{0, 0, 0, 0}));
+  EXPECT_FALSE(sparse.flagApi);
+  EXPECT_TRUE(sparse.title.isEmpty() && sparse.customProperties.isEmpty());
 }
 
 TEST(AsciiJson, CharactersOutsideAsciiBecomeEscapes)
