@@ -197,6 +197,21 @@ TEST_F(StepsFixture, IncompleteRetrievalIsReportedAndNeverAnAllClear)
   EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("This could not be checked"));
 }
 
+TEST_F(StepsFixture, AFailedOperatorsQueryOfTheReportIsLogged)
+{
+  SelectAll();
+  TDemoFaults faults;
+  faults.Bodies.append({QStringLiteral("/api/operators/list"), -1, QByteArray("garbage"), 200});
+  FService.SetFaults(faults);
+  TUnattendedOptions options;
+  options.DryRun = true;
+  TimerTimer(*FState, FProgress, options);
+  const QString log = ReadTextFile(FState->FLogFile);
+  EXPECT_TRUE(log.contains(" - ERROR Operator list (the report's recipients): the answer of " + FService.Instance() +
+                           " was not understood"))
+      << log.toStdString();
+}
+
 TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
 {
   SelectAll();
