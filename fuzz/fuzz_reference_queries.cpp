@@ -6,12 +6,20 @@
 #include "FuzzSupport.h"
 #include "rest/dRest.h"
 
+#include <cstdlib>
 #include <memory>
 
 namespace {
 
 TCannedNetwork *Network;
 TdmRest *Rest;
+
+// A failure that does not say why would leave the person without a clue.
+template <class T> void Check(const TRestResult<T> &result)
+{
+  if (result.Failure && result.Failure->Reason.isEmpty())
+    std::abort();
+}
 
 } // namespace
 
@@ -31,11 +39,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   tyQuorvexITSM settings;
   settings.Instance = QStringLiteral("fuzz.invalid");
   switch (data[0] % 5) {
-  case 0: Rest->GET_Objects(settings, QStringLiteral("TICKETING"), QStringLiteral("TICKET_STATUS")); break;
-  case 1: Rest->GET_OrganizationsList(settings); break;
-  case 2: Rest->GET_Teams(settings, false); break;
-  case 3: Rest->GET_Teams(settings, true); break;
-  default: Rest->GET_OperatorsList(settings); break;
+  case 0: Check(Rest->GET_Objects(settings, QStringLiteral("TICKETING"), QStringLiteral("TICKET_STATUS"))); break;
+  case 1: Check(Rest->GET_OrganizationsList(settings)); break;
+  case 2: Check(Rest->GET_Teams(settings, false)); break;
+  case 3: Check(Rest->GET_Teams(settings, true)); break;
+  default: Check(Rest->GET_OperatorsList(settings)); break;
   }
   return 0;
 }
