@@ -80,7 +80,8 @@ QJsonArray TdmRest::ArrayAnswer(const QByteArray &body)
   return document.array();
 }
 
-TRestResult<tyRestObjects> TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString &module, const QString &types)
+TRestResult<tyRestObjects> TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString &module,
+                                                const QString &types)
 {
   const TraceScope trace(lcRest(), "TdmRest.GET_Objects");
   BeginCall();

@@ -242,18 +242,18 @@ void TMainState::bbtStatusAndPropertiesClick(const TEditColours &editColours)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtStatusAndPropertiesClick");
   BeginServiceStep();
+  const QString module = QStringLiteral("TICKETING");
   if (FStatus.isEmpty()) {
     if (!ServiceReady() || !EnsureToken())
       return;
-    FStatus = BuildStatusList(Noted(FRest.GET_Objects(FICI, QStringLiteral("TICKETING"), QStringLiteral("TICKET_STATUS")),
-                                    QStringLiteral("Status list")),
-                              Colours());
+    FStatus = BuildStatusList(
+        Noted(FRest.GET_Objects(FICI, module, QStringLiteral("TICKET_STATUS")), QStringLiteral("Status list")),
+        Colours());
   }
   if (FPriorities.isEmpty()) {
-    FPriorities = BuildPriorityList(Noted(FRest.GET_Objects(FICI, QStringLiteral("TICKETING"),
-                                                            QStringLiteral("TICKET_PRIORITY")),
-                                          QStringLiteral("Priority list")),
-                                    Colours());
+    FPriorities = BuildPriorityList(
+        Noted(FRest.GET_Objects(FICI, module, QStringLiteral("TICKET_PRIORITY")), QStringLiteral("Priority list")),
+        Colours());
   }
   if (editColours(FStatus, FPriorities, Colours())) {
     SaveStatus();

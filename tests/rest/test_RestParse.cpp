@@ -141,8 +141,9 @@ TEST(TicketMapping, EachMemberFillsItsOwnFieldAndAbsentOrMistypedOnesStayZero)
   EXPECT_FALSE(ticket.tenExchangesAdded);
 
   const tyRestTicket sparse = Ticket(R"({"id":12,"assignedTeam":null,"waitingDelay":"5","flagApi":1})");
-  EXPECT_EQ((QList<std::int32_t>{sparse.assignedTeam.id, sparse.waitingDelay, sparse.resolutionDelay, sparse.status.id}),
-            (QList<std::int32_t>{0, 0, 0, 0}));
+  EXPECT_EQ(
+      (QList<std::int32_t>{sparse.assignedTeam.id, sparse.waitingDelay, sparse.resolutionDelay, sparse.status.id}),
+      (QList<std::int32_t>{0, 0, 0, 0}));
   EXPECT_FALSE(sparse.flagApi);
   EXPECT_TRUE(sparse.title.isEmpty() && sparse.customProperties.isEmpty());
 }
