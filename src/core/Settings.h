@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ConfigTypes.h"
-#include "SettingsKeys.h"
 
 #include <QString>
 #include <QStringList>

@@ -17,8 +17,6 @@
 // name, type and default cannot differ between the code that reads it and the
 // code that writes it.
 
-using TSettingsWarnings = QStringList;
-
 // One key of a fixed name. T is bool, std::int32_t, double or QString; a secret
 // (QString only) is stored enciphered and read through the same deciphering,
 // whatever the caller.
@@ -129,11 +127,11 @@ inline const TKeyedSection<QString> PriorityCodes{QStringLiteral("PriorityLong")
 
 } // namespace Setting
 
-// Typed access. A secret is deciphered on reading: a damaged one reads as empty,
-// with a warning naming the file and key added to `warnings`. On writing it is
-// enciphered, unless the stored text already holds it (each enciphering differs,
-// and a save that changes nothing must write nothing); while it is empty, a stored
-// value that cannot be deciphered stays as found, for the user to repair.
+// Typed access. The text overloads take the secret path when the table says so:
+// deciphered on reading (a damaged secret reads as empty, with a warning naming
+// the file and key added to `warnings`), enciphered on writing (a save that
+// changes nothing writes nothing; a damaged stored secret stays as found while
+// the new one is empty).
 bool ReadSetting(const TIniFile &ini, const TSetting<bool> &setting);
 std::int32_t ReadSetting(const TIniFile &ini, const TSetting<std::int32_t> &setting);
 double ReadSetting(const TIniFile &ini, const TSetting<double> &setting);
@@ -161,8 +159,10 @@ T Read(const TIniFile &ini, const QString &section, const QString &key, const T 
     return ini.ReadBool(section, key, defaultValue);
   else if constexpr (std::is_same_v<T, std::int32_t>)
     return ini.ReadInteger(section, key, defaultValue);
-  else
+  else {
+    static_assert(std::is_same_v<T, QString>, "a list entry or keyed value is bool, std::int32_t or QString");
     return ini.ReadString(section, key, defaultValue);
+  }
 }
 
 template <typename T>
@@ -172,8 +172,10 @@ void Write(TIniFile &ini, const QString &section, const QString &key, const T &v
     ini.WriteBool(section, key, value);
   else if constexpr (std::is_same_v<T, std::int32_t>)
     ini.WriteInteger(section, key, value);
-  else
+  else {
+    static_assert(std::is_same_v<T, QString>, "a list entry or keyed value is bool, std::int32_t or QString");
     ini.WriteString(section, key, value);
+  }
 }
 } // namespace SettingsDetail
 
