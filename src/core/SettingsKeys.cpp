@@ -43,41 +43,11 @@ void WriteSecret(TIniFile &ini, const TSetting<QString> &setting, const QString 
 
 } // namespace
 
-bool ReadSetting(const TIniFile &ini, const TSetting<bool> &setting)
-{
-  return ini.ReadBool(setting.Section, setting.Key, setting.Default);
-}
-
-std::int32_t ReadSetting(const TIniFile &ini, const TSetting<std::int32_t> &setting)
-{
-  return ini.ReadInteger(setting.Section, setting.Key, setting.Default);
-}
-
-double ReadSetting(const TIniFile &ini, const TSetting<double> &setting)
-{
-  return ini.ReadFloat(setting.Section, setting.Key, setting.Default);
-}
-
 QString ReadSetting(const TIniFile &ini, const TSetting<QString> &setting, TSettingsWarnings &warnings)
 {
   if (setting.Secret && ini.ValueExists(setting.Section, setting.Key))
     return ReadSecret(ini, setting, warnings);
   return ini.ReadString(setting.Section, setting.Key, setting.Default);
-}
-
-void WriteSetting(TIniFile &ini, const TSetting<bool> &setting, bool value)
-{
-  ini.WriteBool(setting.Section, setting.Key, value);
-}
-
-void WriteSetting(TIniFile &ini, const TSetting<std::int32_t> &setting, std::int32_t value)
-{
-  ini.WriteInteger(setting.Section, setting.Key, value);
-}
-
-void WriteSetting(TIniFile &ini, const TSetting<double> &setting, double value)
-{
-  ini.WriteFloat(setting.Section, setting.Key, value);
 }
 
 void WriteSetting(TIniFile &ini, const TSetting<QString> &setting, const QString &value)

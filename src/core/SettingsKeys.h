@@ -127,30 +127,6 @@ inline const TKeyedSection<QString> PriorityCodes{QStringLiteral("PriorityLong")
 
 } // namespace Setting
 
-// Typed access. The text overloads take the secret path when the table says so:
-// deciphered on reading (a damaged secret reads as empty, with a warning naming
-// the file and key added to `warnings`), enciphered on writing (a save that
-// changes nothing writes nothing; a damaged stored secret stays as found while
-// the new one is empty).
-bool ReadSetting(const TIniFile &ini, const TSetting<bool> &setting);
-std::int32_t ReadSetting(const TIniFile &ini, const TSetting<std::int32_t> &setting);
-double ReadSetting(const TIniFile &ini, const TSetting<double> &setting);
-QString ReadSetting(const TIniFile &ini, const TSetting<QString> &setting, TSettingsWarnings &warnings);
-
-void WriteSetting(TIniFile &ini, const TSetting<bool> &setting, bool value);
-void WriteSetting(TIniFile &ini, const TSetting<std::int32_t> &setting, std::int32_t value);
-void WriteSetting(TIniFile &ini, const TSetting<double> &setting, double value);
-void WriteSetting(TIniFile &ini, const TSetting<QString> &setting, const QString &value);
-
-// A count beyond this bound can only come from a damaged file; it is cut so that
-// reading stays quick.
-inline constexpr std::int32_t CMaxListEntries = 100000;
-
-// The stored count, 0 when missing or not a number, cut to [0, CMaxListEntries]
-// (a cut is traced).
-std::int32_t ReadListCount(const TIniFile &ini, const TSettingsList &list);
-void WriteListCount(TIniFile &ini, const TSettingsList &list, qsizetype count);
-
 namespace SettingsDetail {
 template <typename T>
 T Read(const TIniFile &ini, const QString &section, const QString &key, const T &defaultValue)
@@ -159,8 +135,10 @@ T Read(const TIniFile &ini, const QString &section, const QString &key, const T 
     return ini.ReadBool(section, key, defaultValue);
   else if constexpr (std::is_same_v<T, std::int32_t>)
     return ini.ReadInteger(section, key, defaultValue);
+  else if constexpr (std::is_same_v<T, double>)
+    return ini.ReadFloat(section, key, defaultValue);
   else {
-    static_assert(std::is_same_v<T, QString>, "a list entry or keyed value is bool, std::int32_t or QString");
+    static_assert(std::is_same_v<T, QString>, "a setting is bool, std::int32_t, double or QString");
     return ini.ReadString(section, key, defaultValue);
   }
 }
@@ -172,12 +150,45 @@ void Write(TIniFile &ini, const QString &section, const QString &key, const T &v
     ini.WriteBool(section, key, value);
   else if constexpr (std::is_same_v<T, std::int32_t>)
     ini.WriteInteger(section, key, value);
+  else if constexpr (std::is_same_v<T, double>)
+    ini.WriteFloat(section, key, value);
   else {
-    static_assert(std::is_same_v<T, QString>, "a list entry or keyed value is bool, std::int32_t or QString");
+    static_assert(std::is_same_v<T, QString>, "a setting is bool, std::int32_t, double or QString");
     ini.WriteString(section, key, value);
   }
 }
 } // namespace SettingsDetail
+
+// Typed access. Text goes through its own overloads, which take the secret path
+// when the table says so: deciphered on reading (a damaged secret reads as empty,
+// with a warning naming the file and key added to `warnings`), enciphered on
+// writing (a save that changes nothing writes nothing; a damaged stored secret
+// stays as found while the new one is empty).
+template <typename T>
+  requires(!std::is_same_v<T, QString>)
+T ReadSetting(const TIniFile &ini, const TSetting<T> &setting)
+{
+  return SettingsDetail::Read(ini, setting.Section, setting.Key, setting.Default);
+}
+
+template <typename T>
+  requires(!std::is_same_v<T, QString>)
+void WriteSetting(TIniFile &ini, const TSetting<T> &setting, const std::type_identity_t<T> &value)
+{
+  SettingsDetail::Write(ini, setting.Section, setting.Key, value);
+}
+
+QString ReadSetting(const TIniFile &ini, const TSetting<QString> &setting, TSettingsWarnings &warnings);
+void WriteSetting(TIniFile &ini, const TSetting<QString> &setting, const QString &value);
+
+// A count beyond this bound can only come from a damaged file; it is cut so that
+// reading stays quick.
+inline constexpr std::int32_t CMaxListEntries = 100000;
+
+// The stored count, 0 when missing or not a number, cut to [0, CMaxListEntries]
+// (a cut is traced).
+std::int32_t ReadListCount(const TIniFile &ini, const TSettingsList &list);
+void WriteListCount(TIniFile &ini, const TSettingsList &list, qsizetype count);
 
 // Entry `index` (from 0) of a list.
 template <typename T>
