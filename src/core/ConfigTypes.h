@@ -3,6 +3,7 @@
 #include "TDateTime.h"
 
 #include <QString>
+#include <QStringList>
 #include <cstdint>
 
 // Settings records kept in the settings file.
@@ -44,7 +45,7 @@ struct tySMTPserver
   QString From;       // sender address of the report
 };
 
-// Who receives the report (section "Delivery").
+// Who receives the report (Setting::Delivery).
 enum class TDeliveryMode {
   Report,    // one mail to the default receivers, with the computed recipients listed for information
   Concerned, // one mail to the computed recipients, the defaults in copy
@@ -57,3 +58,7 @@ struct tyDelivery
   bool SkipWhenClear = false;  // no mail when the retrieval was complete and no section has a row
   bool AttachWorkbook = false; // each mail carries its rows as a workbook
 };
+
+// Messages for the person about settings read with a fault (a damaged secret, a
+// value out of range), each naming the file and the key.
+using TSettingsWarnings = QStringList;

@@ -1,133 +1,34 @@
 #include "Settings.h"
 
-#include "Errors.h"
 #include "IniFile.h"
-#include "SecretCodec.h"
-#include "SettingsLists.h"
+#include "SettingsKeys.h"
 #include "Trace.h"
 
 #include <algorithm>
 
-// Every section, key and default is named once here; each group's reader and
-// writer use the same names, in the order the file keeps them.
-
-namespace {
-
-namespace Itsm {
-const QString Section = QStringLiteral("QuorvexITSM");
-const QString SaaS = QStringLiteral("SaaS");
-const QString Instance = QStringLiteral("Instance");
-const QString ClientID = QStringLiteral("ClientID");
-const QString ClientSecret = QStringLiteral("ClientSecret");
-const QString Username = QStringLiteral("Username");
-const QString Password = QStringLiteral("Password");
-const QString TokenRequest = QStringLiteral("TokenRequest");
-const QString TokenValidity = QStringLiteral("TokenValidity");
-const QString Token = QStringLiteral("Token");
-const QString ParallelRequests = QStringLiteral("ParallelRequests");
-
-constexpr bool DefaultSaaS = true;
-const QString DefaultInstance = QStringLiteral("acme");
-constexpr double DefaultTokenRequest = 0;
-constexpr std::int32_t DefaultTokenValidity = 24;
-constexpr std::int32_t DefaultParallelRequests = 1;
-constexpr std::int32_t MaxParallelRequests = 8;
-} // namespace Itsm
-
-namespace Smtp {
-const QString Section = QStringLiteral("SMTP");
-const QString Server = QStringLiteral("Server");
-const QString Port = QStringLiteral("Port");
-const QString UseSSL = QStringLiteral("UseSSL");
-const QString UserName = QStringLiteral("UserName");
-const QString Password = QStringLiteral("Password");
-const QString DefaultTo = QStringLiteral("DefaultTo");
-const QString DefaultCC = QStringLiteral("DefaultCC");
-const QString From = QStringLiteral("From");
-
-// No server, mailbox or address is made up: the user enters them.
-constexpr std::int32_t DefaultPort = 465;
-constexpr bool DefaultUseSSL = true;
-} // namespace Smtp
-
-namespace Delivery {
-const QString Section = QStringLiteral("Delivery");
-const QString Mode = QStringLiteral("Mode");
-const QString SkipWhenClear = QStringLiteral("SkipWhenClear");
-const QString AttachWorkbook = QStringLiteral("AttachWorkbook");
-
-const QList<std::pair<TDeliveryMode, QString>> ModeNames{{TDeliveryMode::Report, QStringLiteral("report")},
-                                                         {TDeliveryMode::Concerned, QStringLiteral("concerned")},
-                                                         {TDeliveryMode::Personal, QStringLiteral("personal")}};
-} // namespace Delivery
-
-namespace Filters {
-const QString Section = QStringLiteral("Filters");
-const QString NbMinutes = QStringLiteral("NbMinutes");
-const QString NbDays = QStringLiteral("NbDays");
-const QString NbIgnore = QStringLiteral("NbIgnore");
-const QString StatusPrefix = QStringLiteral("Status_");
-
-constexpr std::int32_t DefaultNbMinutes = 15;
-constexpr std::int32_t DefaultNbDays = 14;
-} // namespace Filters
-
-// A stored secret, deciphered. A damaged one reads as empty with a warning.
-QString ReadSecret(const TIniFile &ini, const QString &section, const QString &key,
-                   const QString &storedDefault, TSettingsWarnings &warnings)
-{
-  try {
-    return Decrypt(ini.ReadString(section, key, storedDefault));
-  } catch (const ESecretError &error) {
-    const QString warning =
-        QStringLiteral("The stored secret \"%1\" of section [%2] in \"%3\" cannot be read (%4); it is taken as "
-                       "empty. Enter it again in its settings dialog.")
-            .arg(key, section, ini.FileName(), error.Message());
-    TraceFailure(lcSettings(), warning); // the warning itself reaches the person
-    warnings.append(warning);
-    return QString();
-  }
-}
-
-// Writes a secret enciphered, unless the stored text already holds it (each
-// enciphering differs, and a save that changes nothing must write nothing). A
-// stored value that cannot be deciphered read as empty: while the secret is
-// still empty it stays as found, so that a save of the group never destroys
-// what the user may still repair or recover.
-void WriteSecret(TIniFile &ini, const QString &section, const QString &key, const QString &secret)
-{
-  try {
-    if (Decrypt(ini.ReadString(section, key, QString())) == secret)
-      return;
-  } catch (const ESecretError &) {
-    if (secret.isEmpty())
-      return;
-  }
-  ini.WriteString(section, key, Encrypt(secret));
-}
-
-} // namespace
+// Each group's reader and writer name its keys through the settings table, in the
+// order the file keeps them.
 
 void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarnings &warnings)
 {
   const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigITSM");
   const TIniFile ini(iniPath);
-  using namespace Itsm;
-  ici.SaaS = ini.ReadBool(Section, SaaS, DefaultSaaS);
-  ici.Instance = ini.ReadString(Section, Instance, DefaultInstance);
-  ici.API.ClientID = ini.ReadString(Section, ClientID, QString());
-  ici.API.ClientSecret = ReadSecret(ini, Section, ClientSecret, QString(), warnings);
-  ici.API.Username = ini.ReadString(Section, Username, QString());
-  ici.API.Password = ReadSecret(ini, Section, Password, QString(), warnings);
-  ici.API.TokenRequest = ini.ReadFloat(Section, TokenRequest, DefaultTokenRequest);
-  ici.API.TokenValidity = ini.ReadInteger(Section, TokenValidity, DefaultTokenValidity);
-  ici.API.Token = ini.ReadString(Section, Token, QString());
-  const std::int32_t parallel = ini.ReadInteger(Section, ParallelRequests, DefaultParallelRequests);
-  ici.ParallelRequests = std::clamp(parallel, DefaultParallelRequests, MaxParallelRequests);
+  using namespace Setting::Itsm;
+  ici.SaaS = ReadSetting(ini, SaaS);
+  ici.Instance = ReadSetting(ini, Instance, warnings);
+  ici.API.ClientID = ReadSetting(ini, ClientID, warnings);
+  ici.API.ClientSecret = ReadSetting(ini, ClientSecret, warnings);
+  ici.API.Username = ReadSetting(ini, Username, warnings);
+  ici.API.Password = ReadSetting(ini, Password, warnings);
+  ici.API.TokenRequest = ReadSetting(ini, TokenRequest);
+  ici.API.TokenValidity = ReadSetting(ini, TokenValidity);
+  ici.API.Token = ReadSetting(ini, Token, warnings);
+  const std::int32_t parallel = ReadSetting(ini, ParallelRequests);
+  ici.ParallelRequests = std::clamp(parallel, ParallelRequests.Default, MaxParallelRequests);
   if (ici.ParallelRequests != parallel)
     warnings.append(QStringLiteral("%1 of [%2] in \"%3\" is %4, outside 1 to %5: %6 is used. Correct it in "
                                    "\"Quorvex ITSM API\".")
-                        .arg(ParallelRequests, Section, iniPath)
+                        .arg(ParallelRequests.Key, Section, iniPath)
                         .arg(parallel)
                         .arg(MaxParallelRequests)
                         .arg(ici.ParallelRequests));
@@ -137,17 +38,17 @@ void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici)
 {
   const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigITSM");
   TIniFile ini(iniPath);
-  using namespace Itsm;
-  ini.WriteBool(Section, SaaS, ici.SaaS);
-  ini.WriteString(Section, Instance, ici.Instance);
-  ini.WriteString(Section, ClientID, ici.API.ClientID);
-  WriteSecret(ini, Section, ClientSecret, ici.API.ClientSecret);
-  ini.WriteString(Section, Username, ici.API.Username);
-  WriteSecret(ini, Section, Password, ici.API.Password);
-  ini.WriteFloat(Section, TokenRequest, ici.API.TokenRequest);
-  ini.WriteInteger(Section, TokenValidity, ici.API.TokenValidity);
-  ini.WriteString(Section, Token, ici.API.Token);
-  ini.WriteInteger(Section, ParallelRequests, ici.ParallelRequests);
+  using namespace Setting::Itsm;
+  WriteSetting(ini, SaaS, ici.SaaS);
+  WriteSetting(ini, Instance, ici.Instance);
+  WriteSetting(ini, ClientID, ici.API.ClientID);
+  WriteSetting(ini, ClientSecret, ici.API.ClientSecret);
+  WriteSetting(ini, Username, ici.API.Username);
+  WriteSetting(ini, Password, ici.API.Password);
+  WriteSetting(ini, TokenRequest, ici.API.TokenRequest);
+  WriteSetting(ini, TokenValidity, ici.API.TokenValidity);
+  WriteSetting(ini, Token, ici.API.Token);
+  WriteSetting(ini, ParallelRequests, ici.ParallelRequests);
   ini.UpdateFile();
 }
 
@@ -155,32 +56,30 @@ void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarning
 {
   const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigSMTP");
   const TIniFile ini(iniPath);
-  using namespace Smtp;
-  smtp.Server = ini.ReadString(Section, Server, QString());
-  smtp.Port = ini.ReadInteger(Section, Port, DefaultPort);
-  smtp.UseSSL = ini.ReadBool(Section, UseSSL, DefaultUseSSL);
-  smtp.UserName = ini.ReadString(Section, UserName, QString());
-  // The default of an enciphered key is given enciphered, so that a missing key
-  // and a present one go through the same Decrypt.
-  smtp.Password = ReadSecret(ini, Section, Password, Encrypt(QString()), warnings);
-  smtp.DefaultTo = ini.ReadString(Section, DefaultTo, QString());
-  smtp.DefaultCC = ini.ReadString(Section, DefaultCC, QString());
-  smtp.From = ini.ReadString(Section, From, QString());
+  using namespace Setting::Smtp;
+  smtp.Server = ReadSetting(ini, Server, warnings);
+  smtp.Port = ReadSetting(ini, Port);
+  smtp.UseSSL = ReadSetting(ini, UseSSL);
+  smtp.UserName = ReadSetting(ini, UserName, warnings);
+  smtp.Password = ReadSetting(ini, Password, warnings);
+  smtp.DefaultTo = ReadSetting(ini, DefaultTo, warnings);
+  smtp.DefaultCC = ReadSetting(ini, DefaultCC, warnings);
+  smtp.From = ReadSetting(ini, From, warnings);
 }
 
 void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp)
 {
   const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigSMTP");
   TIniFile ini(iniPath);
-  using namespace Smtp;
-  ini.WriteString(Section, Server, smtp.Server);
-  ini.WriteInteger(Section, Port, smtp.Port);
-  ini.WriteBool(Section, UseSSL, smtp.UseSSL);
-  ini.WriteString(Section, UserName, smtp.UserName);
-  WriteSecret(ini, Section, Password, smtp.Password);
-  ini.WriteString(Section, DefaultTo, smtp.DefaultTo);
-  ini.WriteString(Section, DefaultCC, smtp.DefaultCC);
-  ini.WriteString(Section, From, smtp.From);
+  using namespace Setting::Smtp;
+  WriteSetting(ini, Server, smtp.Server);
+  WriteSetting(ini, Port, smtp.Port);
+  WriteSetting(ini, UseSSL, smtp.UseSSL);
+  WriteSetting(ini, UserName, smtp.UserName);
+  WriteSetting(ini, Password, smtp.Password);
+  WriteSetting(ini, DefaultTo, smtp.DefaultTo);
+  WriteSetting(ini, DefaultCC, smtp.DefaultCC);
+  WriteSetting(ini, From, smtp.From);
   ini.UpdateFile();
 }
 
@@ -188,8 +87,8 @@ void ReadConfigDelivery(const QString &iniPath, tyDelivery &delivery, TSettingsW
 {
   const TraceScope trace(lcSettings(), "ReadConfigDelivery");
   const TIniFile ini(iniPath);
-  using namespace Delivery;
-  const QString mode = ini.ReadString(Section, Mode, ModeNames.first().second);
+  using namespace Setting::Delivery;
+  const QString mode = ReadSetting(ini, Mode, warnings);
   delivery.Mode = TDeliveryMode::Report;
   bool known = false;
   for (const auto &[value, name] : ModeNames)
@@ -201,24 +100,24 @@ void ReadConfigDelivery(const QString &iniPath, tyDelivery &delivery, TSettingsW
     const QString warning = QStringLiteral("The delivery mode \"%1\" (key \"%2\" of section [%3] in \"%4\") is not "
                                            "one of report, concerned or personal; the report goes to the default "
                                            "receivers. Choose the mode in the \"SMPT Server\" settings.")
-                                .arg(mode, Mode, Section, ini.FileName());
+                                .arg(mode, Mode.Key, Section, ini.FileName());
     TraceError(lcSettings(), warning);
     warnings.append(warning);
   }
-  delivery.SkipWhenClear = ini.ReadBool(Section, SkipWhenClear, false);
-  delivery.AttachWorkbook = ini.ReadBool(Section, AttachWorkbook, false);
+  delivery.SkipWhenClear = ReadSetting(ini, SkipWhenClear);
+  delivery.AttachWorkbook = ReadSetting(ini, AttachWorkbook);
 }
 
 void SaveConfigDelivery(const QString &iniPath, const tyDelivery &delivery)
 {
   const TraceScope trace(lcSettings(), "SaveConfigDelivery");
   TIniFile ini(iniPath);
-  using namespace Delivery;
+  using namespace Setting::Delivery;
   for (const auto &[value, name] : ModeNames)
     if (value == delivery.Mode)
-      ini.WriteString(Section, Mode, name);
-  ini.WriteBool(Section, SkipWhenClear, delivery.SkipWhenClear);
-  ini.WriteBool(Section, AttachWorkbook, delivery.AttachWorkbook);
+      WriteSetting(ini, Mode, name);
+  WriteSetting(ini, SkipWhenClear, delivery.SkipWhenClear);
+  WriteSetting(ini, AttachWorkbook, delivery.AttachWorkbook);
   ini.UpdateFile();
 }
 
@@ -227,17 +126,17 @@ void ReadConfigFilters(const QString &iniPath, std::int32_t &nbMinutes, std::int
 {
   const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigFilters");
   const TIniFile ini(iniPath);
-  using namespace Filters;
-  nbMinutes = ini.ReadInteger(Section, NbMinutes, DefaultNbMinutes);
-  nbDays = ini.ReadInteger(Section, NbDays, DefaultNbDays);
+  using namespace Setting::Filters;
+  nbMinutes = ReadSetting(ini, NbMinutes);
+  nbDays = ReadSetting(ini, NbDays);
   statusToIgnore.clear();
-  const std::int32_t count = ReadListCount(ini, Section, NbIgnore);
+  const std::int32_t count = ReadListCount(ini, IgnoredStatuses);
   if (count <= 0) {
-    statusToIgnore.append(CDefaultIgnoredStatus);
+    statusToIgnore.append(DefaultIgnoredStatus);
     return;
   }
   for (std::int32_t i = 0; i < count; ++i)
-    statusToIgnore.append(ini.ReadString(Section, StatusPrefix + QString::number(i), QString()));
+    statusToIgnore.append(ReadListEntry(ini, IgnoredStatus, i));
 }
 
 void SaveConfigFilters(const QString &iniPath, std::int32_t nbMinutes, std::int32_t nbDays,
@@ -245,11 +144,11 @@ void SaveConfigFilters(const QString &iniPath, std::int32_t nbMinutes, std::int3
 {
   const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigFilters");
   TIniFile ini(iniPath);
-  using namespace Filters;
-  ini.WriteInteger(Section, NbMinutes, nbMinutes);
-  ini.WriteInteger(Section, NbDays, nbDays);
-  ini.WriteInteger(Section, NbIgnore, static_cast<std::int32_t>(statusToIgnore.size()));
+  using namespace Setting::Filters;
+  WriteSetting(ini, NbMinutes, nbMinutes);
+  WriteSetting(ini, NbDays, nbDays);
+  WriteListCount(ini, IgnoredStatuses, statusToIgnore.size());
   for (qsizetype i = 0; i < statusToIgnore.size(); ++i)
-    ini.WriteString(Section, StatusPrefix + QString::number(i), statusToIgnore.at(i));
+    WriteListEntry(ini, IgnoredStatus, i, statusToIgnore.at(i));
   ini.UpdateFile();
 }

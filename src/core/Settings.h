@@ -13,8 +13,6 @@
 // warning naming the file and the key to `warnings`, reads the other keys as
 // usual and rewrites nothing.
 
-using TSettingsWarnings = QStringList;
-
 void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarnings &warnings);
 void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici);
 
@@ -28,8 +26,7 @@ void SaveConfigDelivery(const QString &iniPath, const tyDelivery &delivery);
 
 // Report filters: minutes before an unassigned ticket is reported, days without an
 // update, statuses left out. When no status is stored the list holds the one entry
-// CDefaultIgnoredStatus.
-inline const QString CDefaultIgnoredStatus = QStringLiteral("Planned (without SLA)");
+// Setting::Filters::DefaultIgnoredStatus.
 void ReadConfigFilters(const QString &iniPath, std::int32_t &nbMinutes, std::int32_t &nbDays,
                        QStringList &statusToIgnore);
 void SaveConfigFilters(const QString &iniPath, std::int32_t nbMinutes, std::int32_t nbDays,

@@ -200,14 +200,14 @@ QString TMailReport::GetHtmlTicketLink(const tyRestTicket &ticket) const
 QString TMailReport::GetHtmlTdPriority(const tyRestTicket &ticket)
 {
   const QString text = FColours.GetPriorityText(ticket.priority.reference);
-  const TColor background = FColours.GetSavedColor(QStringLiteral("Priority"), text);
+  const TColor background = FColours.GetSavedColor(Setting::PriorityColours, text);
   return QStringLiteral("<td align=\"center\" color=") + ColorToHtml1(GetContrastedColor(background)) +
          QStringLiteral(" bgcolor=") + ColorToHtml1(background) + u'>' + Safe(text) + QStringLiteral("</td>");
 }
 
 QString TMailReport::GetHtmlTdStatus(const tyRestTicket &ticket)
 {
-  const TColor background = FColours.GetSavedColor(QStringLiteral("Status"), ticket.status._reference);
+  const TColor background = FColours.GetSavedColor(Setting::StatusColours, ticket.status._reference);
   return QStringLiteral("<td align=\"center\" nowrap color=") + ColorToHtml1(GetContrastedColor(background)) +
          QStringLiteral(" bgcolor=") + ColorToHtml1(background) + u'>' + Safe(ticket.status._reference) +
          QStringLiteral("</td>");

@@ -1,23 +1,18 @@
 #include "ColourSettings.h"
 
 #include "core/IniFile.h"
+#include "core/SettingsKeys.h"
 #include "core/Trace.h"
-
-namespace {
-const QString CPriorityLong = QStringLiteral("PriorityLong");
-const QString CPriority = QStringLiteral("Priority");
-const QString CStatus = QStringLiteral("Status");
-} // namespace
 
 void SavePriorities(const QString &iniPath, const tyRestObjects &priorities)
 {
   const TraceScope trace(lcSettings(), "TfrmMain.SavePriorities");
   TIniFile ini(iniPath);
-  ini.EraseSection(CPriorityLong);
-  ini.EraseSection(CPriority);
+  EraseKeyed(ini, Setting::PriorityCodes);
+  EraseKeyed(ini, Setting::PriorityColours);
   for (const tyRestObject &priority : priorities) {
-    ini.WriteString(CPriorityLong, priority._reference, priority.Text);
-    ini.WriteInteger(CPriority, priority.Text, priority.BgColor);
+    WriteKeyed(ini, Setting::PriorityCodes, priority._reference, priority.Text);
+    WriteKeyed(ini, Setting::PriorityColours, priority.Text, priority.BgColor);
   }
   ini.UpdateFile();
 }
@@ -26,8 +21,8 @@ void SaveStatus(const QString &iniPath, const tyRestObjects &statuses)
 {
   const TraceScope trace(lcSettings(), "TfrmMain.SaveStatus");
   TIniFile ini(iniPath);
-  ini.EraseSection(CStatus);
+  EraseKeyed(ini, Setting::StatusColours);
   for (const tyRestObject &status : statuses)
-    ini.WriteInteger(CStatus, status._reference, status.BgColor);
+    WriteKeyed(ini, Setting::StatusColours, status._reference, status.BgColor);
   ini.UpdateFile();
 }

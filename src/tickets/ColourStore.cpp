@@ -9,9 +9,6 @@
 
 namespace {
 
-const QString CStatusKind = QStringLiteral("Status");
-const QString CPriorityKind = QStringLiteral("Priority");
-const QString CPriorityLong = QStringLiteral("PriorityLong");
 const QString CWhite = QStringLiteral("FFFFFF");
 
 // Default colours, RRGGBB. The statuses given white are known ones that get no
@@ -98,26 +95,24 @@ void TColourStore::Save()
   FStamp = Stamp();
 }
 
-TColor TColourStore::DefaultColor(const QString &kind, const QString &name)
+TColor TColourStore::DefaultColor(const TKeyedSection<TColor> &kind, const QString &name)
 {
-  if (kind == CStatusKind)
-    return HtmlToColor(CStatusColors.value(name, CWhite));
-  if (kind == CPriorityKind)
-    return HtmlToColor(CPriorityColors.value(name, CWhite));
-  return HtmlToColor(CWhite);
+  const QHash<QString, QString> &colors =
+      kind.Section == Setting::StatusColours.Section ? CStatusColors : CPriorityColors;
+  return HtmlToColor(colors.value(name, CWhite));
 }
 
-TColor TColourStore::GetSavedColor(const QString &kind, const QString &name)
+TColor TColourStore::GetSavedColor(const TKeyedSection<TColor> &kind, const QString &name)
 {
   // A ticket without a priority has no code: it gets the default colour, and no
   // nameless key goes to the file.
   if (name.trimmed().isEmpty())
     return DefaultColor(kind, name);
   TIniFile &ini = Ini();
-  if (!ini.ReadString(kind, name, QString()).isEmpty())
-    return ini.ReadInteger(kind, name, clWhite);
+  if (HasKeyedValue(ini, kind, name))
+    return ReadKeyed(ini, kind, name);
   const TColor color = DefaultColor(kind, name);
-  ini.WriteInteger(kind, name, color);
+  WriteKeyed(ini, kind, name, color);
   Save();
   return color;
 }
@@ -125,7 +120,7 @@ TColor TColourStore::GetSavedColor(const QString &kind, const QString &name)
 QString TColourStore::GetPriorityText(const QString &longText)
 {
   TIniFile &ini = Ini();
-  const QString stored = TrimBlanks(ini.ReadString(CPriorityLong, longText, QString()));
+  const QString stored = TrimBlanks(ReadKeyed(ini, Setting::PriorityCodes, longText));
   if (stored.size() == 2)
     return stored;
 
@@ -139,7 +134,7 @@ QString TColourStore::GetPriorityText(const QString &longText)
     if (!CKnownPriorityCodes.contains(code))
       return QString();
   }
-  ini.WriteString(CPriorityLong, longText, code);
+  WriteKeyed(ini, Setting::PriorityCodes, longText, code);
   Save();
   return code;
 }

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "core/SettingsKeys.h"
 #include "core/TColor.h"
 
 #include <QByteArray>
 #include <QString>
 #include <memory>
-
-class TIniFile;
 
 // Colours of statuses and priorities, and the short code of each long priority
 // text, as the settings file keeps them. The report asks for a colour for every
@@ -18,13 +17,13 @@ public:
   explicit TColourStore(QString iniPath);
   ~TColourStore();
 
-  // Colour stored under [kind] name. When there is none, the default colour of
-  // that status (kind "Status") or short priority code (kind "Priority") is
+  // Colour stored for a status name (Setting::StatusColours) or a short priority
+  // code (Setting::PriorityColours). When there is none, its default colour is
   // computed and written, so that the file lists every name ever met.
-  TColor GetSavedColor(const QString &kind, const QString &name);
+  TColor GetSavedColor(const TKeyedSection<TColor> &kind, const QString &name);
 
   // The short code (normally two characters, such as "P1") of a long priority
-  // text, remembered under [PriorityLong]. Empty when the text yields none.
+  // text, remembered in Setting::PriorityCodes. Empty when the text yields none.
   QString GetPriorityText(const QString &longText);
 
   const QString &IniPath() const { return FIniPath; }
@@ -49,7 +48,7 @@ public:
   };
 
   // Default colour of a status name or short priority code (white when unknown).
-  static TColor DefaultColor(const QString &kind, const QString &name);
+  static TColor DefaultColor(const TKeyedSection<TColor> &kind, const QString &name);
 
 private:
   // Size and modification time of the file; all -1 when it does not exist.

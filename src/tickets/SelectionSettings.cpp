@@ -1,29 +1,23 @@
 #include "SelectionSettings.h"
 
 #include "core/IniFile.h"
-#include "core/SettingsLists.h"
+#include "core/SettingsKeys.h"
 #include "core/Trace.h"
 
 namespace {
 
-const QString COrganizations = QStringLiteral("Organizations");
-const QString CTeams = QStringLiteral("Teams");
-const QString CNb = QStringLiteral("Nb");
-const QString CId = QStringLiteral("id_");
-const QString CName = QStringLiteral("name_");
-const QString CTicketing = QStringLiteral("ticketingModuleEnabled_");
-constexpr std::int32_t CMissingId = -1;
 constexpr qsizetype CKeysNamed = 3;
 
 // One message for the entries of `section` whose id cannot be queried, naming
 // their keys (the first few, then how many more).
 template <typename T>
-QString InvalidIds(const QString &iniPath, const QString &section, const QList<T> &entries, const QString &what)
+QString InvalidIds(const QString &iniPath, const TListField<std::int32_t> &idField, const QList<T> &entries,
+                   const QString &what)
 {
   QStringList keys;
   for (qsizetype i = 0; i < entries.size(); ++i)
     if (entries[i].id <= 0)
-      keys.append(CId + QString::number(i + 1));
+      keys.append(idField.KeyAt(i));
   if (keys.isEmpty())
     return QString();
   const qsizetype count = keys.size();
@@ -32,7 +26,7 @@ QString InvalidIds(const QString &iniPath, const QString &section, const QList<T
     named += QStringLiteral(" and %1 more").arg(count - CKeysNamed);
   return QStringLiteral("%1 of [%2] in %3 %4 no valid id, so %5; choose them again in "
                         "\"Organizations & Teams\"")
-      .arg(named, section, iniPath, count == 1 ? QStringLiteral("has") : QStringLiteral("have"), what);
+      .arg(named, idField.List.Section, iniPath, count == 1 ? QStringLiteral("has") : QStringLiteral("have"), what);
 }
 
 } // namespace
@@ -40,9 +34,10 @@ QString InvalidIds(const QString &iniPath, const QString &section, const QList<T
 QStringList SelectionIdErrors(const QString &iniPath, const tyRestOrganizations &selectedOrganizations,
                               const tyRestTeams &selectedTeams)
 {
-  QStringList errors{InvalidIds(iniPath, COrganizations, selectedOrganizations,
+  QStringList errors{InvalidIds(iniPath, Setting::Organizations::Id, selectedOrganizations,
                                 QStringLiteral("their tickets were not retrieved")),
-                     InvalidIds(iniPath, CTeams, selectedTeams, QStringLiteral("those teams are not followed"))};
+                     InvalidIds(iniPath, Setting::Teams::Id, selectedTeams,
+                                QStringLiteral("those teams are not followed"))};
   errors.removeAll(QString());
   return errors;
 }
@@ -52,25 +47,25 @@ void ReadConfigOrgaAndTeams(const QString &iniPath, tyRestOrganizations &selecte
 {
   const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigOrgaAndTeams");
   const TIniFile ini(iniPath);
+  namespace Organizations = Setting::Organizations;
+  namespace Teams = Setting::Teams;
 
   selectedOrganizations.clear();
-  const std::int32_t nbOrganizations = ReadListCount(ini, COrganizations, CNb);
-  for (std::int32_t i = 1; i <= nbOrganizations; ++i) {
-    const QString n = QString::number(i);
+  const std::int32_t nbOrganizations = ReadListCount(ini, Organizations::List);
+  for (std::int32_t i = 0; i < nbOrganizations; ++i) {
     tyRestOrganization organization;
-    organization.id = ini.ReadInteger(COrganizations, CId + n, CMissingId);
-    organization.name = ini.ReadString(COrganizations, CName + n, QString());
-    organization.ticketingModuleEnabled = ini.ReadBool(COrganizations, CTicketing + n, false);
+    organization.id = ReadListEntry(ini, Organizations::Id, i);
+    organization.name = ReadListEntry(ini, Organizations::Name, i);
+    organization.ticketingModuleEnabled = ReadListEntry(ini, Organizations::TicketingModuleEnabled, i);
     selectedOrganizations.append(organization);
   }
 
   selectedTeams.clear();
-  const std::int32_t nbTeams = ReadListCount(ini, CTeams, CNb);
-  for (std::int32_t i = 1; i <= nbTeams; ++i) {
-    const QString n = QString::number(i);
+  const std::int32_t nbTeams = ReadListCount(ini, Teams::List);
+  for (std::int32_t i = 0; i < nbTeams; ++i) {
     tyRestTeam team;
-    team.id = ini.ReadInteger(CTeams, CId + n, CMissingId);
-    team.name = ini.ReadString(CTeams, CName + n, QString());
+    team.id = ReadListEntry(ini, Teams::Id, i);
+    team.name = ReadListEntry(ini, Teams::Name, i);
     selectedTeams.append(team);
   }
 }
@@ -80,21 +75,21 @@ void SaveConfigOrgaAndTeams(const QString &iniPath, const tyRestOrganizations &s
 {
   const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigOrgaAndTeams");
   TIniFile ini(iniPath);
+  namespace Organizations = Setting::Organizations;
+  namespace Teams = Setting::Teams;
 
-  ini.WriteInteger(COrganizations, CNb, static_cast<std::int32_t>(selectedOrganizations.size()));
+  WriteListCount(ini, Organizations::List, selectedOrganizations.size());
   for (qsizetype i = 0; i < selectedOrganizations.size(); ++i) {
-    const QString n = QString::number(i + 1);
     const tyRestOrganization &organization = selectedOrganizations.at(i);
-    ini.WriteInteger(COrganizations, CId + n, organization.id);
-    ini.WriteString(COrganizations, CName + n, organization.name);
-    ini.WriteBool(COrganizations, CTicketing + n, organization.ticketingModuleEnabled);
+    WriteListEntry(ini, Organizations::Id, i, organization.id);
+    WriteListEntry(ini, Organizations::Name, i, organization.name);
+    WriteListEntry(ini, Organizations::TicketingModuleEnabled, i, organization.ticketingModuleEnabled);
   }
 
-  ini.WriteInteger(CTeams, CNb, static_cast<std::int32_t>(selectedTeams.size()));
+  WriteListCount(ini, Teams::List, selectedTeams.size());
   for (qsizetype i = 0; i < selectedTeams.size(); ++i) {
-    const QString n = QString::number(i + 1);
-    ini.WriteInteger(CTeams, CId + n, selectedTeams.at(i).id);
-    ini.WriteString(CTeams, CName + n, selectedTeams.at(i).name);
+    WriteListEntry(ini, Teams::Id, i, selectedTeams.at(i).id);
+    WriteListEntry(ini, Teams::Name, i, selectedTeams.at(i).name);
   }
   ini.UpdateFile();
 }

@@ -2,8 +2,8 @@
 
 #include "rest/uTypes.h"
 
-// The organizations and teams chosen by the user, kept in the settings file
-// sections [Organizations] and [Teams] as a count "Nb" and entries numbered from 1.
+// The organizations and teams chosen by the user, kept in the settings file as
+// the numbered lists Setting::Organizations and Setting::Teams.
 // Entries missing below the count read as id -1 and an empty name.
 
 void ReadConfigOrgaAndTeams(const QString &iniPath, tyRestOrganizations &selectedOrganizations,

@@ -5,11 +5,6 @@
 #include <QCollator>
 #include <algorithm>
 
-namespace {
-const QString CStatusKind = QStringLiteral("Status");
-const QString CPriorityKind = QStringLiteral("Priority");
-} // namespace
-
 QStringList SortedUniqueIgnoringCase(const QStringList &texts)
 {
   QCollator collator{QLocale()};
@@ -35,7 +30,7 @@ tyRestObjects BuildStatusList(const tyRestObjects &objects, TColourStore &colour
     status.id = static_cast<std::int32_t>(statuses.size());
     status._reference = name;
     status.Text = name;
-    status.BgColor = colours.GetSavedColor(CStatusKind, name);
+    status.BgColor = colours.GetSavedColor(Setting::StatusColours, name);
     statuses.append(status);
   }
   return statuses;
@@ -52,7 +47,7 @@ tyRestObjects BuildPriorityList(const tyRestObjects &objects, TColourStore &colo
     priority.id = static_cast<std::int32_t>(priorities.size());
     priority._reference = key;
     priority.Text = colours.GetPriorityText(key);
-    priority.BgColor = colours.GetSavedColor(CPriorityKind, priority.Text);
+    priority.BgColor = colours.GetSavedColor(Setting::PriorityColours, priority.Text);
     priorities.append(priority);
   }
   return priorities;

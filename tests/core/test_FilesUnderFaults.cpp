@@ -101,10 +101,10 @@ TEST_F(FilesUnderFaults, ASaveThatChangesNoValueWritesNothing)
 
   // A ticket without a priority has no code: never a key without a name.
   TColourStore colours(FIni);
-  colours.GetSavedColor("Priority", "");
-  colours.GetSavedColor("Status", "New");
+  colours.GetSavedColor(Setting::PriorityColours, "");
+  colours.GetSavedColor(Setting::StatusColours, "New");
   const ino_t withColours = InodeOf(FIni);
-  colours.GetSavedColor("Priority", "");
+  colours.GetSavedColor(Setting::PriorityColours, "");
   EXPECT_EQ(InodeOf(FIni), withColours);
   EXPECT_FALSE(ReadTextFile(FIni).contains("\n="));
 }

@@ -28,27 +28,26 @@ tyRestObject Object(const QString &reference, const QString &subType = QString()
 
 TEST_F(ColoursTest, DefaultColoursOfStatusesAndPriorities)
 {
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "New")), "#E57373");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "Solved")), "#81C784");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "Completed")), "#81C784");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "Autocompleted")), "#FFFFFF");
-  EXPECT_EQ(ColorToHtml1(TColourStore::DefaultColor("Status", "waiting")), "#FFFFFF"); // defaults by exact name
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "P5")), "#64B5F6");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "NC")), "#64B5F6");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "R1")), "#F4511E");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "")), "#FFFFFF");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Other", "P1")), "#FFFFFF");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "New")), "#E57373");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "Solved")), "#81C784");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "Completed")), "#81C784");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "Autocompleted")), "#FFFFFF");
+  EXPECT_EQ(ColorToHtml1(TColourStore::DefaultColor(Setting::StatusColours, "waiting")), "#FFFFFF"); // defaults by exact name
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "P5")), "#64B5F6");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "NC")), "#64B5F6");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "R1")), "#F4511E");
+  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "")), "#FFFFFF");
 }
 
 TEST_F(ColoursTest, DefaultsAreWrittenAndStoredColoursWin)
 {
-  FStore.GetSavedColor("Status", "New");
+  FStore.GetSavedColor(Setting::StatusColours, "New");
   EXPECT_TRUE(ReadTextFile(FPath).contains("[Status]\nNew=7566309\n")) << ReadTextFile(FPath).toStdString();
 
   WriteTextFile(FPath, "[Status]\nNew=255\nCustom=65280\nBroken=abc\n");
-  EXPECT_EQ(FStore.GetSavedColor("Status", "New"), 255);     // the file changed: read again
-  EXPECT_EQ(FStore.GetSavedColor("Status", "Custom"), 65280); // also for names outside the table
-  EXPECT_EQ(FStore.GetSavedColor("Status", "Broken"), clWhite);
+  EXPECT_EQ(FStore.GetSavedColor(Setting::StatusColours, "New"), 255);     // the file changed: read again
+  EXPECT_EQ(FStore.GetSavedColor(Setting::StatusColours, "Custom"), 65280); // also for names outside the table
+  EXPECT_EQ(FStore.GetSavedColor(Setting::StatusColours, "Broken"), clWhite);
   EXPECT_TRUE(ReadTextFile(FPath).contains("Broken=abc")); // a stored value is never rewritten
 }
 

@@ -295,7 +295,7 @@ TEST(StatusPrioritiesDialog, ColoursChangeOnTheCopiesOnly)
   EXPECT_EQ(dialog.Priorities()[2].BgColor, clWhite);
   dialog.PriorityCodeChanged("P1");
   EXPECT_EQ(dialog.Priorities()[2].Text, "P1");
-  EXPECT_EQ(dialog.Priorities()[2].BgColor, TColourStore::DefaultColor("Priority", "P1"));
+  EXPECT_EQ(dialog.Priorities()[2].BgColor, TColourStore::DefaultColor(Setting::PriorityColours, "P1"));
 }
 
 TEST(StatusPrioritiesDialog, EnterF2AndTheColourButtonChangeTheSelectedLine)

@@ -264,7 +264,7 @@ void TfrmStatusPriorities::PriorityCodeChanged(const QString &code)
   if (FSelectedPriority < 0)
     return;
   FPriorities[FSelectedPriority].Text = code;
-  FPriorities[FSelectedPriority].BgColor = FColours.GetSavedColor(QStringLiteral("Priority"), code);
+  FPriorities[FSelectedPriority].BgColor = FColours.GetSavedColor(Setting::PriorityColours, code);
   SelectPriority(FSelectedPriority);
 }
 
