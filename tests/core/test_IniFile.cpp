@@ -6,17 +6,6 @@
 #include <QFile>
 #include <gtest/gtest.h>
 
-TEST(IniFile, MissingFileReadsAsDefaults)
-{
-  TTempConfig config;
-  const TIniFile ini(config.File("none.ini"));
-  EXPECT_EQ(ini.ReadString("S", "K", "def"), "def");
-  EXPECT_EQ(ini.ReadInteger("S", "K", 7), 7);
-  EXPECT_TRUE(ini.ReadBool("S", "K", true));
-  EXPECT_DOUBLE_EQ(ini.ReadFloat("S", "K", 1.5), 1.5);
-  EXPECT_FALSE(QFile::exists(config.File("none.ini")));
-}
-
 TEST(IniFile, ProfileSemanticsOnReading)
 {
   TTempConfig config;
@@ -84,22 +73,6 @@ TEST(IniFile, FloatsFollowTheLocale)
   ini.WriteFloat("S", "F", 46341.2534722222);
   ini.UpdateFile();
   EXPECT_TRUE(ReadTextFile(path).contains("F=46341.2534722222")); // no group separator
-}
-
-TEST(IniFile, EraseSectionRemovesEveryKey)
-{
-  TTempConfig config;
-  const QString path = config.File("e.ini");
-  WriteTextFile(path, "[Status]\nA=1\nB=2\n[Other]\nC=3\n");
-  {
-    TIniFile ini(path);
-    ini.EraseSection("status");
-    ini.WriteInteger("Status", "D", 4);
-    ini.UpdateFile();
-  }
-  const TIniFile ini(path);
-  EXPECT_EQ(ini.ReadSection("Status"), QStringList{"D"});
-  EXPECT_EQ(ini.ReadInteger("Other", "C", 0), 3);
 }
 
 TEST(IniFile, AFileThatExistsButCannotBeReadIsAnErrorNotDefaults)
