@@ -184,34 +184,6 @@ TEST_F(SettingsTest, WrongTypesFallBackToDefaults)
   EXPECT_EQ(days, 14);
 }
 
-TEST_F(SettingsTest, DamagedSecretReadsEmptyWithAWarningAndOthersStillRead)
-{
-  const QString goodPassword = Encrypt("good");
-  QString tampered = Encrypt("client secret");
-  tampered[10] = tampered[10] == u'A' ? u'B' : u'A';
-  WriteTextFile(FPath, ("[QuorvexITSM]\nInstance=blue\nClientSecret=" + tampered + "\nPassword=" + goodPassword +
-                        "\nToken=tok\n[SMTP]\nPassword=truncated==\n")
-                           .toUtf8());
-  const QString before = ReadTextFile(FPath);
-
-  tyQuorvexITSM ici;
-  ReadConfigITSM(FPath, ici, FWarnings);
-  EXPECT_EQ(ici.API.ClientSecret, "");
-  EXPECT_EQ(ici.API.Password, "good");
-  EXPECT_EQ(ici.Instance, "blue");
-  EXPECT_EQ(ici.API.Token, "tok");
-  ASSERT_EQ(FWarnings.size(), 1);
-  EXPECT_TRUE(FWarnings[0].contains("ClientSecret"));
-  EXPECT_TRUE(FWarnings[0].contains(FPath));
-
-  tySMTPserver smtp;
-  ReadConfigSMTP(FPath, smtp, FWarnings);
-  EXPECT_EQ(smtp.Password, "");
-  ASSERT_EQ(FWarnings.size(), 2);
-  EXPECT_TRUE(FWarnings[1].contains("[SMTP]"));
-  EXPECT_EQ(ReadTextFile(FPath), before); // nothing rewritten
-}
-
 TEST_F(SettingsTest, OrganizationAndTeamListsCountFromOne)
 {
   tyRestOrganizations organizations(2);

@@ -39,22 +39,6 @@ TEST(Trace, LinesKeptUntilAFileIsAttachedThenWrittenAsTheyCome)
   EXPECT_TRUE(lines[6].endsWith("ERROR something failed"));
 }
 
-TEST(Trace, ClearForgetsEarlierLinesAndAReattachReplacesTheFile)
-{
-  TTempConfig config;
-  Trace::Install(false);
-  const QString path = config.File("trace.log");
-  Trace::AttachFile(path);
-  TraceValue(lcCore(), "First", 1);
-  Trace::Clear();
-  TraceValue(lcCore(), "Second", 2);
-  Trace::AttachFile(path);
-  Trace::Shutdown();
-  const QString text = ReadTextFile(path);
-  EXPECT_FALSE(text.contains("First"));
-  EXPECT_TRUE(text.contains("Second = 2"));
-}
-
 TEST(Trace, AFileThatCannotBeWrittenNeverStopsTheProgram)
 {
   TTempConfig config;

@@ -96,24 +96,6 @@ TSmtpTestServer *StartTlsSendingTest::FServer = nullptr;
 
 } // namespace
 
-TEST(SplitAddressesTest, CommasAndSemicolonsSeparateBlanksAndEmptiesAreDropped)
-{
-  EXPECT_EQ(SplitAddresses(" a@x.example ; b@x.example,c@x.example;; "),
-            (QStringList{"a@x.example", "b@x.example", "c@x.example"}));
-  EXPECT_TRUE(SplitAddresses("  ").isEmpty());
-}
-
-TEST(EncodeHeaderTextTest, AsciiStaysNonAsciiBecomesShortUtf8Words)
-{
-  EXPECT_EQ(EncodeHeaderText("Quorvex ITSM tickets follow-up"), QByteArray("Quorvex ITSM tickets follow-up"));
-  const QByteArray encoded = EncodeHeaderText(QString(40, QChar(0xE9)));
-  for (const QByteArray &word : encoded.split('\n')) {
-    EXPECT_TRUE(word.trimmed().startsWith("=?UTF-8?B?")) << word.toStdString();
-    EXPECT_LE(word.trimmed().size(), 75);
-  }
-  EXPECT_TRUE(encoded.contains("\r\n ")); // 80 bytes of UTF-8 need two words
-}
-
 TEST_F(StartTlsSendingTest, ReportReachesEveryReceiverAsAlternativeTextAndHtml)
 {
   const QDateTime before = QDateTime::currentDateTime().addSecs(-2);

@@ -122,43 +122,6 @@ TEST_F(StepsFixture, StatusStepColoursAndSavesOnOk)
   EXPECT_TRUE(ini.contains("[PriorityLong]\nINCIDENT - Critical [P1]=P1\n"));
 }
 
-TEST_F(StepsFixture, GenerateMailWritesTheFilesOfAnInteractiveRun)
-{
-  SelectAll();
-  FState->bbtGetTicketsClick(FProgress);
-  QString opened;
-  FState->bbtGenerateMailClick([&](const QString &page) { opened = page; });
-  EXPECT_EQ(opened, FState->ReportFile());
-  EXPECT_TRUE(QFile::exists(opened));
-  EXPECT_EQ(FState->FNbUnassigned, 1);
-  EXPECT_EQ(FState->FNbGt10Exch, 2);
-  EXPECT_EQ(FState->FSlRecipientTo, (QStringList{"ann@example.org", "bob@example.org"}));
-  EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("/operators/tickets/all/11"));
-}
-
-TEST_F(StepsFixture, DryRunLogsEveryStepWritesTheReportAndSendsNothing)
-{
-  SelectAll();
-  TUnattendedOptions options;
-  options.DryRun = true;
-  bool red = false;
-  options.ShowAutomaticMode = [&](bool automatic) { red = automatic; };
-  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitOk);
-  EXPECT_TRUE(red);
-  EXPECT_TRUE(QFile::exists(FState->ReportFile()));
-
-  const QStringList log = ReadTextFile(FState->FLogFile).split('\n');
-  EXPECT_TRUE(IsLogLine(log.first(), " - BEGIN"));
-  EXPECT_TRUE(IsLogLine(log[1], " - Retrieve all tickets"));
-  const qsizetype generate = log.indexOf(QRegularExpression(".* - Generate email$"));
-  ASSERT_GT(generate, 1);
-  const QStringList steps{" - * Unassigned: 1", " - * Without update: 1", " - * >10 exchanges: 2", " - * To: 2",
-                          " - * Cc: 0",        " - Send email",           " - * Would send: Mail to "};
-  for (qsizetype i = 0; i < steps.size(); ++i)
-    EXPECT_TRUE(log[generate + 1 + i].contains(steps[i])) << log[generate + 1 + i].toStdString();
-  EXPECT_TRUE(IsLogLine(log[generate + 8], " - END"));
-}
-
 TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
 {
   SelectAll();

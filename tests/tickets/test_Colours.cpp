@@ -66,13 +66,11 @@ TEST_F(ColoursTest, PriorityCodeFromTheLongText)
   EXPECT_EQ(ini.ReadString("PriorityLong", "INCIDENT - Critical p1", "?"), "P1");
   EXPECT_EQ(ini.ReadString("PriorityLong", "Low priority", "?"), "?"); // nothing stored
   EXPECT_TRUE(ini.ValueExists("PriorityLong", "Something [] else"));   // stored although empty
-}
 
-TEST_F(ColoursTest, RememberedTwoCharacterCodeWins)
-{
+  // A remembered code of two characters wins; another is computed again.
   WriteTextFile(FPath, "[PriorityLong]\nHigh [P2]= O3 \nOdd [P2]=ABC\n");
   EXPECT_EQ(FStore.GetPriorityText("High [P2]"), "O3");
-  EXPECT_EQ(FStore.GetPriorityText("Odd [P2]"), "P2"); // not two characters: computed again
+  EXPECT_EQ(FStore.GetPriorityText("Odd [P2]"), "P2");
 }
 
 TEST_F(ColoursTest, StatusListIsSortedUniqueIgnoringCase)
