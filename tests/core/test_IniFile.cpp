@@ -3,7 +3,6 @@
 #include "support/TempConfig.h"
 
 #include <QDir>
-#include <QFile>
 #include <gtest/gtest.h>
 
 TEST(IniFile, ProfileSemanticsOnReading)

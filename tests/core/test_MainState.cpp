@@ -5,7 +5,6 @@
 #include "support/TempConfig.h"
 
 #include <QDir>
-#include <QFile>
 #include <gtest/gtest.h>
 
 TEST(MainState, FormCreateOnAFreshAccountRunsWithDefaults)

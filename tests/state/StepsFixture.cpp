@@ -2,7 +2,6 @@
 
 #include "core/Trace.h"
 
-#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 

@@ -6,7 +6,7 @@
 #include "state/UnattendedRun.h"
 #include "tickets/ColourStore.h"
 
-#include <QFile>
+#include <QDir>
 #include <QRegularExpression>
 
 namespace {
