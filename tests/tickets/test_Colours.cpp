@@ -29,12 +29,9 @@ tyRestObject Object(const QString &reference, const QString &subType = QString()
 TEST_F(ColoursTest, DefaultColoursOfStatusesAndPriorities)
 {
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "New")), "#E57373");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "Solved")), "#81C784");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "Completed")), "#81C784");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Status", "Autocompleted")), "#FFFFFF");
   EXPECT_EQ(ColorToHtml1(TColourStore::DefaultColor("Status", "waiting")), "#FFFFFF"); // defaults by exact name
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "P5")), "#64B5F6");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "NC")), "#64B5F6");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "R1")), "#F4511E");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Priority", "")), "#FFFFFF");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor("Other", "P1")), "#FFFFFF");
