@@ -67,25 +67,6 @@ struct TRecorder
 
 } // namespace
 
-TEST(SmtpDialogTest, OkTrimsServerAndUserOnlyAndFallsBackToPort25)
-{
-  TfrmSMTP dialog;
-  dialog.Fill(Settings());
-  dialog.ledtServer->setText("  mail.vellmor.example\t");
-  dialog.ledtUsername->setText(" followup ");
-  dialog.ledtDefaultTo->setText(" a@x.example ");
-  dialog.ledtPort->setText("99999999999"); // pasted past the digits-only check
-  const tySMTPserver kept = dialog.Values();
-  EXPECT_EQ(kept.Server, "mail.vellmor.example");
-  EXPECT_EQ(kept.UserName, "followup");
-  EXPECT_EQ(kept.Password, " pass word ");
-  EXPECT_EQ(kept.DefaultTo, " a@x.example ");
-  EXPECT_EQ(kept.Port, 25);
-  QString typed = "12a";
-  int position = 3;
-  EXPECT_EQ(dialog.ledtPort->validator()->validate(typed, position), QValidator::Invalid);
-}
-
 TEST(SmtpDialogTest, TestSendsTheTypedValuesConfirmsAndAFailureKeepsTheValues)
 {
   TRecorder recorder;
@@ -173,7 +154,7 @@ TEST(SmtpDialogTest, CancelAfterARealTestLeavesTheSettingsUnchanged)
   EXPECT_EQ(server.Messages().size(), 1);
 }
 
-TEST(SmtpDialogTest, OkCopiesTheEditedValuesBack)
+TEST(SmtpDialogTest, OkCopiesTheEditedValuesBackTrimmingOnlyServerAndUser)
 {
   tySMTPserver smtp = Settings();
   tyDelivery delivery;
@@ -183,7 +164,13 @@ TEST(SmtpDialogTest, OkCopiesTheEditedValuesBack)
     ASSERT_NE(dialog, nullptr);
     EXPECT_TRUE(dialog->rbtModeReport->isChecked());
     EXPECT_TRUE(dialog->chkSkipWhenClear->isChecked());
-    dialog->ledtServer->setText(" smtp.other.example ");
+    dialog->ledtServer->setText(" smtp.other.example\t");
+    dialog->ledtUsername->setText(" robot ");
+    dialog->ledtDefaultTo->setText(" a@x.example ");
+    dialog->ledtPort->setText("99999999999"); // pasted past the digits-only check
+    QString typed = "12a";
+    int position = 3;
+    EXPECT_EQ(dialog->ledtPort->validator()->validate(typed, position), QValidator::Invalid);
     dialog->ledtFrom->setText("robot@other.example");
     dialog->rbtModePersonal->click();
     dialog->chkAttachWorkbook->click();
@@ -191,8 +178,11 @@ TEST(SmtpDialogTest, OkCopiesTheEditedValuesBack)
   });
   EXPECT_TRUE(ConfigureSMTPserver(smtp, delivery));
   EXPECT_EQ(smtp.Server, "smtp.other.example");
+  EXPECT_EQ(smtp.UserName, "robot");
+  EXPECT_EQ(smtp.Password, " pass word ");
+  EXPECT_EQ(smtp.DefaultTo, " a@x.example ");
+  EXPECT_EQ(smtp.Port, 25);
   EXPECT_EQ(smtp.From, "robot@other.example");
-  EXPECT_EQ(smtp.DefaultTo, Settings().DefaultTo);
   EXPECT_EQ(delivery.Mode, TDeliveryMode::Personal);
   EXPECT_TRUE(delivery.SkipWhenClear);
   EXPECT_TRUE(delivery.AttachWorkbook);
