@@ -61,36 +61,23 @@ TEST(ApiDialog, SecretsAreReadableAndOkNeedsEveryField)
   EXPECT_EQ(settings.API.TokenValidity, 33);
 }
 
-TEST(ApiDialog, AnEmptyFormKeepsOkDisabledAndCancelChangesNothing)
+TEST(ApiDialog, OkFollowsEveryKeystrokeSoThatEnterConfirmsAndCancelChangesNothing)
 {
-  tyQuorvexITSM settings;
-  settings.Instance = "x";
-  QTimer::singleShot(0, [] {
-    auto *dialog = qobject_cast<TfrmSetQuorvexItsmConfig *>(QApplication::activeModalWidget());
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_FALSE(dialog->bbtOk->isEnabled());
-    dialog->edtInstance->setText("changed");
-    dialog->reject();
-  });
-  EXPECT_FALSE(SetQuorvexItsmConfig(settings));
-  EXPECT_EQ(settings.Instance, "x");
-}
-
-TEST(ApiDialog, OkFollowsEveryKeystrokeSoThatEnterConfirms)
-{
-  tyQuorvexITSM settings;
-  QTimer::singleShot(0, [] {
-    auto *dialog = qobject_cast<TfrmSetQuorvexItsmConfig *>(QApplication::activeModalWidget());
-    ASSERT_NE(dialog, nullptr);
-    for (QLineEdit *edit : {dialog->edtInstance, dialog->ledtClientID, dialog->ledtClientSecret,
-                            dialog->ledtApiOperatorUsername}) {
-      QTest::keyClicks(edit, "v");
-      EXPECT_FALSE(dialog->bbtOk->isEnabled());
-    }
-    QTest::keyClicks(dialog->ledtApiOperatorPassword, "p"); // the focus never left the field
-    EXPECT_TRUE(dialog->bbtOk->isEnabled());
-    QTest::keyClick(dialog->ledtApiOperatorPassword, Qt::Key_Return);
-  });
-  EXPECT_TRUE(SetQuorvexItsmConfig(settings));
-  EXPECT_EQ(settings.API.Password, "p");
+  for (const bool ok : {false, true}) {
+    tyQuorvexITSM settings;
+    QTimer::singleShot(0, [ok] {
+      auto *dialog = qobject_cast<TfrmSetQuorvexItsmConfig *>(QApplication::activeModalWidget());
+      ASSERT_NE(dialog, nullptr);
+      for (QLineEdit *edit : {dialog->edtInstance, dialog->ledtClientID, dialog->ledtClientSecret,
+                              dialog->ledtApiOperatorUsername}) {
+        QTest::keyClicks(edit, "v");
+        EXPECT_FALSE(dialog->bbtOk->isEnabled());
+      }
+      QTest::keyClicks(dialog->ledtApiOperatorPassword, "p"); // the focus never left the field
+      EXPECT_TRUE(dialog->bbtOk->isEnabled());
+      ok ? QTest::keyClick(dialog->ledtApiOperatorPassword, Qt::Key_Return) : dialog->reject();
+    });
+    EXPECT_EQ(SetQuorvexItsmConfig(settings), ok);
+    EXPECT_EQ(settings.API.Password, ok ? "p" : "");
+  }
 }

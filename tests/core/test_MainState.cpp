@@ -5,7 +5,6 @@
 #include "support/TempConfig.h"
 
 #include <QDir>
-#include <QFile>
 #include <gtest/gtest.h>
 
 TEST(MainState, FormCreateOnAFreshAccountRunsWithDefaults)
@@ -19,10 +18,6 @@ TEST(MainState, FormCreateOnAFreshAccountRunsWithDefaults)
   const QString base = config.Root() + "/Vellmor/vlmQuorvexITSM/";
   EXPECT_EQ(state.FFichINI, base + "quorvex-followup.ini");
   EXPECT_TRUE(state.FLogFile.startsWith(base + "quorvex-followup_"));
-  EXPECT_FALSE(state.FAutomatic);
-  EXPECT_EQ(state.FICI.Instance, "acme");
-  EXPECT_EQ(state.FSmtp.Port, 465);
-  EXPECT_EQ(state.FNbMinutes, 15);
   EXPECT_EQ(state.FStatusToIgnore, QStringList{"Planned (without SLA)"});
   EXPECT_TRUE(warnings.isEmpty());
   state.FormDestroy();
@@ -44,33 +39,4 @@ TEST(MainState, DamagedSecretIsReportedToThePerson)
   EXPECT_TRUE(warnings[0].contains(base + "quorvex-followup.ini"));
   EXPECT_EQ(state.FICI.Instance, "blue");
   state.FormDestroy();
-}
-
-TEST(MainState, SavedGroupsAreReadBackByTheNextStart)
-{
-  TTempConfig config;
-  {
-    TOfflineRest offline;
-    TMainState state("quorvex-followup", offline.Rest);
-    state.FormCreate();
-    state.FICI.API.Password = "pw";
-    state.FICI.Instance = QString::fromUtf8("zürich");
-    state.FNbDays = 3;
-    state.FStatusToIgnore = QStringList{"On hold"};
-    state.FSelectedTeams = {tyRestTeam{9, {}, "Desk", {}, {}}};
-    state.SaveConfigITSM();
-    state.SaveConfigFilters();
-    state.SaveConfigOrgaAndTeams();
-    state.FormDestroy();
-  }
-  TOfflineRest offlineNext;
-  TMainState next("quorvex-followup", offlineNext.Rest);
-  next.FormCreate();
-  EXPECT_EQ(next.FICI.API.Password, "pw");
-  EXPECT_EQ(next.FICI.Instance, QString::fromUtf8("zürich"));
-  EXPECT_EQ(next.FNbDays, 3);
-  EXPECT_EQ(next.FStatusToIgnore, QStringList{"On hold"});
-  ASSERT_EQ(next.FSelectedTeams.size(), 1);
-  EXPECT_EQ(next.FSelectedTeams[0].name, "Desk");
-  next.FormDestroy();
 }

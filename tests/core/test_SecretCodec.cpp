@@ -4,29 +4,23 @@
 #include <QByteArray>
 #include <gtest/gtest.h>
 
-TEST(Secrets, RoundTripKeepsTheExactText)
+TEST(Secrets, RoundTripKeepsTheExactTextAndBlanksAreStoredEmpty)
 {
-  for (const QString &secret : {QString("p@ssw0rd"), QString("  spaced  "), QString("x"),
-                                QString::fromUtf8("mot de passe été ÿ€ 日本"), QString("a=b;c\"d'e")}) {
+  for (const QString &secret : {QString("p@ssw0rd"), QString("  spaced  "), QString::fromUtf8("été ÿ€ 日本"),
+                                QString("a=b;c\"d'e")}) {
     const QString stored = Encrypt(secret);
-    EXPECT_NE(stored, secret);
+    EXPECT_NE(stored, Encrypt(secret)); // a new nonce each time
     EXPECT_EQ(Decrypt(stored), secret) << secret.toStdString();
   }
-}
-
-TEST(Secrets, EmptyAndBlankValuesAreStoredEmpty)
-{
-  EXPECT_EQ(Encrypt(QString()), QString());
-  EXPECT_EQ(Encrypt("   "), QString());
-  EXPECT_EQ(Encrypt("\t\r\n "), QString());
+  for (const QString &blank : {QString(), QString("   "), QString("\t\r\n ")})
+    EXPECT_EQ(Encrypt(blank), QString());
   EXPECT_EQ(Decrypt(QString()), QString());
 }
 
-TEST(Secrets, StoredFormIsBase64OfBase64OnOneLine)
+TEST(Secrets, StoredFormIsBase64OfBase64OnOneLineAndLineBreaksAreIgnored)
 {
   const QString stored = Encrypt(QString(300, u'k'));
-  EXPECT_FALSE(stored.contains(u'\n'));
-  EXPECT_FALSE(stored.contains(u'\r'));
+  EXPECT_FALSE(stored.contains(u'\n') || stored.contains(u'\r'));
   const auto outer = QByteArray::fromBase64Encoding(stored.toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
   ASSERT_TRUE(outer);
   const auto inner = QByteArray::fromBase64Encoding(outer.decoded, QByteArray::AbortOnBase64DecodingErrors);
@@ -34,20 +28,10 @@ TEST(Secrets, StoredFormIsBase64OfBase64OnOneLine)
   // Nonce, ciphertext of the 300 bytes and tag: no clear text inside.
   EXPECT_EQ(inner.decoded.size(), 12 + 300 + 16);
   EXPECT_FALSE(inner.decoded.contains("kkkk"));
-}
-
-TEST(Secrets, EachEncryptionDiffers)
-{
-  EXPECT_NE(Encrypt("same"), Encrypt("same"));
-}
-
-TEST(Secrets, LineBreaksInTheStoredFormAreIgnored)
-{
-  const QString stored = Encrypt(QString(120, u's'));
   QString folded;
   for (qsizetype i = 0; i < stored.size(); i += 76)
     folded += stored.mid(i, 76) + QStringLiteral("\r\n");
-  EXPECT_EQ(Decrypt(folded), QString(120, u's'));
+  EXPECT_EQ(Decrypt(folded), QString(300, u'k'));
 }
 
 TEST(Secrets, DamagedValuesAreRejected)

@@ -184,34 +184,6 @@ TEST_F(SettingsTest, WrongTypesFallBackToDefaults)
   EXPECT_EQ(days, 14);
 }
 
-TEST_F(SettingsTest, DamagedSecretReadsEmptyWithAWarningAndOthersStillRead)
-{
-  const QString goodPassword = Encrypt("good");
-  QString tampered = Encrypt("client secret");
-  tampered[10] = tampered[10] == u'A' ? u'B' : u'A';
-  WriteTextFile(FPath, ("[QuorvexITSM]\nInstance=blue\nClientSecret=" + tampered + "\nPassword=" + goodPassword +
-                        "\nToken=tok\n[SMTP]\nPassword=truncated==\n")
-                           .toUtf8());
-  const QString before = ReadTextFile(FPath);
-
-  tyQuorvexITSM ici;
-  ReadConfigITSM(FPath, ici, FWarnings);
-  EXPECT_EQ(ici.API.ClientSecret, "");
-  EXPECT_EQ(ici.API.Password, "good");
-  EXPECT_EQ(ici.Instance, "blue");
-  EXPECT_EQ(ici.API.Token, "tok");
-  ASSERT_EQ(FWarnings.size(), 1);
-  EXPECT_TRUE(FWarnings[0].contains("ClientSecret"));
-  EXPECT_TRUE(FWarnings[0].contains(FPath));
-
-  tySMTPserver smtp;
-  ReadConfigSMTP(FPath, smtp, FWarnings);
-  EXPECT_EQ(smtp.Password, "");
-  ASSERT_EQ(FWarnings.size(), 2);
-  EXPECT_TRUE(FWarnings[1].contains("[SMTP]"));
-  EXPECT_EQ(ReadTextFile(FPath), before); // nothing rewritten
-}
-
 TEST_F(SettingsTest, OrganizationAndTeamListsCountFromOne)
 {
   tyRestOrganizations organizations(2);
@@ -245,27 +217,6 @@ TEST_F(SettingsTest, OrganizationAndTeamListsCountFromOne)
   EXPECT_TRUE(readTeams.isEmpty());
 }
 
-TEST_F(SettingsTest, CountsGiveTheListSizeWithinBounds)
-{
-  const struct
-  {
-    const char *file;
-    qsizetype organizations, teams;
-  } cases[] = {
-      {"[Organizations]\nNb=2\nid_1=5\nname_1=Only\n[Teams]\nNb=-3\n", 2, 0}, // missing entries read as defaults
-      {"[Teams]\nNb=2000000000\n", 0, 100000},                                // absurd counts are cut
-  };
-  for (const auto &c : cases) {
-    WriteTextFile(FPath, c.file);
-    tyRestOrganizations organizations;
-    tyRestTeams teams;
-    ReadConfigOrgaAndTeams(FPath, organizations, teams);
-    ASSERT_EQ(organizations.size(), c.organizations) << c.file;
-    EXPECT_EQ(teams.size(), c.teams) << c.file;
-    if (c.organizations == 2)
-      EXPECT_EQ(std::tie(organizations[1].id, organizations[1].name), std::make_tuple(-1, QString()));
-  }
-}
 TEST_F(SettingsTest, IgnoredStatusesCountFromZero)
 {
   SaveConfigFilters(FPath, 30, 7, {"Waiting", QString::fromUtf8("Résolu")});
@@ -313,30 +264,4 @@ TEST_F(SettingsTest, ColourSectionsAreErasedBeforeBeingRewritten)
   EXPECT_TRUE(text.contains("[Priority]\nP2=128\n"));
   for (const char *stale : {"OLD_CODE", "INCIDENT - P1", "P1="})
     EXPECT_FALSE(text.contains(stale)) << stale;
-}
-
-TEST_F(SettingsTest, ReadOnlySettingsFileIsNotReplaced)
-{
-  SaveConfigFilters(FPath, 20, 7, {"Waiting"});
-  const QString before = ReadTextFile(FPath);
-  QFile(FPath).setPermissions(QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther);
-  try {
-    SaveConfigFilters(FPath, 1, 1, {});
-    FAIL() << "no error raised";
-  } catch (const EWriteError &error) {
-    EXPECT_EQ(error.Message(), "Unable to write to " + FPath + ": Permission denied");
-  }
-  EXPECT_EQ(ReadTextFile(FPath), before);
-}
-
-TEST_F(SettingsTest, RefusedWriteRaisesAnErrorNamingTheFile)
-{
-  WriteTextFile(FConfig.File("blocker"), "a file, not a folder");
-  const QString path = FConfig.File("blocker") + "/quorvex-followup.ini";
-  try {
-    SaveConfigFilters(path, 1, 1, {});
-    FAIL() << "no error raised";
-  } catch (const EWriteError &error) {
-    EXPECT_EQ(error.Message(), "Unable to write to " + path + ": Not a directory");
-  }
 }

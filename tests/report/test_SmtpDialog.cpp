@@ -6,7 +6,6 @@
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QJsonArray>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -68,62 +67,29 @@ struct TRecorder
 
 } // namespace
 
-TEST(SmtpDialogTest, OkTrimsServerAndUserOnlyAndFallsBackToPort25)
-{
-  TfrmSMTP dialog;
-  dialog.Fill(Settings());
-  dialog.ledtServer->setText("  mail.vellmor.example\t");
-  dialog.ledtUsername->setText(" followup ");
-  dialog.ledtDefaultTo->setText(" a@x.example ");
-  dialog.ledtPort->setText("abc"); // pasted past the digits-only check
-  const tySMTPserver kept = dialog.Values();
-  EXPECT_EQ(kept.Server, "mail.vellmor.example");
-  EXPECT_EQ(kept.UserName, "followup");
-  EXPECT_EQ(kept.Password, " pass word ");
-  EXPECT_EQ(kept.DefaultTo, " a@x.example ");
-  EXPECT_EQ(kept.Port, 25);
-
-  dialog.ledtPort->setText("99999999999");
-  EXPECT_EQ(dialog.Values().Port, 25);
-  QString typed = "12a";
-  int position = 3;
-  EXPECT_EQ(dialog.ledtPort->validator()->validate(typed, position), QValidator::Invalid);
-}
-
-TEST(SmtpDialogTest, TestSendsTheTypedValuesAndConfirms)
+TEST(SmtpDialogTest, TestSendsTheTypedValuesConfirmsAndAFailureKeepsTheValues)
 {
   TRecorder recorder;
-  recorder.Answer = "tester@vellmor.example";
   TfrmSMTP dialog(nullptr, recorder.Actions());
   dialog.Fill(Settings());
-  dialog.ledtServer->setText(" mail.vellmor.example ");
+  dialog.BitBtn1->click(); // no recipient given: no test
+  EXPECT_EQ(recorder.Proposed, "leads@vellmor.example");
+  EXPECT_TRUE(recorder.Sent.isEmpty() && recorder.Informed.isEmpty());
+
+  recorder.Answer = "tester@vellmor.example";
   dialog.ledtPort->setText("abc");
   dialog.BitBtn1->click();
-
-  EXPECT_EQ(recorder.Proposed, "leads@vellmor.example");
   ASSERT_EQ(recorder.Sent.size(), 1);
-  EXPECT_EQ(recorder.Sent[0].first.Server, " mail.vellmor.example ");
   EXPECT_EQ(recorder.Sent[0].first.Port, 25);
   EXPECT_EQ(recorder.Sent[0].second, "tester@vellmor.example");
   EXPECT_EQ(recorder.Informed, QStringList{"Check your inbox, the email has been sent."});
-  EXPECT_TRUE(recorder.Errors.isEmpty());
-}
 
-TEST(SmtpDialogTest, NoRecipientNoTestAndAFailureKeepsTheValues)
-{
-  TRecorder recorder;
-  TfrmSMTP dialog(nullptr, recorder.Actions());
-  dialog.Fill(Settings());
-  dialog.BitBtn1->click();
-  EXPECT_TRUE(recorder.Sent.isEmpty());
-  EXPECT_TRUE(recorder.Informed.isEmpty());
-
-  recorder.Answer = "tester@vellmor.example";
   recorder.Failure = "Unable to send the mail through mail.vellmor.example:587: Login denied";
+  dialog.ledtPort->setText("587");
   dialog.show();
   dialog.BitBtn1->click();
   EXPECT_EQ(recorder.Errors, QStringList{recorder.Failure});
-  EXPECT_TRUE(recorder.Informed.isEmpty());
+  EXPECT_EQ(recorder.Informed.size(), 1);
   EXPECT_TRUE(dialog.isVisible());
   EXPECT_TRUE(Same(dialog.Values(), Settings()));
 }
@@ -185,13 +151,10 @@ TEST(SmtpDialogTest, CancelAfterARealTestLeavesTheSettingsUnchanged)
 
   EXPECT_TRUE(Same(smtp, Settings()));
   EXPECT_EQ(informed, QStringList{"Check your inbox, the email has been sent."});
-  const QList<QJsonObject> messages = server.Messages();
-  ASSERT_EQ(messages.size(), 1);
-  EXPECT_EQ(messages[0]["headers"].toObject()["Subject"].toString(), "SMTP gateway test");
-  EXPECT_EQ(messages[0]["rcpt_tos"].toArray().first().toString(), "tester@vellmor.example");
+  EXPECT_EQ(server.Messages().size(), 1);
 }
 
-TEST(SmtpDialogTest, OkCopiesTheEditedValuesBack)
+TEST(SmtpDialogTest, OkCopiesTheEditedValuesBackTrimmingOnlyServerAndUser)
 {
   tySMTPserver smtp = Settings();
   tyDelivery delivery;
@@ -201,7 +164,13 @@ TEST(SmtpDialogTest, OkCopiesTheEditedValuesBack)
     ASSERT_NE(dialog, nullptr);
     EXPECT_TRUE(dialog->rbtModeReport->isChecked());
     EXPECT_TRUE(dialog->chkSkipWhenClear->isChecked());
-    dialog->ledtServer->setText(" smtp.other.example ");
+    dialog->ledtServer->setText(" smtp.other.example\t");
+    dialog->ledtUsername->setText(" robot ");
+    dialog->ledtDefaultTo->setText(" a@x.example ");
+    dialog->ledtPort->setText("99999999999"); // pasted past the digits-only check
+    QString typed = "12a";
+    int position = 3;
+    EXPECT_EQ(dialog->ledtPort->validator()->validate(typed, position), QValidator::Invalid);
     dialog->ledtFrom->setText("robot@other.example");
     dialog->rbtModePersonal->click();
     dialog->chkAttachWorkbook->click();
@@ -209,8 +178,11 @@ TEST(SmtpDialogTest, OkCopiesTheEditedValuesBack)
   });
   EXPECT_TRUE(ConfigureSMTPserver(smtp, delivery));
   EXPECT_EQ(smtp.Server, "smtp.other.example");
+  EXPECT_EQ(smtp.UserName, "robot");
+  EXPECT_EQ(smtp.Password, " pass word ");
+  EXPECT_EQ(smtp.DefaultTo, " a@x.example ");
+  EXPECT_EQ(smtp.Port, 25);
   EXPECT_EQ(smtp.From, "robot@other.example");
-  EXPECT_EQ(smtp.DefaultTo, Settings().DefaultTo);
   EXPECT_EQ(delivery.Mode, TDeliveryMode::Personal);
   EXPECT_TRUE(delivery.SkipWhenClear);
   EXPECT_TRUE(delivery.AttachWorkbook);

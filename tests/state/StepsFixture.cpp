@@ -2,16 +2,12 @@
 
 #include "core/Trace.h"
 
-#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 
 namespace {
 
-QJsonObject SubName(int id, const QString &name)
-{
-  return {{QStringLiteral("id"), id}, {QStringLiteral("name"), name}};
-}
+QJsonObject SubName(int id, const QString &name) { return {{"id", id}, {"name", name}}; }
 
 QString Stamp(double daysAgo)
 {
@@ -21,33 +17,22 @@ QString Stamp(double daysAgo)
 QJsonObject Ticket(int id, int organization, const QString &organizationName, const QString &user, int userId,
                    double ageDays, double updatedDaysAgo, const QString &exchange = QString())
 {
-  return {{QStringLiteral("id"), id},
-          {QStringLiteral("type"), QStringLiteral("INCIDENT")},
-          {QStringLiteral("title"), QStringLiteral("Ticket %1").arg(id)},
-          {QStringLiteral("organization"), SubName(organization, organizationName)},
-          {QStringLiteral("assignedTeam"), SubName(10, QStringLiteral("Desk"))},
-          {QStringLiteral("assignedUser"), SubName(userId, user)},
-          {QStringLiteral("creationDate"), Stamp(ageDays)},
-          {QStringLiteral("lastUpdate"), Stamp(updatedDaysAgo)},
-          {QStringLiteral("priority"), QJsonObject{{QStringLiteral("id"), 1}, {QStringLiteral("reference"), "P1"}}},
-          {QStringLiteral("status"), QJsonObject{{QStringLiteral("id"), 1}, {QStringLiteral("reference"), "New"},
-                                                 {QStringLiteral("category"), "OPEN"}}},
-          {QStringLiteral("exchanges"), QJsonArray{exchange}}};
+  return {{"id", id}, {"type", "INCIDENT"}, {"title", QStringLiteral("Ticket %1").arg(id)},
+          {"organization", SubName(organization, organizationName)}, {"assignedTeam", SubName(10, "Desk")},
+          {"assignedUser", SubName(userId, user)}, {"creationDate", Stamp(ageDays)},
+          {"lastUpdate", Stamp(updatedDaysAgo)}, {"priority", QJsonObject{{"id", 1}, {"reference", "P1"}}},
+          {"status", QJsonObject{{"id", 1}, {"reference", "New"}, {"category", "OPEN"}}},
+          {"exchanges", QJsonArray{exchange}}};
 }
 
 QJsonObject Operator(int id, const QString &email, const QString &status, int team)
 {
-  return {{QStringLiteral("id"), id},
-          {QStringLiteral("notificationEmail"), email},
-          {QStringLiteral("status"), status},
-          {QStringLiteral("teams"), QJsonArray{SubName(team, QString())}}};
+  return {{"id", id}, {"notificationEmail", email}, {"status", status}, {"teams", QJsonArray{SubName(team, {})}}};
 }
 
 QJsonObject Object(int id, const QString &reference, const QString &type, const QString &subType = QString())
 {
-  return {{QStringLiteral("id"), id}, {QStringLiteral("module"), QStringLiteral("TICKETING")},
-          {QStringLiteral("reference"), reference}, {QStringLiteral("type"), type},
-          {QStringLiteral("subType"), subType}};
+  return {{"id", id}, {"module", "TICKETING"}, {"reference", reference}, {"type", type}, {"subType", subType}};
 }
 
 QJsonObject StepsData(int extraAcmeTickets)
@@ -58,15 +43,12 @@ QJsonObject StepsData(int extraAcmeTickets)
                                            "échange ne sera ajouté lors des prochaines exécutions du contrôle pour "
                                            "ce ticket.");
   auto organization = [](int id, const QString &name, bool ticketing) {
-    return QJsonObject{{QStringLiteral("id"), id}, {QStringLiteral("name"), name},
-                       {QStringLiteral("monitoringAndInfrastructureModuleEnabled"), false},
-                       {QStringLiteral("passwordModuleEnabled"), false},
-                       {QStringLiteral("ticketingModuleEnabled"), ticketing}};
+    return QJsonObject{{"id", id}, {"name", name}, {"monitoringAndInfrastructureModuleEnabled", false},
+                       {"passwordModuleEnabled", false}, {"ticketingModuleEnabled", ticketing}};
   };
   auto team = [](int id, const QString &name, const QJsonArray &organizations) {
-    return QJsonObject{{QStringLiteral("id"), id}, {QStringLiteral("name"), name},
-                       {QStringLiteral("members"), QJsonArray{}}, {QStringLiteral("remarks"), QString()},
-                       {QStringLiteral("organizations"), organizations}};
+    return QJsonObject{{"id", id}, {"name", name}, {"members", QJsonArray{}}, {"remarks", QString()},
+                       {"organizations", organizations}};
   };
   QJsonArray tickets{Ticket(11, 1, "Acme", QString(), 0, 2, 30), Ticket(12, 1, "Acme", "Bob", 2, 1, 0.1, english),
                      Ticket(13, 1, "Acme", "Bob", 2, 1, 0.1, french), Ticket(21, 2, "Beta & Co", "Ann", 1, 1, 0.1)};
@@ -74,20 +56,19 @@ QJsonObject StepsData(int extraAcmeTickets)
     tickets.append(Ticket(1000 + i, 1, "Acme", i % 5 ? "Ann" : QString(), i % 5 ? 1 : 0, 1 + i % 20, i % 30,
                           i % 97 == 0 ? english : i % 89 == 0 ? french : QString()));
   return {
-      {QStringLiteral("credentials"),
-       QJsonObject{{QStringLiteral("clientId"), "client"}, {QStringLiteral("clientSecret"), "secret"},
-                   {QStringLiteral("username"), "lead"}, {QStringLiteral("password"), "pw"}}},
-      {QStringLiteral("organizations"), QJsonArray{organization(1, "Acme", true), organization(2, "Beta & Co", true),
-                                                   organization(3, "Gamma", false)}},
-      {QStringLiteral("teams"), QJsonArray{team(10, "Desk", {SubName(1, "Acme"), SubName(2, "Beta & Co")}),
-                                           team(20, "Network", {SubName(2, "Beta & Co")})}},
-      {QStringLiteral("operators"),
-       QJsonArray{Operator(1, "Ann@example.org", "ACTIVE", 10), Operator(2, "bob@example.org", "ACTIVE", 10),
-                  Operator(3, "carl@example.org", "INACTIVE", 20)}},
-      {QStringLiteral("objects"),
-       QJsonArray{Object(1, "New", "TICKET_STATUS"), Object(2, "Waiting", "TICKET_STATUS"),
-                  Object(3, "new", "TICKET_STATUS"), Object(4, "Critical [P1]", "TICKET_PRIORITY", "INCIDENT")}},
-      {QStringLiteral("tickets"), tickets},
+      {"credentials",
+       QJsonObject{{"clientId", "client"}, {"clientSecret", "secret"}, {"username", "lead"}, {"password", "pw"}}},
+      {"organizations",
+       QJsonArray{organization(1, "Acme", true), organization(2, "Beta & Co", true), organization(3, "Gamma", false)}},
+      {"teams", QJsonArray{team(10, "Desk", {SubName(1, "Acme"), SubName(2, "Beta & Co")}),
+                           team(20, "Network", {SubName(2, "Beta & Co")})}},
+      {"operators", QJsonArray{Operator(1, "Ann@example.org", "ACTIVE", 10),
+                               Operator(2, "bob@example.org", "ACTIVE", 10),
+                               Operator(3, "carl@example.org", "INACTIVE", 20)}},
+      {"objects", QJsonArray{Object(1, "New", "TICKET_STATUS"), Object(2, "Waiting", "TICKET_STATUS"),
+                             Object(3, "new", "TICKET_STATUS"),
+                             Object(4, "Critical [P1]", "TICKET_PRIORITY", "INCIDENT")}},
+      {"tickets", tickets},
   };
 }
 

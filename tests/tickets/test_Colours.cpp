@@ -29,12 +29,9 @@ tyRestObject Object(const QString &reference, const QString &subType = QString()
 TEST_F(ColoursTest, DefaultColoursOfStatusesAndPriorities)
 {
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "New")), "#E57373");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "Solved")), "#81C784");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "Completed")), "#81C784");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "Autocompleted")), "#FFFFFF");
   EXPECT_EQ(ColorToHtml1(TColourStore::DefaultColor(Setting::StatusColours, "waiting")), "#FFFFFF"); // defaults by exact name
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "P5")), "#64B5F6");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "NC")), "#64B5F6");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "R1")), "#F4511E");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "")), "#FFFFFF");
 }
@@ -65,13 +62,11 @@ TEST_F(ColoursTest, PriorityCodeFromTheLongText)
   EXPECT_EQ(ini.ReadString("PriorityLong", "INCIDENT - Critical p1", "?"), "P1");
   EXPECT_EQ(ini.ReadString("PriorityLong", "Low priority", "?"), "?"); // nothing stored
   EXPECT_TRUE(ini.ValueExists("PriorityLong", "Something [] else"));   // stored although empty
-}
 
-TEST_F(ColoursTest, RememberedTwoCharacterCodeWins)
-{
+  // A remembered code of two characters wins; another is computed again.
   WriteTextFile(FPath, "[PriorityLong]\nHigh [P2]= O3 \nOdd [P2]=ABC\n");
   EXPECT_EQ(FStore.GetPriorityText("High [P2]"), "O3");
-  EXPECT_EQ(FStore.GetPriorityText("Odd [P2]"), "P2"); // not two characters: computed again
+  EXPECT_EQ(FStore.GetPriorityText("Odd [P2]"), "P2");
 }
 
 TEST_F(ColoursTest, StatusListIsSortedUniqueIgnoringCase)

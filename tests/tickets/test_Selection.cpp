@@ -34,24 +34,6 @@ QList<std::int32_t> Ids(const tyRestTeams &teams)
 
 } // namespace
 
-TEST(Selection, LinkTablesFollowListOrder)
-{
-  const tyRestOrganizationsTeams links = UpdateListOrganizationsTeams({Team(1, "A", {10, 20}), Team(2, "B", {20})});
-  ASSERT_EQ(links.size(), 3);
-  EXPECT_EQ(links[0].IdOrganization, 10);
-  EXPECT_EQ(links[0].IdTeam, 1);
-  EXPECT_EQ(links[2].IdOrganization, 20);
-  EXPECT_EQ(links[2].IdTeam, 2);
-
-  tyRestOperator op;
-  op.id = 7;
-  op.teams = {{1, "A"}, {2, "B"}};
-  const tyRestTeamsOperators members = UpdateListTeamsOperators({op});
-  ASSERT_EQ(members.size(), 2);
-  EXPECT_EQ(members[1].IdTeam, 2);
-  EXPECT_EQ(members[1].IdOperator, 7);
-}
-
 TEST(Selection, TeamsOfOrganizationsAreListedOnceInOrganizationOrder)
 {
   const tyRestTeams teams{Team(1, "A", {20}), Team(2, "B", {10, 20}), Team(3, "C", {10})};
@@ -71,17 +53,6 @@ TEST(Selection, UnknownTeamTakesTheNameLookedUpBeforeIt)
   EXPECT_EQ(result[1].id, 42);
   EXPECT_EQ(result[1].name, "A");
   EXPECT_EQ(GetTeamsFromOrganization({Organization(10)}, {{10, 42}}, teams)[0].name, "");
-}
-
-TEST(Selection, LastTeamWithAnIdGivesTheName)
-{
-  QString name = "unchanged";
-  GetTeamName({Team(1, "first", {}), Team(1, "second", {})}, 1, name);
-  EXPECT_EQ(name, "second");
-  GetTeamName({}, 1, name);
-  EXPECT_EQ(name, "second");
-  EXPECT_TRUE(TeamInSelectedTeams({Team(5, "x", {})}, 5));
-  EXPECT_FALSE(TeamInSelectedTeams({Team(5, "x", {})}, 6));
 }
 
 TEST(TenExchanges, FlagsTicketsFoundByEitherNoticeKeepingTheOrder)
