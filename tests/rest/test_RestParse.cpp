@@ -86,9 +86,9 @@ TEST(TicketMapping, EveryMemberReachesItsFieldAndAbsentOnesStayZero)
   EXPECT_EQ(ticket.customProperties[0].selectedOption.description, "Yes");
   ASSERT_EQ(ticket.checks.size(), 1);
   EXPECT_EQ(ticket.checks[0].description, "Backup");
-  EXPECT_EQ(ticket.change.rollbackPlan, "rb");
-  EXPECT_EQ(ticket.incident.incidentUrgency, "u");
-  EXPECT_EQ(ticket.validationLevel.level, 2);
+  EXPECT_EQ(ticket.change->rollbackPlan, "rb");
+  EXPECT_EQ(ticket.incident->incidentUrgency, "u");
+  EXPECT_EQ(ticket.validationLevel->level, 2);
   EXPECT_EQ(ticket.template_.description, "t");
   EXPECT_TRUE(ticket.flagApi);
   EXPECT_EQ(ticket.lastUpdate, "2024-03-15T08:30:00.123Z");
