@@ -54,6 +54,8 @@ run_scenario() {
     printf 'ClientSecret=%s\n' "$(printf '%s\n' 'demo secret&=1' | "$tool" --encrypt)"
     printf 'Username=lead@vellmor.example\nParallelRequests=%s\n' "$parallel"
     printf 'Password=%s\n' "$(printf '%s\n' 'Pass word&=é' | "$tool" --encrypt)"
+    # The dry run writes the mail instead of sending it, to these receivers.
+    printf '[SMTP]\nServer=127.0.0.1\nDefaultTo=servicedesk-leads@vellmor.example\nFrom=noreply@vellmor.example\n'
     printf '[Organizations]\nNb=%s\n' "$organizations"
     for i in $(seq "$organizations"); do
       printf 'id_%s=%s\nname_%s=Bench organization %s\nticketingModuleEnabled_%s=1\n' "$i" $((200 + i)) "$i" "$i" "$i"

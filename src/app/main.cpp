@@ -66,6 +66,8 @@ void PrintLine(const QString &text)
 // when there is a display, without any otherwise).
 int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &line)
 {
+  // The settings' secrets need the key soon: it is derived while Qt starts.
+  const std::jthread keyAhead = DeriveKeyAhead();
   const bool unattended = line.Unattended();
   const bool window = DisplayAvailable();
   std::unique_ptr<QCoreApplication> application;

@@ -102,6 +102,17 @@ QByteArray DecodeBase64(const QByteArray &text, const char *level)
 
 } // namespace
 
+std::jthread DeriveKeyAhead()
+{
+  return std::jthread([] {
+    try {
+      CipherKey();
+    } catch (const ESecretError &) {
+      // Not derived: the first Encrypt or Decrypt derives it again and raises the failure.
+    }
+  });
+}
+
 QString Encrypt(const QString &value)
 {
   if (TrimBlanks(value).isEmpty())

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <thread>
 
 // Protection of the secrets kept in the settings file (API client secret and
 // password, SMTP password). It keeps them from casual reading: the key is derived
@@ -16,3 +17,9 @@ QString Encrypt(const QString &value);
 // Line breaks in `value` are ignored. Raises ESecretError when the value is not in
 // the stored form or fails authentication.
 QString Decrypt(const QString &value);
+
+// Starts deriving the cipher key on a thread of its own (the derivation is
+// deliberately slow), so that the program's start-up goes on meanwhile and the
+// first Encrypt or Decrypt waits only for what is left. The thread ends with
+// the derivation; a failure there is raised by the first Encrypt or Decrypt.
+std::jthread DeriveKeyAhead();

@@ -23,9 +23,13 @@ QString ReadText(const QString &path)
 
 void SaveLines(const QString &path, const QStringList &lines, const QString &lineBreak, TTextEncoding encoding)
 {
-  QString text;
+  qsizetype length = 0;
   for (const QString &line : lines)
-    text += line + lineBreak;
+    length += line.size() + lineBreak.size();
+  QString text;
+  text.reserve(length); // a report of many thousand lines is built without growing
+  for (const QString &line : lines)
+    text.append(line).append(lineBreak);
   QByteArray bytes;
   if (encoding == TTextEncoding::Utf16LeWithBom) {
     QStringEncoder encoder(QStringConverter::Utf16LE, QStringConverter::Flag::WriteBom);

@@ -55,7 +55,7 @@ bool NothingToReport(const TReportInput &input, const TReportOutput &report)
 qsizetype TReportMail::RowCount() const
 {
   qsizetype rows = 0;
-  for (const tyRestTickets &section : Report.Rows)
+  for (const TReportRows &section : Report.Rows)
     rows += section.size();
   return rows;
 }
@@ -65,8 +65,14 @@ QList<TReportMail> PlanDelivery(const TReportInput &input, const tyDelivery &del
 {
   TReportInput fullInput = input;
   fullInput.ListRecipients = delivery.Mode == TDeliveryMode::Report;
+  return PlanDelivery(input, TMailReport(fullInput, colours, now).Generate(), delivery, smtp, colours, now);
+}
+
+QList<TReportMail> PlanDelivery(const TReportInput &input, TReportOutput fullReport, const tyDelivery &delivery,
+                                const tySMTPserver &smtp, TColourStore &colours, const TMailReport::TClock &now)
+{
   TReportMail full;
-  full.Report = TMailReport(fullInput, colours, now).Generate();
+  full.Report = std::move(fullReport);
   if (delivery.SkipWhenClear && NothingToReport(input, full.Report))
     return {};
 

@@ -33,6 +33,10 @@ struct TReportMail
 // report reads the clock `now`, so all agree on the ages.
 QList<TReportMail> PlanDelivery(const TReportInput &input, const tyDelivery &delivery, const tySMTPserver &smtp,
                                 TColourStore &colours, const TMailReport::TClock &now);
+// The same, with the full report already made from `input` at `now` for this
+// mode (its recipients listed only in mode report): it is not made again.
+QList<TReportMail> PlanDelivery(const TReportInput &input, TReportOutput fullReport, const tyDelivery &delivery,
+                                const tySMTPserver &smtp, TColourStore &colours, const TMailReport::TClock &now);
 
 // What a person confirms before the mails go: the "To" and "CC" lists; in
 // personal mode one "To" line per receiver with the row count of their mail.

@@ -224,19 +224,22 @@ QString TMailReport::DateCell(const QString &timestamp, TAge age) const
   return cell + QStringLiteral("</td>");
 }
 
-const tyRestTickets &TMailReport::SectionRows(TReportSection section,
-                                             const std::function<bool(const tyRestTicket &)> &rule)
+const TReportRows &TMailReport::SectionRows(TReportSection section,
+                                           const std::function<bool(const tyRestTicket &)> &rule)
 {
-  tyRestTickets &rows = FOut.Rows.at(static_cast<std::size_t>(section));
-  for (const tyRestTicket &ticket : FIn.Tickets)
+  TReportRows &rows = FOut.Rows.at(static_cast<std::size_t>(section));
+  rows = TReportRows(FIn.Tickets);
+  for (qsizetype i = 0; i < FIn.Tickets.size(); ++i) {
+    const tyRestTicket &ticket = FIn.Tickets.at(i);
     if (rule(ticket) && (!FIn.KeepsRow || FIn.KeepsRow(section, ticket)))
-      rows.append(ticket);
+      rows.Append(i);
+  }
   return rows;
 }
 
 void TMailReport::AddTable(TReportSection section)
 {
-  const tyRestTickets &rows = FOut.Rows.at(static_cast<std::size_t>(section));
+  const TReportRows &rows = FOut.Rows.at(static_cast<std::size_t>(section));
   const auto [withAssignedUser, creationAge, updateAge] = SectionLayout(section);
   QStringList headers{QStringLiteral("Organization"), QStringLiteral("Ticket"), QStringLiteral("Title"),
                       QStringLiteral("Assigned&nbsp;Team")};
@@ -306,7 +309,7 @@ void TMailReport::TakeUser(std::int32_t userId)
 
 void TMailReport::Mail_03_AddUnassigned()
 {
-  const tyRestTickets &rows =
+  const TReportRows &rows =
       SectionRows(TReportSection::Unassigned, [this](const tyRestTicket &ticket) { return IsUnassignedLate(ticket); });
   FOut.NbUnassigned = static_cast<std::int32_t>(rows.size());
   AddLines(FIn.HtmlTexts.Unassigned_Title, QStringLiteral("%NBMINUTES%"), QString::number(FIn.NbMinutes));
@@ -322,7 +325,7 @@ void TMailReport::Mail_03_AddUnassigned()
 
 void TMailReport::Mail_04_AddWithoutUpdate()
 {
-  const tyRestTickets &rows =
+  const TReportRows &rows =
       SectionRows(TReportSection::WithoutUpdate, [this](const tyRestTicket &ticket) { return IsWithoutUpdate(ticket); });
   FOut.NbWithoutUpdate = static_cast<std::int32_t>(rows.size());
   AddLines(FIn.HtmlTexts.WithoutUpdate_Title);
@@ -338,7 +341,7 @@ void TMailReport::Mail_04_AddWithoutUpdate()
 
 void TMailReport::Mail_05_Gt10Exchanges()
 {
-  const tyRestTickets &rows =
+  const TReportRows &rows =
       SectionRows(TReportSection::Gt10Exchanges, [](const tyRestTicket &ticket) { return ticket.tenExchangesAdded; });
   FOut.NbGt10Exch = static_cast<std::int32_t>(rows.size());
   if (rows.isEmpty())

@@ -61,6 +61,44 @@ struct TReportInput
   bool ListRecipients = true;
 };
 
+// The rows of one section, in report order: tickets of the report's input by
+// position, so that no ticket is copied.
+class TReportRows
+{
+public:
+  class const_iterator
+  {
+  public:
+    using value_type = tyRestTicket;
+    using difference_type = qsizetype;
+    const_iterator(const TReportRows &rows, qsizetype row) : FRows(&rows), FRow(row) {}
+    const tyRestTicket &operator*() const { return (*FRows)[FRow]; }
+    const_iterator &operator++()
+    {
+      ++FRow;
+      return *this;
+    }
+    bool operator==(const const_iterator &other) const = default;
+
+  private:
+    const TReportRows *FRows;
+    qsizetype FRow;
+  };
+
+  TReportRows() = default;
+  explicit TReportRows(tyRestTickets tickets) : FTickets(std::move(tickets)) {}
+  void Append(qsizetype ticket) { FIndexes.append(ticket); }
+  qsizetype size() const { return FIndexes.size(); }
+  bool isEmpty() const { return FIndexes.isEmpty(); }
+  const tyRestTicket &operator[](qsizetype row) const { return FTickets.at(FIndexes.at(row)); }
+  const_iterator begin() const { return {*this, 0}; }
+  const_iterator end() const { return {*this, size()}; }
+
+private:
+  tyRestTickets FTickets; // shared with the input, never changed
+  QList<qsizetype> FIndexes;
+};
+
 // The report and the people it concerns.
 struct TReportOutput
 {
@@ -72,7 +110,7 @@ struct TReportOutput
   std::int32_t NbUnassigned = 0;
   std::int32_t NbWithoutUpdate = 0;
   std::int32_t NbGt10Exch = 0;
-  std::array<tyRestTickets, CReportSectionCount> Rows; // the rows of each section, in report order
+  std::array<TReportRows, CReportSectionCount> Rows; // the rows of each section
   TDateTime CurrentTime = 0; // the clock reading every age counts from
 };
 
@@ -108,7 +146,7 @@ private:
   bool IsWithoutUpdate(const tyRestTicket &ticket) const;
   void AddLines(const QStringList &lines, const QString &placeholder = QString(), const QString &value = QString());
   // The tickets of FIn that meet a section's rule and that the report keeps.
-  const tyRestTickets &SectionRows(TReportSection section, const std::function<bool(const tyRestTicket &)> &rule);
+  const TReportRows &SectionRows(TReportSection section, const std::function<bool(const tyRestTicket &)> &rule);
   void AddTable(TReportSection section);
   // The section's "everything is OK" block, unless the retrieval was incomplete.
   void AddAllClear(const QStringList &lines);

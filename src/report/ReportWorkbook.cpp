@@ -66,7 +66,7 @@ private:
 void WriteSection(lxw_workbook *workbook, TReportSection section, const TReportOutput &report, TColourStore &colours,
                   lxw_format *headerFormat, lxw_format *dateFormat)
 {
-  const tyRestTickets &rows = report.Rows.at(static_cast<std::size_t>(section));
+  const TReportRows &rows = report.Rows.at(static_cast<std::size_t>(section));
   if (rows.isEmpty())
     return;
   lxw_worksheet *sheet = workbook_add_worksheet(workbook, SheetName(section));

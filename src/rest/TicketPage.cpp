@@ -219,6 +219,16 @@ void Read(element value, tyRestChange &change)
   });
 }
 
+// A part held apart is made only for an object; anything else empties it.
+template <typename TPart>
+void Read(element value, TRestPart<TPart> &part)
+{
+  if (value.is_object())
+    Read(value, part.Edit());
+  else
+    part = {};
+}
+
 // The field each member of a ticket item fills, by member name.
 using TTicketReader = void (*)(element member, tyRestTicket &ticket);
 

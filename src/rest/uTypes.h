@@ -1,18 +1,52 @@
 #pragma once
 
-// Records exchanged with the Quorvex ITSM service. Plain values: copying a record
-// copies everything. Fields follow the service's objects in order; a field whose
-// name starts with an underscore is filled from the JSON member without it
-// ("_type" from "type"). Fields that no query fills are kept so that each record
-// describes the whole service object. Dates from the service stay text.
+// Records exchanged with the Quorvex ITSM service. Values: a copy never changes
+// with the original (texts and rarely filled parts are shared until changed).
+// Fields follow the service's objects in order; a field whose name starts with
+// an underscore is filled from the JSON member without it ("_type" from "type").
+// Fields that no query fills are kept so that each record describes the whole
+// service object. Dates from the service stay text.
 
 #include "core/ConfigTypes.h"
 #include "core/TColor.h"
 
 #include <QList>
+#include <QSharedData>
+#include <QSharedDataPointer>
 #include <QTypeInfo>
 #include <QString>
 #include <cstdint>
+
+// A part of a record that the lists of the service mostly leave empty (a
+// ticket's change or problem details): held apart, so that an empty part costs
+// one pointer instead of its whole size, and shared between copies until one of
+// them is changed. Read through `->` or `*`; an empty part reads as the zero value.
+template <typename T>
+class TRestPart
+{
+public:
+  const T &operator*() const { return FData ? FData->Value : Empty(); }
+  const T *operator->() const { return &**this; }
+  // The part of this record alone, for filling it.
+  T &Edit()
+  {
+    if (!FData)
+      FData = new TData;
+    return FData->Value; // a part shared with a copy is copied first
+  }
+
+private:
+  struct TData : QSharedData
+  {
+    T Value;
+  };
+  static const T &Empty()
+  {
+    static const T empty;
+    return empty;
+  }
+  QSharedDataPointer<TData> FData;
+};
 
 struct tyRestSubName
 {
@@ -142,7 +176,7 @@ struct tyRestTicket
   bool authorEmailNotify = false;
   QString authorName;
   tyRestSubName authorSite;
-  tyRestChange change;
+  TRestPart<tyRestChange> change;
   tyRestchecks checks;
   tyRestSubName contract;
   std::int32_t cost = 0;
@@ -155,7 +189,7 @@ struct tyRestTicket
   std::int32_t estimatedEffort = 0;
   bool flagApi = false;
   std::int32_t id = 0; // the ticket number shown to users
-  tyRestIncident incident;
+  TRestPart<tyRestIncident> incident;
   QString lastUpdate;
   tyRestSubDescription ola;
   QString olaDate;
@@ -163,11 +197,11 @@ struct tyRestTicket
   std::int32_t olaFullDelay = 0;
   tyRestSubName organization;
   tyRestSubReference priority;
-  tyRestProblem problem;
+  TRestPart<tyRestProblem> problem;
   tyRestSubDescription project;
   tyRestSubDescription projectStage;
   std::int32_t rating = 0;
-  tyRestRelease release;
+  TRestPart<tyRestRelease> release;
   std::int32_t resolutionDelay = 0;
   tyRestSubDescription sla;
   QString slaAcknowledgementStatus;
@@ -185,7 +219,7 @@ struct tyRestTicket
   QString ticketOrigin;
   QString title;
   QString _type;
-  tyRestValidationLevel validationLevel;
+  TRestPart<tyRestValidationLevel> validationLevel;
   tyRestSubDescription validationWorkflow;
   QString waitingDate;
   std::int32_t waitingDelay = 0;

@@ -183,4 +183,5 @@ private:
   bool FTokenRenewed = false; // a token was requested after a refusal in this step (or run)
   TReportInput FReportInput; // what the last generated report was made from
   TDateTime FReportTime = 0; // and the clock reading its ages count from
+  TReportOutput FReport;     // and the report itself
 };

@@ -59,6 +59,7 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
   TReportOutput report = TMailReport(input, Colours(), [now] { return now; }).Generate();
   FReportInput = input;
   FReportTime = now;
+  FReport = report;
   FHtmlContent = report.HtmlContent;
   FSlRecipientTo = report.SlRecipientTo;
   FSlRecipientCc = report.SlRecipientCc;
@@ -83,7 +84,11 @@ QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConf
   if (FHtmlContent.size() < CMinimumReportLines)
     return {};
   const TDateTime now = FReportTime;
-  const QList<TReportMail> mails = PlanDelivery(FReportInput, FDelivery, FSmtp, Colours(), [now] { return now; });
+  // Within an unattended run nothing changes between the two steps: the report
+  // generated is the one delivered. A person may have changed colours since.
+  const TMailReport::TClock clock = [now] { return now; };
+  const QList<TReportMail> mails = FAutomatic ? PlanDelivery(FReportInput, FReport, FDelivery, FSmtp, Colours(), clock)
+                                              : PlanDelivery(FReportInput, FDelivery, FSmtp, Colours(), clock);
   // Each mail reaches the log as soon as it is delivered, even when a later one fails.
   QStringList texts;
   auto delivered = [this, &texts](const QString &text) {

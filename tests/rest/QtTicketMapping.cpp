@@ -110,9 +110,9 @@ const QHash<QString, TTicketReader> &TicketReaders()
       {QStringLiteral("flagApi"), [](const V &m, T &t) { ReadBoolean(m, t.flagApi); }},
       {QStringLiteral("archived"), [](const V &m, T &t) { ReadBoolean(m, t.archived); }},
       {QStringLiteral("actualResolutionDate"), [](const V &m, T &t) { ReadString(m, t.actualResolutionDate); }},
-      {QStringLiteral("change"), [](const V &m, T &t) { ReadChange(m, t.change); }},
+      {QStringLiteral("change"), [](const V &m, T &t) { ReadChange(m, t.change.Edit()); }},
       {QStringLiteral("checks"), [](const V &m, T &t) { ReadChecks(m, t.checks); }},
-      {QStringLiteral("incident"), [](const V &m, T &t) { ReadIncident(m, t.incident); }},
+      {QStringLiteral("incident"), [](const V &m, T &t) { ReadIncident(m, t.incident.Edit()); }},
       {QStringLiteral("sla"), [](const V &m, T &t) { ParseSubDesc(m, t.sla); }},
       {QStringLiteral("startDate"), [](const V &m, T &t) { ReadString(m, t.startDate); }},
       {QStringLiteral("supplier"), [](const V &m, T &t) { ParseSubName(m, t.supplier); }},
@@ -122,7 +122,7 @@ const QHash<QString, TTicketReader> &TicketReaders()
        [](const V &m, T &t) { ReadString(m, t.theoreticalAcknowledgeDate); }},
       {QStringLiteral("theoreticalResolutionDate"),
        [](const V &m, T &t) { ReadString(m, t.theoreticalResolutionDate); }},
-      {QStringLiteral("validationLevel"), [](const V &m, T &t) { ReadValidationLevel(m, t.validationLevel); }},
+      {QStringLiteral("validationLevel"), [](const V &m, T &t) { ReadValidationLevel(m, t.validationLevel.Edit()); }},
       {QStringLiteral("validationWorkflow"), [](const V &m, T &t) { ParseSubDesc(m, t.validationWorkflow); }},
   };
   return readers;
@@ -189,16 +189,16 @@ QString DumpTicket(const tyRestTicket &t)
                      Sub(t.assignedTeam.id, t.assignedTeam.name), Sub(t.assignedUser.id, t.assignedUser.name),
                      Sub(t.author.id, t.author.name), t.authorEmail, QString::number(t.authorEmailNotify),
                      t.authorName, Sub(t.authorSite.id, t.authorSite.name)};
-  fields << t.change.changelogDescription << t.change.changelogType << t.change.deploymentPlan << t.change.impact
-         << t.change.reason << t.change.risks << t.change.rollbackPlan;
+  fields << t.change->changelogDescription << t.change->changelogType << t.change->deploymentPlan << t.change->impact
+         << t.change->reason << t.change->risks << t.change->rollbackPlan;
   for (const tyRestSubDescription &check : t.checks)
     fields << QStringLiteral("check ") + Sub(check.id, check.description);
   fields << Sub(t.createdBy.id, t.createdBy.name) << t.creationDate;
   for (const tyRestCustomProperty &property : t.customProperties)
     fields << QStringLiteral("property ") + Sub(property.customProperty.id, property.customProperty.reference) +
                   u' ' + Sub(property.selectedOption.id, property.selectedOption.description);
-  fields << t.description << QString::number(t.flagApi) << QString::number(t.id) << t.incident.incidentImpact
-         << t.incident.incidentUrgency << t.lastUpdate << Sub(t.organization.id, t.organization.name)
+  fields << t.description << QString::number(t.flagApi) << QString::number(t.id) << t.incident->incidentImpact
+         << t.incident->incidentUrgency << t.lastUpdate << Sub(t.organization.id, t.organization.name)
          << Sub(t.priority.id, t.priority.reference) << QString::number(t.resolutionDelay)
          << Sub(t.sla.id, t.sla.description) << t.slaAcknowledgementStatus << t.slaCompletionStatus
          << QString::number(t.slaResolutionDelay) << t.startDate
@@ -206,8 +206,8 @@ QString DumpTicket(const tyRestTicket &t)
          << Sub(t.task.id, t.task.description) << QString::number(t.tasksPublic)
          << Sub(t.template_.id, t.template_.description) << t.theoreticalAcknowledgeDate
          << t.theoreticalResolutionDate << t.ticketOrigin << t.title << t._type
-         << Sub(t.validationLevel.id, t.validationLevel.description) + u':' +
-                QString::number(t.validationLevel.level)
+         << Sub(t.validationLevel->id, t.validationLevel->description) + u':' +
+                QString::number(t.validationLevel->level)
          << Sub(t.validationWorkflow.id, t.validationWorkflow.description) << t.waitingDate
          << QString::number(t.waitingDelay) << QString::number(t.writeAccess);
   return fields.join(u'|');

@@ -124,8 +124,8 @@ TEST(TicketMapping, EachMemberFillsItsOwnFieldAndAbsentOrMistypedOnesStayZero)
       {ticket.customProperties.value(0).customProperty.reference, "CP"},
       {ticket.customProperties.value(0).selectedOption.description, "Yes"},
       {ticket.checks.value(0).description, "Backup"},
-      {ticket.change.rollbackPlan, "rb"},
-      {ticket.incident.incidentUrgency, "u"}};
+      {ticket.change->rollbackPlan, "rb"},
+      {ticket.incident->incidentUrgency, "u"}};
   for (const auto &[field, expected] : texts)
     EXPECT_EQ(field, expected);
   EXPECT_EQ((QList<std::int32_t>{ticket.id, ticket.resolutionDelay, ticket.slaResolutionDelay, ticket.waitingDelay}),
@@ -134,7 +134,7 @@ TEST(TicketMapping, EachMemberFillsItsOwnFieldAndAbsentOrMistypedOnesStayZero)
                                  ticket.author.id, ticket.createdBy.id, ticket.authorSite.id, ticket.application.id,
                                  ticket.supplier.id, ticket.priority.id, ticket.sla.id, ticket.task.id,
                                  ticket.template_.id, ticket.validationWorkflow.id, ticket.status.id,
-                                 ticket.validationLevel.level}),
+                                 ticket.validationLevel->level}),
             (QList<std::int32_t>{10, 11, 12, 13, 14, 15, 16, 17, 20, 30, 31, 32, 33, 40, 2}));
   EXPECT_TRUE(ticket.authorEmailNotify && ticket.tasksPublic && ticket.access && ticket.writeAccess &&
               ticket.flagApi && ticket.archived);
