@@ -1,6 +1,5 @@
 #include "TDemoService.h"
 
-#include <QElapsedTimer>
 #include <QHostAddress>
 #include <QHttpServer>
 #include <QHttpServerRequest>
@@ -8,7 +7,6 @@
 #include <QJsonDocument>
 #include <QPointer>
 #include <QRegularExpression>
-#include <QScopeGuard>
 #include <QSslCertificate>
 #include <QSslKey>
 #include <QTcpSocket>
@@ -114,9 +112,6 @@ TDemoService::TDemoService(QJsonObject data, QObject *parent)
   FServer->sslSetup(QSslCertificate(FCertificate.CertificatePem, QSsl::Pem),
                     QSslKey(FCertificate.KeyPem, QSsl::Ec, QSsl::Pem));
   FServer->setMissingHandler([this](const QHttpServerRequest &request, QHttpServerResponder &&responder) {
-    QElapsedTimer busy;
-    busy.start();
-    const auto counted = qScopeGuard([this, &busy] { FBusyNs += busy.nsecsElapsed(); });
     TDemoRequest received{MethodName(request.method()), request.url().path(), request.headers(), request.body()};
     if (request.url().hasQuery())
       received.Target += u'?' + request.url().query();
@@ -135,11 +130,8 @@ TDemoService::TDemoService(QJsonObject data, QObject *parent)
     auto later = std::make_shared<QHttpServerResponder>(std::move(responder));
     QPointer<QTcpSocket> socket = later->socket();
     QTimer::singleShot(FFaults.DelayMs, this, [this, later, socket, answer] {
-      QElapsedTimer busy;
-      busy.start();
       if (socket && socket->state() == QAbstractSocket::ConnectedState)
         Deliver(answer, *later);
-      FBusyNs += busy.nsecsElapsed();
     });
   });
 }
@@ -207,8 +199,7 @@ TDemoService::TAnswer TDemoService::Dispatch(const TDemoRequest &request)
                           .arg(QString::fromLatin1(FRequests[i].Method), QUrl(FRequests[i].Target).path())
                           .arg(FRequests[i].Status));
     return {200, JsonBytes(QJsonObject{{QStringLiteral("count"), answered.size()},
-                                       {QStringLiteral("answered"), answered},
-                                       {QStringLiteral("busyMs"), FBusyNs / 1e6}})};
+                                       {QStringLiteral("answered"), answered}})};
   }
   if (request.Method == "POST" && path == QLatin1String("/oauth/token"))
     return Token(request);

@@ -66,9 +66,8 @@ struct TDemoRequest
 // (see DemoData.h for its shape). Bearer tokens are checked; the paging request
 // of the ticket list is read from the body of the GET. Faults are set from code
 // or by POSTing them as JSON to /demo/faults; GET /demo/requests tells how many
-// requests came so far, lists them as "METHOD path status" and tells how long
-// the service itself spent on them (for benchmarks and for tests that run the
-// program as a separate process).
+// requests came so far and lists them as "METHOD path status" (for benchmarks
+// and for tests that run the program as a separate process).
 class TDemoService : public QObject
 {
 public:
@@ -132,7 +131,6 @@ private:
   quint16 FPort = 0;
   TDemoFaults FFaults;
   QList<TDemoRequest> FRequests;
-  qint64 FBusyNs = 0; // time spent working out and sending answers
   QSet<QByteArray> FTokens;
   std::vector<std::unique_ptr<QHttpServerResponder>> FUnanswered; // requests left hanging on purpose
 };
