@@ -67,7 +67,8 @@ QList<QByteArray> Pages()
       R"("validationWorkflow":{"id":33,"description":"d-workflow"},)"
       R"("status":{"id":40,"reference":"r-status","category":"c-status"},)"
       R"("validationLevel":{"id":41,"level":2,"description":"d-level"},)"
-      R"("customProperties":[{"customProperty":{"id":2,"reference":"CP"},"selectedOption":{"id":3,"description":"Y"}}],)"
+      R"("customProperties":[{"customProperty":{"id":2,"reference":"CP"},)"
+      R"("selectedOption":{"id":3,"description":"Y"}}],)"
       R"("checks":[{"id":4,"description":"Backup"}],"incident":{"incidentImpact":"i","incidentUrgency":"u"},)"
       R"("change":{"changelogDescription":"cd","changelogType":"ct","deploymentPlan":"dp","impact":"im",)"
       R"("reason":"re","risks":"ri","rollbackPlan":"rb"},"unknownMember":"ignored"}]})",
