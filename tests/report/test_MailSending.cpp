@@ -49,6 +49,16 @@ QString Header(const QJsonObject &message, const char *name)
   return message["headers"].toObject()[QLatin1String(name)].toString();
 }
 
+// The server on 127.0.0.1:`port`, without TLS unless asked, nor login.
+tySMTPserver Loopback(int port, bool tls = false)
+{
+  tySMTPserver smtp;
+  smtp.Server = "127.0.0.1";
+  smtp.Port = port;
+  smtp.UseSSL = tls;
+  return smtp;
+}
+
 // The error raised by `send`, empty when none.
 template <typename TSend> QString ErrorOf(TSend send)
 {
@@ -77,9 +87,7 @@ protected:
   {
     ASSERT_TRUE(FServer->Started()) << FServer->Failure().toStdString();
     qputenv("QUORVEX_EXTRA_CA_CERTS", FServer->CertificateFile().toUtf8());
-    FSmtp.Server = "127.0.0.1";
-    FSmtp.Port = FServer->Port();
-    FSmtp.UseSSL = true;
+    FSmtp = Loopback(FServer->Port(), true);
     FSmtp.UserName = CUser;
     FSmtp.Password = CPassword;
     FSmtp.DefaultTo = "leads@vellmor.example; desk@vellmor.example";
@@ -167,9 +175,8 @@ TEST(PlainSendingTest, GatewayTestAndEncodedSubjectWithoutEncryption)
 {
   TSmtpTestServer server({});
   ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
-  tySMTPserver smtp;
+  tySMTPserver smtp = Loopback(server.Port());
   smtp.Server = "  127.0.0.1 ";
-  smtp.Port = server.Port();
   // Without TLS, extra authorities are neither needed nor read.
   const QByteArray authorities = qgetenv("QUORVEX_EXTRA_CA_CERTS");
   qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem");
@@ -202,10 +209,8 @@ TEST(ImplicitTlsSendingTest, Port465SpeaksTlsFromTheStart)
   TSmtpTestServer server({TSmtpTestServer::ImplicitTls, 465, CUser, CPassword, {}});
   if (!server.Started())
     GTEST_SKIP() << "port 465 is not available here: " << server.Failure().toStdString();
-  tySMTPserver smtp;
+  tySMTPserver smtp = Loopback(465, true);
   smtp.Server = "localhost";
-  smtp.Port = 465;
-  smtp.UseSSL = true;
   smtp.UserName = CUser;
   smtp.Password = CPassword;
   smtp.DefaultTo = "leads@vellmor.example";
@@ -222,10 +227,7 @@ TEST(PlainSendingTest, AServerSilentAfterTheMessageCostsNoMoreThanTheTimeOut)
   options.StallAfterData = true;
   TSmtpTestServer server(options);
   ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
-  tySMTPserver smtp;
-  smtp.Server = "127.0.0.1";
-  smtp.Port = server.Port();
-  smtp.UseSSL = false;
+  const tySMTPserver smtp = Loopback(server.Port());
   TMailMessage mail;
   mail.To = {"a@vellmor.example"};
   mail.Subject = "x";

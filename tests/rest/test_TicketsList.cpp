@@ -39,11 +39,6 @@ TEST_F(TicketsList, ThreePagesAreAskedWithTheirBodyInTheGetAndJoinedInOrder)
     EXPECT_EQ(request.Header("Content-Type"), "application/json");
     EXPECT_EQ(request.Header("Authorization"), "Bearer " + FSettings.API.Token.toUtf8());
   }
-  const QString trace = TraceText();
-  EXPECT_TRUE(trace.contains("organizationId = 7"));
-  EXPECT_TRUE(trace.contains("Search = \"\""));
-  EXPECT_TRUE(trace.contains(QString("BaseURL = \"https://%1/api/ticket/list/open\"").arg(FService.Instance())));
-  EXPECT_TRUE(trace.contains("Page = 2"));
 }
 
 TEST_F(TicketsList, SearchTextTravelsAsPureAsciiWithEscapes)
