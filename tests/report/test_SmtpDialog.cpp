@@ -77,15 +77,15 @@ TEST(SmtpDialogTest, TestSendsTheTypedValuesConfirmsAndAFailureKeepsTheValues)
   EXPECT_TRUE(recorder.Sent.isEmpty() && recorder.Informed.isEmpty());
 
   recorder.Answer = "tester@vellmor.example";
-  dialog.ledtPort->setText("abc");
+  dialog.ledtServer->setText("typed.example");
   dialog.BitBtn1->click();
   ASSERT_EQ(recorder.Sent.size(), 1);
-  EXPECT_EQ(recorder.Sent[0].first.Port, 25);
+  EXPECT_EQ(recorder.Sent[0].first.Server, "typed.example");
   EXPECT_EQ(recorder.Sent[0].second, "tester@vellmor.example");
   EXPECT_EQ(recorder.Informed, QStringList{"Check your inbox, the email has been sent."});
 
   recorder.Failure = "Unable to send the mail through mail.vellmor.example:587: Login denied";
-  dialog.ledtPort->setText("587");
+  dialog.ledtServer->setText("mail.vellmor.example");
   dialog.show();
   dialog.BitBtn1->click();
   EXPECT_EQ(recorder.Errors, QStringList{recorder.Failure});

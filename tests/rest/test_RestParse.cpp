@@ -42,19 +42,16 @@ TEST(ParseHelpers, SubRecordsAreEmptiedFirstThenFilledFromAnObject)
       Json(R"({"team":{"id":3,"name":"Desk"},"none":null,"sla":{"id":4,"description":"48 h"},"p":{"reference":"P1"}})");
   tyRestSubName name{9, "old"};
   ParseSubName(object, "none", name);
-  EXPECT_EQ(name.id, 0);
-  EXPECT_TRUE(name.name.isEmpty());
+  EXPECT_EQ(std::tie(name.id, name.name), std::make_tuple(0, QString()));
   ParseSubName(object, "team", name);
-  EXPECT_EQ(name.id, 3);
-  EXPECT_EQ(name.name, "Desk");
+  EXPECT_EQ(std::tie(name.id, name.name), std::make_tuple(3, QString("Desk")));
   tyRestSubDescription description{9, "old"};
   ParseSubDesc(object, "sla", description);
-  EXPECT_EQ(description.id, 4);
-  EXPECT_EQ(description.description, "48 h");
+  EXPECT_EQ(std::tie(description.id, description.description), std::make_tuple(4, QString("48 h")));
   tyRestSubReference reference{9, "old"};
   ParseSubRef(object, "p", reference);
-  EXPECT_EQ(reference.id, 0) << "an absent id inside a sub-object is 0, not -1";
-  EXPECT_EQ(reference.reference, "P1");
+  // An absent id inside a sub-object is 0, not -1.
+  EXPECT_EQ(std::tie(reference.id, reference.reference), std::make_tuple(0, QString("P1")));
 }
 
 TEST(AsciiJson, CharactersOutsideAsciiBecomeEscapes)
