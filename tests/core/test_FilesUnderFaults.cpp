@@ -35,17 +35,15 @@ private:
   rlimit FPrevious{};
 };
 
-mode_t ModeOf(const QString &path)
+struct stat StatOf(const QString &path)
 {
-  struct stat status;
-  return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 0777 : 0;
+  struct stat status{};
+  ::stat(QFile::encodeName(path).constData(), &status);
+  return status;
 }
 
-ino_t InodeOf(const QString &path)
-{
-  struct stat status;
-  return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_ino : 0;
-}
+mode_t ModeOf(const QString &path) { return StatOf(path).st_mode & 0777; }
+ino_t InodeOf(const QString &path) { return StatOf(path).st_ino; }
 
 class FilesUnderFaults : public ::testing::Test
 {

@@ -3,6 +3,7 @@
 #include "support/TempConfig.h"
 
 #include <QDir>
+#include <QStringEncoder>
 #include <gtest/gtest.h>
 
 TEST(IniFile, ProfileSemanticsOnReading)
@@ -46,10 +47,8 @@ TEST(IniFile, ByteOrderMarkSelectsTheEncoding)
 {
   TTempConfig config;
   const QString path = config.File("utf16.ini");
-  QByteArray bytes("\xFF\xFE");
-  const QString text = QString::fromUtf8("[S]\nName=Zoë\n");
-  bytes.append(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
-  WriteTextFile(path, bytes);
+  QStringEncoder utf16(QStringConverter::Utf16LE, QStringConverter::Flag::WriteBom);
+  WriteTextFile(path, utf16(QString::fromUtf8("[S]\nName=Zoë\n")));
   EXPECT_EQ(TIniFile(path).ReadString("S", "Name", ""), QString::fromUtf8("Zoë"));
 
   WriteTextFile(path, "\xEF\xBB\xBF[S]\nName=Zoë\n");

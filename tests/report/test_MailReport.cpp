@@ -106,9 +106,7 @@ TEST_F(MailReportTest, NoTicketsGivesTitlesAndAllClearBlocksOnly)
   EXPECT_FALSE(html.join('\n').contains("<table"));
   EXPECT_TRUE(html.contains("<p>Why <a href=\"https://acme.itsm.example\">x</a></p>"));
   EXPECT_EQ(html.last(), "</html>");
-  EXPECT_EQ(out.NbUnassigned, 0);
-  EXPECT_EQ(out.NbWithoutUpdate, 0);
-  EXPECT_EQ(out.NbGt10Exch, 0);
+  EXPECT_EQ(std::tie(out.NbUnassigned, out.NbWithoutUpdate, out.NbGt10Exch), std::make_tuple(0, 0, 0));
 }
 
 TEST_F(MailReportTest, UnassignedRuleIsStrictInWholeMinutes)
@@ -232,8 +230,7 @@ TEST_F(MailReportTest, RulesMeasureFromTheirOwnClock)
   late.creationDate = MinutesAgo(1440 + 20);
   FIn.Tickets = {recent, late, Stale(3, 14.5)};
   const TReportOutput out = Generate();
-  EXPECT_EQ(out.NbUnassigned, 1);
-  EXPECT_EQ(out.NbWithoutUpdate, 1);
+  EXPECT_EQ(std::tie(out.NbUnassigned, out.NbWithoutUpdate), std::make_tuple(1, 1));
   const QString html = out.HtmlContent.join('\n');
   EXPECT_FALSE(html.contains("/all/1\""));
   EXPECT_TRUE(html.contains("/all/2\""));

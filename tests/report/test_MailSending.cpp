@@ -94,8 +94,6 @@ protected:
     FSmtp.DefaultCC = "itsm@vellmor.example,  audit@vellmor.example";
     FSmtp.From = "noreply@vellmor.example";
   }
-  qsizetype Received() const { return FServer->Messages().size(); }
-  QJsonObject Last() const { return FServer->Messages().last(); }
 
   static TSmtpTestServer *FServer;
   tySMTPserver FSmtp;
@@ -109,7 +107,7 @@ TEST_F(StartTlsSendingTest, ReportReachesEveryReceiverAsAlternativeTextAndHtml)
   const QDateTime before = QDateTime::currentDateTime().addSecs(-2);
   SendReport(FSmtp, Report());
 
-  const QJsonObject message = Last();
+  const QJsonObject message = FServer->Messages().last();
   EXPECT_TRUE(message["tls"].toBool());
   EXPECT_TRUE(message["authenticated"].toBool());
   EXPECT_EQ(message["mail_from"].toString(), "noreply@vellmor.example");
@@ -159,11 +157,11 @@ TEST_F(StartTlsSendingTest, ServerRefusalsCarryTheServersWords)
 TEST_F(StartTlsSendingTest, UntrustedCertificateIsRefusedAndUnreadableExtraCertificatesAreNamed)
 {
   qunsetenv("QUORVEX_EXTRA_CA_CERTS");
-  const qsizetype before = Received();
+  const qsizetype before = FServer->Messages().size();
   const QString error = ErrorOf([&] { SendReport(FSmtp, Report()); });
   EXPECT_TRUE(error.contains(QStringLiteral("127.0.0.1:%1").arg(FServer->Port()))) << error.toStdString();
   EXPECT_TRUE(error.contains("certificate", Qt::CaseInsensitive)) << error.toStdString();
-  EXPECT_EQ(Received(), before);
+  EXPECT_EQ(FServer->Messages().size(), before);
 
   qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem");
   const QString unreadable = ErrorOf([&] { SendReport(FSmtp, Report()); });

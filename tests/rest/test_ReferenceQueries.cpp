@@ -149,23 +149,6 @@ TEST_F(ReferenceQueries, TeamsComeFromOnePostAndEachDetailFromAGetWhenAsked)
   EXPECT_EQ(detailed.Value[1].organizations[1].name, "Two");
 }
 
-TEST_F(ReferenceQueries, ServiceThatDoesNotAnswerIsAnApiErrorOfEachQuery)
-{
-  TDemoFaults faults;
-  faults.DelayMs = 1500;
-  FService.SetFaults(faults);
-  FRest->SetTimeout(std::chrono::milliseconds(200));
-  for (const char *path : {"/api/repository/", "/api/organization/", "/api/teams", "/api/operators/"}) {
-    RestartTrace();
-    const auto [records, failure] = Ask(path);
-    EXPECT_EQ(records, 0);
-    ASSERT_TRUE(failure.has_value());
-    EXPECT_TRUE(failure->Reason.startsWith("no answer from " + FService.Instance())) << failure->Reason.toStdString();
-    ASSERT_EQ(ErrorLines().size(), 1);
-    EXPECT_TRUE(ErrorLines().first().startsWith("Erreur API : no answer from")) << ErrorLines().first().toStdString();
-  }
-}
-
 TEST_F(ReferenceQueries, OperatorsFirstPageWithHelpersPresets)
 {
   const tyRestOperators operators = FRest->GET_OperatorsList(FSettings).Value;
