@@ -95,15 +95,9 @@ TEST_F(SettingsTest, ServiceGroupRoundTripsWithSecretsEnciphered)
 
 TEST_F(SettingsTest, SmtpGroupRoundTrips)
 {
-  tySMTPserver smtp;
-  smtp.Server = QString::fromUtf8("smtp.bücher.example");
-  smtp.Port = 587;
-  smtp.UseSSL = false;
-  smtp.UserName = QString::fromUtf8("boîte@example.org");
-  smtp.Password = "S3cret%_";
-  smtp.DefaultTo = QString::fromUtf8("a@example.org;zoë@example.org");
-  smtp.DefaultCC = "";
-  smtp.From = QString::fromUtf8("équipe@example.org");
+  tySMTPserver smtp{QString::fromUtf8("smtp.bücher.example"), 587, false, QString::fromUtf8("boîte@example.org"),
+                    "S3cret%_", QString::fromUtf8("a@example.org;zoë@example.org"), "",
+                    QString::fromUtf8("équipe@example.org")};
   SaveConfigSMTP(FPath, smtp);
   EXPECT_FALSE(ReadTextFile(FPath).contains("S3cret"));
 

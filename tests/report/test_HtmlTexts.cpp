@@ -34,17 +34,6 @@ protected:
 
 } // namespace
 
-TEST_F(HtmlTextsTest, MissingFilesGiveTheDefaultsAndAreNotCreated)
-{
-  const tyHtmlTexts texts = Read();
-  const tyHtmlTexts defaults = DefaultHtmlTexts();
-  for (const auto block : CHtmlTextBlocks)
-    EXPECT_EQ(texts.*block, defaults.*block);
-  for (int number = 1; number <= 8; ++number)
-    EXPECT_FALSE(QFile::exists(Block(number))) << number;
-  EXPECT_EQ(HtmlTextFileName("/f/tool.ini", "C/tool.exe", 8), "/f/tool_8.html");
-}
-
 TEST_F(HtmlTextsTest, SavedBlocksReadBackAsUtf8LinesWithoutMark)
 {
   tyHtmlTexts texts = DefaultHtmlTexts();
@@ -63,7 +52,7 @@ TEST_F(HtmlTextsTest, SavedBlocksReadBackAsUtf8LinesWithoutMark)
     EXPECT_EQ(back.*block, texts.*block);
 }
 
-TEST_F(HtmlTextsTest, DeletedFileRestoresOnlyItsBlock)
+TEST_F(HtmlTextsTest, AMissingFileGivesOnlyItsBlockItsDefault)
 {
   tyHtmlTexts texts;
   for (std::size_t i = 0; i < CHtmlTextBlocks.size(); ++i)
@@ -76,7 +65,8 @@ TEST_F(HtmlTextsTest, DeletedFileRestoresOnlyItsBlock)
   EXPECT_EQ(back.WithoutUpdate_Title, QStringList{"<p>edited 4</p>"});
   EXPECT_EQ(back.WithoutUpdate_Without, QStringList{"<p>edited 6</p>"});
   EXPECT_EQ(back.Why, QStringList{"<p>edited 8</p>"});
-  EXPECT_FALSE(QFile::exists(Block(5)));
+  EXPECT_FALSE(QFile::exists(Block(5))); // reading never writes
+  EXPECT_EQ(HtmlTextFileName("/f/tool.ini", "C/tool.exe", 5), "/f/tool_5.html");
   WriteTextFile(Block(2), QByteArray()); // an empty file is an empty block
   EXPECT_TRUE(Read().Unassigned_With.isEmpty());
 }

@@ -87,12 +87,8 @@ protected:
   {
     ASSERT_TRUE(FServer->Started()) << FServer->Failure().toStdString();
     qputenv("QUORVEX_EXTRA_CA_CERTS", FServer->CertificateFile().toUtf8());
-    FSmtp = Loopback(FServer->Port(), true);
-    FSmtp.UserName = CUser;
-    FSmtp.Password = CPassword;
-    FSmtp.DefaultTo = "leads@vellmor.example; desk@vellmor.example";
-    FSmtp.DefaultCC = "itsm@vellmor.example,  audit@vellmor.example";
-    FSmtp.From = "noreply@vellmor.example";
+    FSmtp = {"127.0.0.1", FServer->Port(), true, CUser, CPassword, "leads@vellmor.example; desk@vellmor.example",
+             "itsm@vellmor.example,  audit@vellmor.example", "noreply@vellmor.example"};
   }
 
   static TSmtpTestServer *FServer;

@@ -21,16 +21,8 @@ namespace {
 
 tySMTPserver Settings()
 {
-  tySMTPserver smtp;
-  smtp.Server = "mail.vellmor.example";
-  smtp.Port = 587;
-  smtp.UseSSL = true;
-  smtp.UserName = "followup@vellmor.example";
-  smtp.Password = " pass word ";
-  smtp.DefaultTo = "leads@vellmor.example";
-  smtp.DefaultCC = "itsm@vellmor.example";
-  smtp.From = "noreply@vellmor.example";
-  return smtp;
+  return {"mail.vellmor.example", 587, true, "followup@vellmor.example", " pass word ", "leads@vellmor.example",
+          "itsm@vellmor.example", "noreply@vellmor.example"};
 }
 
 bool Same(const tySMTPserver &a, const tySMTPserver &b)
