@@ -30,22 +30,17 @@ void AnswerNextDialog(bool ok)
   });
 }
 
-QStringList Lines(const QListWidget *list)
+// The lines of a list, or only those checked.
+QStringList Lines(const QListWidget *list, bool checkedOnly = false)
 {
   QStringList lines;
   for (int i = 0; i < list->count(); ++i)
-    lines << list->item(i)->text();
-  return lines;
-}
-
-QStringList Checked(const QListWidget *list)
-{
-  QStringList lines;
-  for (int i = 0; i < list->count(); ++i)
-    if (list->item(i)->checkState() == Qt::Checked)
+    if (!checkedOnly || list->item(i)->checkState() == Qt::Checked)
       lines << list->item(i)->text();
   return lines;
 }
+
+QStringList Checked(const QListWidget *list) { return Lines(list, true); }
 
 // Types `text` over what the edit holds, as a person would.
 void Type(QLineEdit *edit, const QString &text)
