@@ -102,11 +102,7 @@ TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)
 {
   TSmtpTestServer server({});
   ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
-  FState.FSmtp.Server = "127.0.0.1";
-  FState.FSmtp.Port = server.Port();
-  FState.FSmtp.UseSSL = false;
-  FState.FSmtp.DefaultTo = "leads@vellmor.example";
-  FState.FSmtp.DefaultCC = "itsm@vellmor.example";
+  FState.FSmtp = {"127.0.0.1", server.Port(), false, "", "", "leads@vellmor.example", "itsm@vellmor.example", ""};
   EXPECT_FALSE(FWindow->bbtSendMail->isEnabled()); // no report yet
   EXPECT_FALSE(FWindow->bbtSaveGrid->isEnabled()); // no ticket yet
 
@@ -142,10 +138,7 @@ TEST_F(MainWindow, MailIsSentOffTheWindowThreadWithEveryButtonOff)
 {
   QTcpServer silent; // accepts, never answers
   ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
-  FState.FSmtp.Server = "127.0.0.1";
-  FState.FSmtp.Port = silent.serverPort();
-  FState.FSmtp.UseSSL = false;
-  FState.FSmtp.DefaultTo = "leads@vellmor.example";
+  FState.FSmtp = {"127.0.0.1", silent.serverPort(), false, "", "", "leads@vellmor.example", "", ""};
   QTest::mouseClick(FWindow->bbtGenerateMail, Qt::LeftButton);
 
   bool seen = false;
