@@ -1,4 +1,4 @@
-#include "core/Errors.h"
+#include "support/Raised.h"
 #include "core/IniFile.h"
 #include "support/TempConfig.h"
 
@@ -80,10 +80,6 @@ TEST(IniFile, AFileThatExistsButCannotBeReadIsAnErrorNotDefaults)
   TTempConfig config;
   const QString path = config.File("folder.ini");
   QDir().mkpath(path); // a folder where the file should be: unreadable as a file, even for root
-  try {
-    const TIniFile ini(path);
-    FAIL() << "no error raised";
-  } catch (const EReadError &error) {
-    EXPECT_TRUE(error.Message().startsWith("Unable to read " + path)) << error.Message().toStdString();
-  }
+  const QString error = MessageRaised<EReadError>([&] { const TIniFile ini(path); });
+  EXPECT_TRUE(error.startsWith("Unable to read " + path)) << error.toStdString();
 }

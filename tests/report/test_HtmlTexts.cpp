@@ -1,4 +1,4 @@
-#include "core/Errors.h"
+#include "support/Raised.h"
 #include "report/HtmlTexts.h"
 #include "support/TempConfig.h"
 
@@ -93,11 +93,7 @@ TEST_F(HtmlTextsTest, UnreadableOrUnwritableFileRaisesNamingIt)
 {
   ASSERT_TRUE(QDir().mkpath(Block(3)));
   EXPECT_THROW(Read(), EReadError);
-  try {
-    SaveHtmlTexts(Ini(), CExe, DefaultHtmlTexts());
-    FAIL() << "no error";
-  } catch (const EWriteError &error) {
-    EXPECT_TRUE(error.Message().startsWith("Unable to write to " + Block(3))) << error.Message().toStdString();
-  }
+  const QString error = MessageRaised<EWriteError>([this] { SaveHtmlTexts(Ini(), CExe, DefaultHtmlTexts()); });
+  EXPECT_TRUE(error.startsWith("Unable to write to " + Block(3))) << error.toStdString();
   EXPECT_EQ(Bytes(2), DefaultHtmlTexts().Unassigned_With.join('\n').toUtf8() + '\n');
 }

@@ -3,6 +3,7 @@
 #include "report/DeliveryPlan.h"
 #include "report/SmtpIdentity.h"
 #include "report/ReportSending.h"
+#include "support/Raised.h"
 #include "support/TempConfig.h"
 #include "tickets/ColourStore.h"
 
@@ -57,17 +58,6 @@ tySMTPserver Loopback(int port, bool tls = false)
   smtp.Port = port;
   smtp.UseSSL = tls;
   return smtp;
-}
-
-// The error raised by `send`, empty when none.
-template <typename TSend> QString ErrorOf(TSend send)
-{
-  try {
-    send();
-  } catch (const ESmtpError &error) {
-    return error.Message();
-  }
-  return {};
 }
 
 // A server that wants STARTTLS and a login, shared by the tests of the suite.
@@ -133,19 +123,19 @@ TEST_F(StartTlsSendingTest, ServerRefusalsCarryTheServersWords)
   const QString server = QStringLiteral("127.0.0.1:%1").arg(FServer->Port());
 
   FSmtp.Password = "wrong";
-  const QString login = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  const QString login = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
   EXPECT_TRUE(login.startsWith("Unable to send the mail through " + server + ": ")) << login.toStdString();
   EXPECT_TRUE(login.contains("535")) << login.toStdString();
 
   FSmtp.Password = CPassword;
   FSmtp.DefaultCC = "nobody@vellmor.example";
-  const QString recipient = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  const QString recipient = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
   EXPECT_TRUE(recipient.contains(server)) << recipient.toStdString();
   EXPECT_TRUE(recipient.contains("550 5.1.1 <nobody@vellmor.example>: mailbox unavailable")) << recipient.toStdString();
 
   FSmtp.UseSSL = false;
   FSmtp.DefaultCC.clear();
-  const QString clear = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  const QString clear = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
   EXPECT_TRUE(clear.contains(server)) << clear.toStdString();
   EXPECT_TRUE(clear.contains("530")) << clear.toStdString();
 }
@@ -154,13 +144,13 @@ TEST_F(StartTlsSendingTest, UntrustedCertificateIsRefusedAndUnreadableExtraCerti
 {
   qunsetenv("QUORVEX_EXTRA_CA_CERTS");
   const qsizetype before = FServer->Messages().size();
-  const QString error = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  const QString error = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
   EXPECT_TRUE(error.contains(QStringLiteral("127.0.0.1:%1").arg(FServer->Port()))) << error.toStdString();
   EXPECT_TRUE(error.contains("certificate", Qt::CaseInsensitive)) << error.toStdString();
   EXPECT_EQ(FServer->Messages().size(), before);
 
   qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem");
-  const QString unreadable = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  const QString unreadable = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
   EXPECT_TRUE(unreadable.contains("QUORVEX_EXTRA_CA_CERTS cannot be read from /nonexistent/ca.pem"))
       << unreadable.toStdString();
 }
@@ -228,7 +218,7 @@ TEST(PlainSendingTest, AServerSilentAfterTheMessageCostsNoMoreThanTheTimeOut)
   mail.Text = "y";
   QElapsedTimer clock;
   clock.start();
-  const QString error = ErrorOf([&] { SendMail(smtp, mail, std::chrono::seconds(3)); });
+  const QString error = MessageRaised<ESmtpError>([&] { SendMail(smtp, mail, std::chrono::seconds(3)); });
   // Before, the goodbye alone could wait two more minutes for its answer.
   EXPECT_LT(clock.elapsed(), 6000);
   EXPECT_TRUE(error.contains("Timeout", Qt::CaseInsensitive) || error.contains("timed out", Qt::CaseInsensitive))
