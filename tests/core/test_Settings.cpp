@@ -122,9 +122,8 @@ TEST_F(SettingsTest, DeliveryModesRoundTripAndAnUnknownOneReadsAsReportWithAWarn
     SaveConfigDelivery(FPath, written);
     tyDelivery read;
     ReadConfigDelivery(FPath, read, FWarnings);
-    EXPECT_EQ(read.Mode, written.Mode);
-    EXPECT_EQ(read.SkipWhenClear, written.SkipWhenClear);
-    EXPECT_EQ(read.AttachWorkbook, written.AttachWorkbook);
+    EXPECT_EQ(std::tie(read.Mode, read.SkipWhenClear, read.AttachWorkbook),
+              std::tie(written.Mode, written.SkipWhenClear, written.AttachWorkbook));
   }
   EXPECT_TRUE(FWarnings.isEmpty());
   EXPECT_TRUE(ReadTextFile(FPath).contains("[Delivery]\nMode=report\n")) << ReadTextFile(FPath).toStdString();

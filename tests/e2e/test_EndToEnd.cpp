@@ -105,9 +105,6 @@ protected:
     return QJsonDocument::fromJson(reply->readAll()).object();
   }
 
-  // Sets faults of the running demo service.
-  void SetFaults(const QByteArray &json) { CallService("POST", "/demo/faults", json); }
-
   // The requests the demo service answered so far, as "METHOD path status".
   QStringList Answered()
   {
@@ -264,7 +261,7 @@ TEST_F(EndToEnd, AFailedRetrievalStillSendsAReportThatChecksNothingAndSaysWhyInP
   };
   for (const auto &c : cases) {
     SCOPED_TRACE(QJsonDocument(c.Faults).toJson().toStdString());
-    SetFaults(QJsonDocument(c.Faults).toJson());
+    CallService("POST", "/demo/faults", QJsonDocument(c.Faults).toJson());
     const TRun run = RunTool({"auto"});
     EXPECT_EQ(run.ExitCode, 3) << run.Err.toStdString();
     EXPECT_TRUE(run.Log.contains(" - " + c.Logged)) << run.Log.toStdString();

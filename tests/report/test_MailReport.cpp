@@ -61,10 +61,7 @@ protected:
     FIn.StatusToIgnore = {"Planned (without SLA)"};
     FIn.ServiceUrl = "https://acme.itsm.example";
     FIn.SelectedOrganizations = {{1, "Acme", false, false, true}, {2, "Beta", false, false, true}};
-    tyRestTeam desk;
-    desk.id = 10;
-    desk.name = "Desk";
-    FIn.SelectedTeams = {desk};
+    FIn.SelectedTeams = {tyRestTeam{10, {}, "Desk", {}, {}}};
     FIn.HtmlTexts.Unassigned_Title = {"<h2>Unassigned after %nbminutes% minutes</h2>"};
     FIn.HtmlTexts.Unassigned_With = {"<p>U-with</p>"};
     FIn.HtmlTexts.Unassigned_Without = {"<p>U-without %NBMINUTES%</p>"};
@@ -196,10 +193,7 @@ TEST_F(MailReportTest, RecipientsFromTeamsAndAssigneesWithCopiesNeverRepeated)
   FIn.Operators = {Operator(1, "Zoe@Example.org"), Operator(2, "bob@example.org"),
                    Operator(3, "carl@example.org", "INACTIVE"), Operator(4, "dee@example.org"),
                    Operator(5, "eve@example.org"), Operator(6, "abe@example.org")};
-  tyRestTeam network;
-  network.id = 20;
-  network.name = "Network";
-  FIn.SelectedTeams.append(network);
+  FIn.SelectedTeams.append(tyRestTeam{20, {}, "Network", {}, {}});
   tyRestTicket stale = Ticket(3);
   stale.assignedTeam = {20, "Network"};
   stale.assignedUser = {4, "Dee"};

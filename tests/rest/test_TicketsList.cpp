@@ -6,14 +6,6 @@
 
 namespace {
 
-QByteArray PageBody(int organizationId, int page)
-{
-  return QString(R"({"organizationId":%1,"page":%2,"pageSize":500,"sort":[{"column":"assignedUser","dir":"ASC"}]})")
-      .arg(organizationId)
-      .arg(page)
-      .toUtf8();
-}
-
 const QByteArray CNotObject = "NOT Assigned(JSONResponse) OR NOT (JSONResponse IS TJSONObject)";
 const QByteArray CNoContent = "NOT JSONObject.TryGetValue<TJSONArray>('content', ContentArray)";
 
@@ -34,7 +26,10 @@ TEST_F(TicketsList, ThreePagesAreAskedWithTheirBodyInTheGetAndJoinedInOrder)
     const TDemoRequest &request = FService.Requests().at(page);
     EXPECT_EQ(request.Method, "GET");
     EXPECT_EQ(request.Target, "/api/ticket/list/open");
-    EXPECT_EQ(request.Body, PageBody(7, page));
+    EXPECT_EQ(request.Body, QString(R"({"organizationId":7,"page":%1,"pageSize":500,)"
+                                    R"("sort":[{"column":"assignedUser","dir":"ASC"}]})")
+                                .arg(page)
+                                .toUtf8());
     EXPECT_EQ(request.Header("Content-Type"), "application/json");
     EXPECT_EQ(request.Header("Authorization"), "Bearer " + FSettings.API.Token.toUtf8());
   }

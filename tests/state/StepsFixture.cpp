@@ -101,10 +101,7 @@ StepsFixture::~StepsFixture()
 void StepsFixture::SelectAll()
 {
   FState->FSelectedOrganizations = {{1, "Acme", false, false, true}, {2, "Beta & Co", false, false, true}};
-  tyRestTeam desk;
-  desk.id = 10;
-  desk.name = QStringLiteral("Desk");
-  FState->FSelectedTeams = {desk};
+  FState->FSelectedTeams = {tyRestTeam{10, {}, QStringLiteral("Desk"), {}, {}}};
 }
 
 QString StepsFixture::IniText() const { return ReadTextFile(FState->FFichINI); }
