@@ -1,117 +1,72 @@
 #include "app/CommandLine.h"
 #include "core/SecretCodec.h"
-#include "support/TempConfig.h"
+#include "support/ToolRun.h"
 
-#include <QDir>
 #include <QFile>
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <functional>
 #include <gtest/gtest.h>
 
 namespace {
 
-QString Executable() { return QStringLiteral(QUORVEX_FOLLOWUP_EXE); }
-
-struct TRun
-{
-  int ExitCode = -1;
-  QString Out;
-  QString Err;
-};
-
-TRun RunTool(const QStringList &arguments, const QByteArray &input = {},
-         const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
-{
-  QProcess process;
-  process.setProcessEnvironment(environment);
-  process.start(Executable(), arguments);
-  process.write(input);
-  process.closeWriteChannel();
-  EXPECT_TRUE(process.waitForFinished(30000)) << "still running: " << arguments.join(' ').toStdString();
-  return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-          QString::fromUtf8(process.readAllStandardError())};
-}
-
 // Settings that give the report somewhere to go, and nothing else.
 void WriteMailSettings(const TTempConfig &config)
 {
-  QDir().mkpath(config.File("Vellmor/vlmQuorvexITSM"));
-  WriteTextFile(config.File("Vellmor/vlmQuorvexITSM/quorvex-followup.ini"), "[SMTP]\nDefaultTo=leads@example.org\n");
-}
-
-QProcessEnvironment Environment(const TTempConfig &config)
-{
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  environment.insert("XDG_CONFIG_HOME", config.Root());
-  environment.insert("XDG_RUNTIME_DIR", config.Root());
-  return environment;
-}
-
-// The same without any display, as a server or a scheduler has it.
-QProcessEnvironment HeadlessEnvironment(const TTempConfig &config)
-{
-  QProcessEnvironment environment = Environment(config);
-  environment.remove("DISPLAY");
-  environment.remove("WAYLAND_DISPLAY");
-  environment.remove("QT_QPA_PLATFORM");
-  return environment;
+  QDir().mkpath(config.SettingsFolder());
+  WriteTextFile(config.SettingsFolder() + "quorvex-followup.ini", "[SMTP]\nDefaultTo=leads@example.org\n");
 }
 
 } // namespace
 
 TEST(CommandLine, RecognisedOptionsAndEverythingElse)
 {
-  const TCommandLine none = ParseCommandLine({});
-  EXPECT_FALSE(none.Unattended());
-  const TCommandLine verbose = ParseCommandLine({"--verbose"});
-  EXPECT_TRUE(verbose.Verbose);
-  EXPECT_FALSE(verbose.Unattended()); // the window, with the trace on stderr
-  const TCommandLine dry = ParseCommandLine({"--dry-run"});
-  EXPECT_TRUE(dry.DryRun);
-  EXPECT_TRUE(dry.Unattended());
-  const TCommandLine any = ParseCommandLine({"--verbose", "auto", "--whatever"});
-  EXPECT_TRUE(any.Unattended());
-  EXPECT_EQ(any.OtherArguments, (QStringList{"auto", "--whatever"}));
-}
-
-TEST(CommandLine, DeadlineInMinutesImpliesTheUnattendedRun)
-{
-  const TCommandLine plain = ParseCommandLine({"auto"});
-  EXPECT_EQ(plain.DeadlineMinutes, 20);
-  const TCommandLine spaced = ParseCommandLine({"--deadline", "5"});
-  EXPECT_EQ(spaced.DeadlineMinutes, 5);
-  EXPECT_TRUE(spaced.Unattended());
-  EXPECT_EQ(ParseCommandLine({"--deadline=45", "auto"}).DeadlineMinutes, 45);
+  const struct
+  {
+    QStringList Arguments;
+    bool Unattended, Verbose, DryRun;
+    int DeadlineMinutes;
+  } cases[] = {
+      {{}, false, false, false, 20},
+      {{"--verbose"}, false, true, false, 20}, // the window, with the trace on stderr
+      {{"--dry-run"}, true, false, true, 20},
+      {{"--verbose", "auto", "--whatever"}, true, true, false, 20},
+      {{"--deadline", "5"}, true, false, false, 5},
+      {{"--deadline=45", "auto"}, true, false, false, 45},
+  };
+  for (const auto &c : cases) {
+    const TCommandLine line = ParseCommandLine(c.Arguments);
+    EXPECT_EQ(std::tuple(line.Unattended(), line.Verbose, line.DryRun, line.DeadlineMinutes),
+              std::tuple(c.Unattended, c.Verbose, c.DryRun, c.DeadlineMinutes))
+        << c.Arguments.join(' ').toStdString();
+  }
+  EXPECT_EQ(ParseCommandLine({"--verbose", "auto", "--whatever"}).OtherArguments, (QStringList{"auto", "--whatever"}));
   for (const QStringList &wrong : {QStringList{"--deadline"}, {"--deadline", "0"}, {"--deadline=soon"}})
     EXPECT_TRUE(ParseCommandLine(wrong).Error.contains("--deadline")) << wrong.join(' ').toStdString();
 }
 
 TEST(Executable, VersionAndHelpAnswerAtOnce)
 {
-  const TRun version = RunTool({"--version"});
-  EXPECT_EQ(version.ExitCode, 0);
-  EXPECT_EQ(version.Out, QStringLiteral("quorvex-followup %1\n").arg(QUORVEX_VERSION));
-  const TRun help = RunTool({"--help"});
+  TTempConfig config;
+  EXPECT_EQ(RunTool({"--version"}, ToolEnvironment(config.Root())).Out,
+            QStringLiteral("quorvex-followup %1\n").arg(QUORVEX_VERSION));
+  const TToolRun help = RunTool({"--help"}, ToolEnvironment(config.Root()));
   EXPECT_EQ(help.ExitCode, 0);
-  for (const char *option : {"--help", "--version", "--verbose", "--encrypt", "--dry-run"})
+  for (const char *option : {"--help", "--version", "--verbose", "--encrypt", "--dry-run", "--deadline"})
     EXPECT_TRUE(help.Out.contains(option)) << option;
 }
 
 TEST(Executable, EncryptPrintsTheStoredFormOfOneLine)
 {
   TTempConfig config;
-  const TRun run = RunTool({"--encrypt"}, QString::fromUtf8(" s3cret é \nnext line\n").toUtf8(), Environment(config));
+  const QProcessEnvironment environment = ToolEnvironment(config.Root());
+  const TToolRun run = RunTool({"--encrypt"}, environment, QString::fromUtf8(" s3cret é \nnext line\n").toUtf8());
   EXPECT_EQ(run.ExitCode, 0) << run.Err.toStdString();
   ASSERT_TRUE(run.Out.endsWith('\n'));
   const QString stored = run.Out.chopped(1);
   EXPECT_FALSE(stored.contains('\n'));
   EXPECT_EQ(Decrypt(stored), QString::fromUtf8(" s3cret é "));
 
-  const TRun crlf = RunTool({"--encrypt"}, "abc\r\n", Environment(config));
-  EXPECT_EQ(Decrypt(crlf.Out.trimmed()), "abc");
-
-  const TRun nothing = RunTool({"--encrypt"}, {}, Environment(config));
+  EXPECT_EQ(Decrypt(RunTool({"--encrypt"}, environment, "abc\r\n").Out.trimmed()), "abc");
+  const TToolRun nothing = RunTool({"--encrypt"}, environment);
   EXPECT_NE(nothing.ExitCode, 0);
   EXPECT_TRUE(nothing.Err.contains("no secret"));
 }
@@ -139,14 +94,12 @@ TEST(Executable, AStartThatCannotGoOnSaysWhy)
     SCOPED_TRACE(c.Case);
     TTempConfig config;
     c.Setup(config);
-    const TRun run = RunTool(c.Arguments, {}, HeadlessEnvironment(config));
+    const TToolRun run = RunTool(c.Arguments, ToolEnvironment(config.Root()));
     EXPECT_EQ(run.ExitCode, 2) << run.Err.toStdString();
     EXPECT_TRUE(run.Err.contains(c.Said.isEmpty() ? "no display" : config.Root() + c.Said)) << run.Err.toStdString();
     EXPECT_FALSE(run.Err.contains("another instance")) << run.Err.toStdString();
-    const QStringList logs = QDir(config.Root() + folder).entryList({"quorvex-followup_*.log"});
     if (c.Said == folder + "quorvex-followup.ini") {
-      ASSERT_EQ(logs.size(), 1);
-      EXPECT_TRUE(ReadTextFile(config.Root() + folder + logs[0]).contains(" - BEGIN\n"));
+      EXPECT_TRUE(RunLog(config.Root() + folder).contains(" - BEGIN\n"));
     }
   }
 }
@@ -154,22 +107,20 @@ TEST(Executable, AStartThatCannotGoOnSaysWhy)
 TEST(Executable, ALockWhoseOwnerIsGoneNeverBlocksARun)
 {
   TTempConfig config;
-  const QProcessEnvironment environment = HeadlessEnvironment(config);
+  const QProcessEnvironment environment = ToolEnvironment(config.Root());
   WriteMailSettings(config);
-  const QString folder = config.File("Vellmor/vlmQuorvexITSM");
-  const QString lock = folder + "/quorvex-followup.ini.lock";
+  const QString folder = config.SettingsFolder();
+  const QString lock = folder + "quorvex-followup.ini.lock";
   // Left by a process killed as it made it: empty, or with a dead owner's data.
   WriteTextFile(lock, "");
   // Nothing selected: incomplete, not refused, and never an all-clear.
-  EXPECT_EQ(RunTool({"--dry-run"}, {}, environment).ExitCode, 3);
-  const QStringList logs = QDir(folder).entryList({"quorvex-followup_*.log"});
-  ASSERT_EQ(logs.size(), 1);
-  const QString log = ReadTextFile(folder + '/' + logs[0]);
+  EXPECT_EQ(RunTool({"--dry-run"}, environment).ExitCode, 3);
+  const QString log = RunLog(folder);
   EXPECT_TRUE(log.contains(" - ERROR Quorvex ITSM API: Enter the service's address and API account in "
                            "'Quorvex ITSM API' first"))
       << log.toStdString();
   EXPECT_TRUE(log.contains(" - END"));
-  QFile page(folder + "/quorvex-followup.html");
+  QFile page(folder + "quorvex-followup.html");
   ASSERT_TRUE(page.open(QIODevice::ReadOnly));
   const QByteArray bytes = page.readAll().mid(2); // UTF-16 after its mark
   EXPECT_TRUE(QString::fromUtf16(reinterpret_cast<const char16_t *>(bytes.constData()), bytes.size() / 2)
@@ -187,21 +138,19 @@ TEST(Executable, ALockWhoseOwnerIsGoneNeverBlocksARun)
     if (probe.exitCode() != 0)
       break;
   }
-  EXPECT_EQ(RunTool({"--dry-run"}, {}, environment).ExitCode, 4);
+  EXPECT_EQ(RunTool({"--dry-run"}, environment).ExitCode, 4);
   owner.kill();
   owner.waitForFinished(5000);
-  EXPECT_EQ(RunTool({"--dry-run"}, {}, environment).ExitCode, 3);
+  EXPECT_EQ(RunTool({"--dry-run"}, environment).ExitCode, 3);
 }
 
 TEST(Executable, ASecondStartLeavesTheFirstWindowAlone)
 {
   TTempConfig config;
-  QProcessEnvironment environment = Environment(config);
-  environment.insert("QT_QPA_PLATFORM", "offscreen");
-
+  const QProcessEnvironment environment = ToolEnvironment(config.Root(), "offscreen");
   QProcess first;
   first.setProcessEnvironment(environment);
-  first.start(Executable(), QStringList{"--verbose"});
+  first.start(QUORVEX_FOLLOWUP_EXE, QStringList{"--verbose"});
   ASSERT_TRUE(first.waitForStarted(10000));
   // The first instance is ready once its trace shows the window's settings read.
   QString trace;
@@ -211,14 +160,14 @@ TEST(Executable, ASecondStartLeavesTheFirstWindowAlone)
   }
   ASSERT_TRUE(trace.contains("Exiting TfrmMain.FormCreate")) << trace.toStdString();
 
-  const TRun second = RunTool({}, {}, environment);
+  const TToolRun second = RunTool({}, environment);
   EXPECT_EQ(second.ExitCode, 0) << second.Err.toStdString();
   EXPECT_EQ(first.state(), QProcess::Running);
   // An unattended start cannot raise anything: it says why and does nothing,
   // even from cron's environment, which has no session runtime folder.
-  QProcessEnvironment cron = HeadlessEnvironment(config);
+  QProcessEnvironment cron = ToolEnvironment(config.Root());
   cron.remove("XDG_RUNTIME_DIR");
-  const TRun unattended = RunTool({"auto"}, {}, cron);
+  const TToolRun unattended = RunTool({"auto"}, cron);
   EXPECT_EQ(unattended.ExitCode, 4);
   EXPECT_TRUE(unattended.Err.contains("another instance")) << unattended.Err.toStdString();
 

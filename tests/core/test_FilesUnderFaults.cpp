@@ -1,7 +1,7 @@
 // The program's files when the disk refuses them, and who may read them.
 
 #include "core/AtomicFile.h"
-#include "core/Errors.h"
+#include "support/Raised.h"
 #include "core/SecretCodec.h"
 #include "core/Settings.h"
 #include "support/TempConfig.h"
@@ -35,17 +35,15 @@ private:
   rlimit FPrevious{};
 };
 
-mode_t ModeOf(const QString &path)
+struct stat StatOf(const QString &path)
 {
-  struct stat status;
-  return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 0777 : 0;
+  struct stat status{};
+  ::stat(QFile::encodeName(path).constData(), &status);
+  return status;
 }
 
-ino_t InodeOf(const QString &path)
-{
-  struct stat status;
-  return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_ino : 0;
-}
+mode_t ModeOf(const QString &path) { return StatOf(path).st_mode & 0777; }
+ino_t InodeOf(const QString &path) { return StatOf(path).st_ino; }
 
 class FilesUnderFaults : public ::testing::Test
 {
@@ -68,12 +66,8 @@ TEST_F(FilesUnderFaults, AWriteThatDoesNotReachTheDiskLeavesTheOldFileWhole)
   ici.Instance = QString(4000, u'x');
   {
     const TFileSizeLimit full(1024);
-    try {
-      SaveConfigITSM(FIni, ici);
-      FAIL() << "a refused write raised nothing";
-    } catch (const EWriteError &error) {
-      EXPECT_EQ(error.Message(), "Unable to write to " + FIni + ": File too large");
-    }
+    EXPECT_EQ(MessageRaised<EWriteError>([&] { SaveConfigITSM(FIni, ici); }),
+              "Unable to write to " + FIni + ": File too large");
     EXPECT_THROW(WriteFileAtomically(FConfig.File("report.html"), QByteArray(4000, 'r')), EWriteError);
   }
   EXPECT_EQ(ReadTextFile(FIni).toUtf8(), old);

@@ -1,8 +1,9 @@
-#include "core/Errors.h"
+#include "support/Raised.h"
 #include "core/IniFile.h"
 #include "support/TempConfig.h"
 
 #include <QDir>
+#include <QStringEncoder>
 #include <gtest/gtest.h>
 
 TEST(IniFile, ProfileSemanticsOnReading)
@@ -46,10 +47,8 @@ TEST(IniFile, ByteOrderMarkSelectsTheEncoding)
 {
   TTempConfig config;
   const QString path = config.File("utf16.ini");
-  QByteArray bytes("\xFF\xFE");
-  const QString text = QString::fromUtf8("[S]\nName=Zoë\n");
-  bytes.append(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
-  WriteTextFile(path, bytes);
+  QStringEncoder utf16(QStringConverter::Utf16LE, QStringConverter::Flag::WriteBom);
+  WriteTextFile(path, utf16(QString::fromUtf8("[S]\nName=Zoë\n")));
   EXPECT_EQ(TIniFile(path).ReadString("S", "Name", ""), QString::fromUtf8("Zoë"));
 
   WriteTextFile(path, "\xEF\xBB\xBF[S]\nName=Zoë\n");
@@ -81,10 +80,6 @@ TEST(IniFile, AFileThatExistsButCannotBeReadIsAnErrorNotDefaults)
   TTempConfig config;
   const QString path = config.File("folder.ini");
   QDir().mkpath(path); // a folder where the file should be: unreadable as a file, even for root
-  try {
-    const TIniFile ini(path);
-    FAIL() << "no error raised";
-  } catch (const EReadError &error) {
-    EXPECT_TRUE(error.Message().startsWith("Unable to read " + path)) << error.Message().toStdString();
-  }
+  const QString error = MessageRaised<EReadError>([&] { const TIniFile ini(path); });
+  EXPECT_TRUE(error.startsWith("Unable to read " + path)) << error.toStdString();
 }

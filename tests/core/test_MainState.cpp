@@ -15,7 +15,7 @@ TEST(MainState, FormCreateOnAFreshAccountRunsWithDefaults)
   TOfflineRest offline;
   TMainState state("quorvex-followup", offline.Rest, [&](const QString &w) { warnings << w; });
   state.FormCreate();
-  const QString base = config.Root() + "/Vellmor/vlmQuorvexITSM/";
+  const QString base = config.SettingsFolder();
   EXPECT_EQ(state.FFichINI, base + "quorvex-followup.ini");
   EXPECT_TRUE(state.FLogFile.startsWith(base + "quorvex-followup_"));
   EXPECT_EQ(state.FStatusToIgnore, QStringList{"Planned (without SLA)"});
@@ -27,7 +27,7 @@ TEST(MainState, FormCreateOnAFreshAccountRunsWithDefaults)
 TEST(MainState, DamagedSecretIsReportedToThePerson)
 {
   TTempConfig config;
-  const QString base = config.Root() + "/Vellmor/vlmQuorvexITSM/";
+  const QString base = config.SettingsFolder();
   QDir().mkpath(base);
   WriteTextFile(base + "quorvex-followup.ini", "[QuorvexITSM]\nPassword=garbage!\nInstance=blue\n");
   QStringList warnings;

@@ -42,8 +42,8 @@ class Recorder:
             await asyncio.sleep(3600)
         message = email.message_from_bytes(envelope.original_content, policy=email.policy.default)
         headers = {}
-        for name in ("Subject", "From", "To", "Cc", "Date", "Message-ID", "Content-Type", "MIME-Version",
-                     "Auto-Submitted", "X-Auto-Response-Suppress"):
+        for name in ("Subject", "From", "To", "Cc", "Date", "Message-ID", "Auto-Submitted",
+                     "X-Auto-Response-Suppress"):
             if message[name] is not None:
                 headers[name] = str(message[name])
         parts = []
@@ -51,8 +51,7 @@ class Recorder:
             if part.is_multipart():
                 continue
             content = part.get_content()
-            leaf = {"type": part.get_content_type(), "charset": part.get_content_charset(),
-                       "filename": part.get_filename()}
+            leaf = {"type": part.get_content_type(), "filename": part.get_filename()}
             if isinstance(content, str):
                 leaf["text"] = content
             else:

@@ -1,4 +1,4 @@
-#include "core/Errors.h"
+#include "support/Raised.h"
 #include "report/HtmlTexts.h"
 #include "support/TempConfig.h"
 
@@ -34,17 +34,6 @@ protected:
 
 } // namespace
 
-TEST_F(HtmlTextsTest, MissingFilesGiveTheDefaultsAndAreNotCreated)
-{
-  const tyHtmlTexts texts = Read();
-  const tyHtmlTexts defaults = DefaultHtmlTexts();
-  for (const auto block : CHtmlTextBlocks)
-    EXPECT_EQ(texts.*block, defaults.*block);
-  for (int number = 1; number <= 8; ++number)
-    EXPECT_FALSE(QFile::exists(Block(number))) << number;
-  EXPECT_EQ(HtmlTextFileName("/f/tool.ini", "C/tool.exe", 8), "/f/tool_8.html");
-}
-
 TEST_F(HtmlTextsTest, SavedBlocksReadBackAsUtf8LinesWithoutMark)
 {
   tyHtmlTexts texts = DefaultHtmlTexts();
@@ -63,7 +52,7 @@ TEST_F(HtmlTextsTest, SavedBlocksReadBackAsUtf8LinesWithoutMark)
     EXPECT_EQ(back.*block, texts.*block);
 }
 
-TEST_F(HtmlTextsTest, DeletedFileRestoresOnlyItsBlock)
+TEST_F(HtmlTextsTest, AMissingFileGivesOnlyItsBlockItsDefault)
 {
   tyHtmlTexts texts;
   for (std::size_t i = 0; i < CHtmlTextBlocks.size(); ++i)
@@ -76,7 +65,8 @@ TEST_F(HtmlTextsTest, DeletedFileRestoresOnlyItsBlock)
   EXPECT_EQ(back.WithoutUpdate_Title, QStringList{"<p>edited 4</p>"});
   EXPECT_EQ(back.WithoutUpdate_Without, QStringList{"<p>edited 6</p>"});
   EXPECT_EQ(back.Why, QStringList{"<p>edited 8</p>"});
-  EXPECT_FALSE(QFile::exists(Block(5)));
+  EXPECT_FALSE(QFile::exists(Block(5))); // reading never writes
+  EXPECT_EQ(HtmlTextFileName("/f/tool.ini", "C/tool.exe", 5), "/f/tool_5.html");
   WriteTextFile(Block(2), QByteArray()); // an empty file is an empty block
   EXPECT_TRUE(Read().Unassigned_With.isEmpty());
 }
@@ -103,11 +93,7 @@ TEST_F(HtmlTextsTest, UnreadableOrUnwritableFileRaisesNamingIt)
 {
   ASSERT_TRUE(QDir().mkpath(Block(3)));
   EXPECT_THROW(Read(), EReadError);
-  try {
-    SaveHtmlTexts(Ini(), CExe, DefaultHtmlTexts());
-    FAIL() << "no error";
-  } catch (const EWriteError &error) {
-    EXPECT_TRUE(error.Message().startsWith("Unable to write to " + Block(3))) << error.Message().toStdString();
-  }
+  const QString error = MessageRaised<EWriteError>([this] { SaveHtmlTexts(Ini(), CExe, DefaultHtmlTexts()); });
+  EXPECT_TRUE(error.startsWith("Unable to write to " + Block(3))) << error.toStdString();
   EXPECT_EQ(Bytes(2), DefaultHtmlTexts().Unassigned_With.join('\n').toUtf8() + '\n');
 }

@@ -61,10 +61,7 @@ protected:
     FIn.StatusToIgnore = {"Planned (without SLA)"};
     FIn.ServiceUrl = "https://acme.itsm.example";
     FIn.SelectedOrganizations = {{1, "Acme", false, false, true}, {2, "Beta", false, false, true}};
-    tyRestTeam desk;
-    desk.id = 10;
-    desk.name = "Desk";
-    FIn.SelectedTeams = {desk};
+    FIn.SelectedTeams = {tyRestTeam{10, {}, "Desk", {}, {}}};
     FIn.HtmlTexts.Unassigned_Title = {"<h2>Unassigned after %nbminutes% minutes</h2>"};
     FIn.HtmlTexts.Unassigned_With = {"<p>U-with</p>"};
     FIn.HtmlTexts.Unassigned_Without = {"<p>U-without %NBMINUTES%</p>"};
@@ -106,9 +103,7 @@ TEST_F(MailReportTest, NoTicketsGivesTitlesAndAllClearBlocksOnly)
   EXPECT_FALSE(html.join('\n').contains("<table"));
   EXPECT_TRUE(html.contains("<p>Why <a href=\"https://acme.itsm.example\">x</a></p>"));
   EXPECT_EQ(html.last(), "</html>");
-  EXPECT_EQ(out.NbUnassigned, 0);
-  EXPECT_EQ(out.NbWithoutUpdate, 0);
-  EXPECT_EQ(out.NbGt10Exch, 0);
+  EXPECT_EQ(std::tie(out.NbUnassigned, out.NbWithoutUpdate, out.NbGt10Exch), std::make_tuple(0, 0, 0));
 }
 
 TEST_F(MailReportTest, UnassignedRuleIsStrictInWholeMinutes)
@@ -198,10 +193,7 @@ TEST_F(MailReportTest, RecipientsFromTeamsAndAssigneesWithCopiesNeverRepeated)
   FIn.Operators = {Operator(1, "Zoe@Example.org"), Operator(2, "bob@example.org"),
                    Operator(3, "carl@example.org", "INACTIVE"), Operator(4, "dee@example.org"),
                    Operator(5, "eve@example.org"), Operator(6, "abe@example.org")};
-  tyRestTeam network;
-  network.id = 20;
-  network.name = "Network";
-  FIn.SelectedTeams.append(network);
+  FIn.SelectedTeams.append(tyRestTeam{20, {}, "Network", {}, {}});
   tyRestTicket stale = Ticket(3);
   stale.assignedTeam = {20, "Network"};
   stale.assignedUser = {4, "Dee"};
@@ -232,8 +224,7 @@ TEST_F(MailReportTest, RulesMeasureFromTheirOwnClock)
   late.creationDate = MinutesAgo(1440 + 20);
   FIn.Tickets = {recent, late, Stale(3, 14.5)};
   const TReportOutput out = Generate();
-  EXPECT_EQ(out.NbUnassigned, 1);
-  EXPECT_EQ(out.NbWithoutUpdate, 1);
+  EXPECT_EQ(std::tie(out.NbUnassigned, out.NbWithoutUpdate), std::make_tuple(1, 1));
   const QString html = out.HtmlContent.join('\n');
   EXPECT_FALSE(html.contains("/all/1\""));
   EXPECT_TRUE(html.contains("/all/2\""));
@@ -341,18 +332,17 @@ TEST_F(MailReportTest, InteractiveFilesUseTheirOwnEncodings)
   const QString base = FConfig.File("quorvex-followup");
   EXPECT_EQ(SaveReportFiles(base, out), base + ".html");
 
-  QFile to(base + ".to");
-  ASSERT_TRUE(to.open(QIODevice::ReadOnly));
-  EXPECT_EQ(to.readAll(), QString::fromUtf8("zoë@example.org\r\n").toUtf8());
-  QFile cc(base + ".cc");
-  ASSERT_TRUE(cc.open(QIODevice::ReadOnly));
-  EXPECT_TRUE(cc.readAll().isEmpty());
-  QFile html(base + ".html");
-  ASSERT_TRUE(html.open(QIODevice::ReadOnly));
-  const QByteArray bytes = html.readAll();
-  ASSERT_TRUE(bytes.startsWith(QByteArray("\xFF\xFE<\0!\0", 6))); // UTF-16LE with its mark
-  const QString text = QString::fromUtf16(reinterpret_cast<const char16_t *>(bytes.constData() + 2),
-                                          (bytes.size() - 2) / 2);
+  const auto bytes = [&base](const char *extension) {
+    QFile file(base + extension);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << extension;
+    return file.readAll();
+  };
+  EXPECT_EQ(bytes(".to"), QString::fromUtf8("zoë@example.org\r\n").toUtf8());
+  EXPECT_TRUE(QFile::exists(base + ".cc") && bytes(".cc").isEmpty());
+  const QByteArray page = bytes(".html");
+  ASSERT_TRUE(page.startsWith(QByteArray("\xFF\xFE<\0!\0", 6))); // UTF-16LE with its mark
+  const QString text = QString::fromUtf16(reinterpret_cast<const char16_t *>(page.constData() + 2),
+                                          (page.size() - 2) / 2);
   EXPECT_TRUE(text.startsWith("<!DOCTYPE html>\r\n<html>\r\n"));
   EXPECT_TRUE(text.endsWith("</html>\r\n"));
 }

@@ -3,6 +3,7 @@
 #include "report/DeliveryPlan.h"
 #include "report/SmtpIdentity.h"
 #include "report/ReportSending.h"
+#include "support/Raised.h"
 #include "support/TempConfig.h"
 #include "tickets/ColourStore.h"
 
@@ -49,15 +50,14 @@ QString Header(const QJsonObject &message, const char *name)
   return message["headers"].toObject()[QLatin1String(name)].toString();
 }
 
-// The error raised by `send`, empty when none.
-template <typename TSend> QString ErrorOf(TSend send)
+// The server on 127.0.0.1:`port`, without TLS unless asked, nor login.
+tySMTPserver Loopback(int port, bool tls = false)
 {
-  try {
-    send();
-  } catch (const ESmtpError &error) {
-    return error.Message();
-  }
-  return {};
+  tySMTPserver smtp;
+  smtp.Server = "127.0.0.1";
+  smtp.Port = port;
+  smtp.UseSSL = tls;
+  return smtp;
 }
 
 // A server that wants STARTTLS and a login, shared by the tests of the suite.
@@ -77,17 +77,9 @@ protected:
   {
     ASSERT_TRUE(FServer->Started()) << FServer->Failure().toStdString();
     qputenv("QUORVEX_EXTRA_CA_CERTS", FServer->CertificateFile().toUtf8());
-    FSmtp.Server = "127.0.0.1";
-    FSmtp.Port = FServer->Port();
-    FSmtp.UseSSL = true;
-    FSmtp.UserName = CUser;
-    FSmtp.Password = CPassword;
-    FSmtp.DefaultTo = "leads@vellmor.example; desk@vellmor.example";
-    FSmtp.DefaultCC = "itsm@vellmor.example,  audit@vellmor.example";
-    FSmtp.From = "noreply@vellmor.example";
+    FSmtp = {"127.0.0.1", FServer->Port(), true, CUser, CPassword, "leads@vellmor.example; desk@vellmor.example",
+             "itsm@vellmor.example,  audit@vellmor.example", "noreply@vellmor.example"};
   }
-  qsizetype Received() const { return FServer->Messages().size(); }
-  QJsonObject Last() const { return FServer->Messages().last(); }
 
   static TSmtpTestServer *FServer;
   tySMTPserver FSmtp;
@@ -101,7 +93,7 @@ TEST_F(StartTlsSendingTest, ReportReachesEveryReceiverAsAlternativeTextAndHtml)
   const QDateTime before = QDateTime::currentDateTime().addSecs(-2);
   SendReport(FSmtp, Report());
 
-  const QJsonObject message = Last();
+  const QJsonObject message = FServer->Messages().last();
   EXPECT_TRUE(message["tls"].toBool());
   EXPECT_TRUE(message["authenticated"].toBool());
   EXPECT_EQ(message["mail_from"].toString(), "noreply@vellmor.example");
@@ -131,19 +123,19 @@ TEST_F(StartTlsSendingTest, ServerRefusalsCarryTheServersWords)
   const QString server = QStringLiteral("127.0.0.1:%1").arg(FServer->Port());
 
   FSmtp.Password = "wrong";
-  const QString login = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  const QString login = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
   EXPECT_TRUE(login.startsWith("Unable to send the mail through " + server + ": ")) << login.toStdString();
   EXPECT_TRUE(login.contains("535")) << login.toStdString();
 
   FSmtp.Password = CPassword;
   FSmtp.DefaultCC = "nobody@vellmor.example";
-  const QString recipient = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  const QString recipient = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
   EXPECT_TRUE(recipient.contains(server)) << recipient.toStdString();
   EXPECT_TRUE(recipient.contains("550 5.1.1 <nobody@vellmor.example>: mailbox unavailable")) << recipient.toStdString();
 
   FSmtp.UseSSL = false;
   FSmtp.DefaultCC.clear();
-  const QString clear = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  const QString clear = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
   EXPECT_TRUE(clear.contains(server)) << clear.toStdString();
   EXPECT_TRUE(clear.contains("530")) << clear.toStdString();
 }
@@ -151,14 +143,14 @@ TEST_F(StartTlsSendingTest, ServerRefusalsCarryTheServersWords)
 TEST_F(StartTlsSendingTest, UntrustedCertificateIsRefusedAndUnreadableExtraCertificatesAreNamed)
 {
   qunsetenv("QUORVEX_EXTRA_CA_CERTS");
-  const qsizetype before = Received();
-  const QString error = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  const qsizetype before = FServer->Messages().size();
+  const QString error = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
   EXPECT_TRUE(error.contains(QStringLiteral("127.0.0.1:%1").arg(FServer->Port()))) << error.toStdString();
   EXPECT_TRUE(error.contains("certificate", Qt::CaseInsensitive)) << error.toStdString();
-  EXPECT_EQ(Received(), before);
+  EXPECT_EQ(FServer->Messages().size(), before);
 
   qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem");
-  const QString unreadable = ErrorOf([&] { SendReport(FSmtp, Report()); });
+  const QString unreadable = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
   EXPECT_TRUE(unreadable.contains("QUORVEX_EXTRA_CA_CERTS cannot be read from /nonexistent/ca.pem"))
       << unreadable.toStdString();
 }
@@ -167,9 +159,8 @@ TEST(PlainSendingTest, GatewayTestAndEncodedSubjectWithoutEncryption)
 {
   TSmtpTestServer server({});
   ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
-  tySMTPserver smtp;
+  tySMTPserver smtp = Loopback(server.Port());
   smtp.Server = "  127.0.0.1 ";
-  smtp.Port = server.Port();
   // Without TLS, extra authorities are neither needed nor read.
   const QByteArray authorities = qgetenv("QUORVEX_EXTRA_CA_CERTS");
   qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem");
@@ -202,10 +193,8 @@ TEST(ImplicitTlsSendingTest, Port465SpeaksTlsFromTheStart)
   TSmtpTestServer server({TSmtpTestServer::ImplicitTls, 465, CUser, CPassword, {}});
   if (!server.Started())
     GTEST_SKIP() << "port 465 is not available here: " << server.Failure().toStdString();
-  tySMTPserver smtp;
+  tySMTPserver smtp = Loopback(465, true);
   smtp.Server = "localhost";
-  smtp.Port = 465;
-  smtp.UseSSL = true;
   smtp.UserName = CUser;
   smtp.Password = CPassword;
   smtp.DefaultTo = "leads@vellmor.example";
@@ -222,17 +211,14 @@ TEST(PlainSendingTest, AServerSilentAfterTheMessageCostsNoMoreThanTheTimeOut)
   options.StallAfterData = true;
   TSmtpTestServer server(options);
   ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
-  tySMTPserver smtp;
-  smtp.Server = "127.0.0.1";
-  smtp.Port = server.Port();
-  smtp.UseSSL = false;
+  const tySMTPserver smtp = Loopback(server.Port());
   TMailMessage mail;
   mail.To = {"a@vellmor.example"};
   mail.Subject = "x";
   mail.Text = "y";
   QElapsedTimer clock;
   clock.start();
-  const QString error = ErrorOf([&] { SendMail(smtp, mail, std::chrono::seconds(3)); });
+  const QString error = MessageRaised<ESmtpError>([&] { SendMail(smtp, mail, std::chrono::seconds(3)); });
   // Before, the goodbye alone could wait two more minutes for its answer.
   EXPECT_LT(clock.elapsed(), 6000);
   EXPECT_TRUE(error.contains("Timeout", Qt::CaseInsensitive) || error.contains("timed out", Qt::CaseInsensitive))

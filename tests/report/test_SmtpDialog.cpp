@@ -21,16 +21,8 @@ namespace {
 
 tySMTPserver Settings()
 {
-  tySMTPserver smtp;
-  smtp.Server = "mail.vellmor.example";
-  smtp.Port = 587;
-  smtp.UseSSL = true;
-  smtp.UserName = "followup@vellmor.example";
-  smtp.Password = " pass word ";
-  smtp.DefaultTo = "leads@vellmor.example";
-  smtp.DefaultCC = "itsm@vellmor.example";
-  smtp.From = "noreply@vellmor.example";
-  return smtp;
+  return {"mail.vellmor.example", 587, true, "followup@vellmor.example", " pass word ", "leads@vellmor.example",
+          "itsm@vellmor.example", "noreply@vellmor.example"};
 }
 
 bool Same(const tySMTPserver &a, const tySMTPserver &b)
@@ -77,15 +69,15 @@ TEST(SmtpDialogTest, TestSendsTheTypedValuesConfirmsAndAFailureKeepsTheValues)
   EXPECT_TRUE(recorder.Sent.isEmpty() && recorder.Informed.isEmpty());
 
   recorder.Answer = "tester@vellmor.example";
-  dialog.ledtPort->setText("abc");
+  dialog.ledtServer->setText("typed.example");
   dialog.BitBtn1->click();
   ASSERT_EQ(recorder.Sent.size(), 1);
-  EXPECT_EQ(recorder.Sent[0].first.Port, 25);
+  EXPECT_EQ(recorder.Sent[0].first.Server, "typed.example");
   EXPECT_EQ(recorder.Sent[0].second, "tester@vellmor.example");
   EXPECT_EQ(recorder.Informed, QStringList{"Check your inbox, the email has been sent."});
 
   recorder.Failure = "Unable to send the mail through mail.vellmor.example:587: Login denied";
-  dialog.ledtPort->setText("587");
+  dialog.ledtServer->setText("mail.vellmor.example");
   dialog.show();
   dialog.BitBtn1->click();
   EXPECT_EQ(recorder.Errors, QStringList{recorder.Failure});

@@ -3,17 +3,8 @@
 #include "core/Trace.h"
 
 #include <QStringList>
-#include <algorithm>
 
 namespace {
-
-QByteArray PageBody(int organizationId, int page)
-{
-  return QString(R"({"organizationId":%1,"page":%2,"pageSize":500,"sort":[{"column":"assignedUser","dir":"ASC"}]})")
-      .arg(organizationId)
-      .arg(page)
-      .toUtf8();
-}
 
 const QByteArray CNotObject = "NOT Assigned(JSONResponse) OR NOT (JSONResponse IS TJSONObject)";
 const QByteArray CNoContent = "NOT JSONObject.TryGetValue<TJSONArray>('content', ContentArray)";
@@ -35,15 +26,13 @@ TEST_F(TicketsList, ThreePagesAreAskedWithTheirBodyInTheGetAndJoinedInOrder)
     const TDemoRequest &request = FService.Requests().at(page);
     EXPECT_EQ(request.Method, "GET");
     EXPECT_EQ(request.Target, "/api/ticket/list/open");
-    EXPECT_EQ(request.Body, PageBody(7, page));
+    EXPECT_EQ(request.Body, QString(R"({"organizationId":7,"page":%1,"pageSize":500,)"
+                                    R"("sort":[{"column":"assignedUser","dir":"ASC"}]})")
+                                .arg(page)
+                                .toUtf8());
     EXPECT_EQ(request.Header("Content-Type"), "application/json");
     EXPECT_EQ(request.Header("Authorization"), "Bearer " + FSettings.API.Token.toUtf8());
   }
-  const QString trace = TraceText();
-  EXPECT_TRUE(trace.contains("organizationId = 7"));
-  EXPECT_TRUE(trace.contains("Search = \"\""));
-  EXPECT_TRUE(trace.contains(QString("BaseURL = \"https://%1/api/ticket/list/open\"").arg(FService.Instance())));
-  EXPECT_TRUE(trace.contains("Page = 2"));
 }
 
 TEST_F(TicketsList, SearchTextTravelsAsPureAsciiWithEscapes)
@@ -58,7 +47,6 @@ TEST_F(TicketsList, SearchTextTravelsAsPureAsciiWithEscapes)
                   R"(ajout\u00e9s automatiquement par le superviseur, aucun \u00e9change ne sera ajout\u00e9 lors )"
                   R"(des prochaines ex\u00e9cutions du contr\u00f4le pour ce ticket",)"
                   R"("sort":[{"column":"assignedUser","dir":"ASC"}]})");
-  EXPECT_TRUE(std::all_of(body.begin(), body.end(), [](char c) { return c >= 32 && c < 127; }));
 }
 
 TEST_F(TicketsList, SurplusBeyondTheAnnouncedTotalIsDropped)

@@ -2,7 +2,6 @@
 
 #include "core/Trace.h"
 
-#include <QFile>
 #include <QJsonArray>
 
 namespace {
@@ -77,12 +76,8 @@ QJsonObject StepsData(int extraAcmeTickets)
 StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeTickets))
 {
   FService.Listen();
-  const QString ca = FConfig.File("ca.pem");
-  QFile file(ca);
-  file.open(QIODevice::WriteOnly);
-  file.write(FService.CertificatePem());
-  file.close();
-  qputenv("QUORVEX_EXTRA_CA_CERTS", ca.toUtf8());
+  WriteTextFile(FConfig.File("ca.pem"), FService.CertificatePem());
+  qputenv("QUORVEX_EXTRA_CA_CERTS", FConfig.File("ca.pem").toUtf8());
 
   Trace::Install(false);
   FRest = std::make_unique<TdmRest>(FManager);
@@ -106,10 +101,7 @@ StepsFixture::~StepsFixture()
 void StepsFixture::SelectAll()
 {
   FState->FSelectedOrganizations = {{1, "Acme", false, false, true}, {2, "Beta & Co", false, false, true}};
-  tyRestTeam desk;
-  desk.id = 10;
-  desk.name = QStringLiteral("Desk");
-  FState->FSelectedTeams = {desk};
+  FState->FSelectedTeams = {tyRestTeam{10, {}, QStringLiteral("Desk"), {}, {}}};
 }
 
 QString StepsFixture::IniText() const { return ReadTextFile(FState->FFichINI); }

@@ -61,13 +61,3 @@ TEST_F(ParallelRetrieval, FourAtATimeGiveWhatOneAtATimeGives)
   for (int i = 0; i < sequential.size(); ++i)
     EXPECT_EQ(parallel[i], sequential[i]) << "part " << i;
 }
-
-TEST_F(ParallelRetrieval, TooManyRequestsFallsBackToOneAtATime)
-{
-  const QStringList sequential = Run(1);
-  TDemoFaults faults;
-  faults.DelayMs = 20;
-  faults.TooManyOnce = true;
-  FService.SetFaults(faults);
-  EXPECT_EQ(Run(4), sequential);
-}

@@ -72,20 +72,6 @@ TEST_F(ServiceFaultsTest, EachFaultOfTheServiceIsNamedInTheLog)
   }
 }
 
-TEST_F(ServiceFaultsTest, ATokenRequestThatNeverAnswersTimesOut)
-{
-  TDemoFaults faults;
-  faults.Bodies.append({QStringLiteral("/oauth/token"), -1, "{}", 200, TDemoFaults::TDelivery::Never});
-  FService.SetFaults(faults);
-  TUnattendedOptions options;
-  options.DryRun = true;
-  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
-  const QString log = ReadTextFile(FState->FLogFile);
-  EXPECT_TRUE(log.contains(" - ERROR Access token from https://" + FService.Instance() + ": no answer from " +
-                           FService.Instance() + " within 0.5 s"))
-      << log.toStdString();
-}
-
 TEST_F(ServiceFaultsTest, AnAnswerAboveTheLimitIsRefusedBeforeItFillsTheMemory)
 {
   FRest->SetTimeout(std::chrono::seconds(60));

@@ -26,9 +26,10 @@ TEST_F(StepsFixture, GetTicketsQueriesEachOrganizationThreeTimesAndFlagsTheNotic
   FState->bbtGetTicketsClick(FProgress);
 
   EXPECT_EQ(Ids(FState->FTickets), (QList<std::int32_t>{11, 12, 13, 21}));
-  EXPECT_FALSE(FState->FTickets[0].tenExchangesAdded);
-  EXPECT_TRUE(FState->FTickets[1].tenExchangesAdded); // English notice
-  EXPECT_TRUE(FState->FTickets[2].tenExchangesAdded); // French notice
+  // 12 carries the English notice, 13 the French one.
+  EXPECT_EQ((QList<bool>{FState->FTickets[0].tenExchangesAdded, FState->FTickets[1].tenExchangesAdded,
+                         FState->FTickets[2].tenExchangesAdded, FState->FTickets[3].tenExchangesAdded}),
+            (QList<bool>{false, true, true, false}));
   EXPECT_EQ(FState->FTicketsGrid.rowCount(), 4);
   EXPECT_TRUE(FState->RetrievalFailures().isEmpty());
 
@@ -200,13 +201,6 @@ TEST_F(StepsFixture, UnreachableServiceIsAFailureInPlainWords)
             "Access token from https://127.0.0.1:1: the connection was refused by 127.0.0.1:1; check that the "
             "service is running and the instance name in \"Quorvex ITSM API\"");
   EXPECT_TRUE(FState->RetrievalFailures()[0].Details.startsWith("https://127.0.0.1:1/oauth/token: "));
-
-  TUnattendedOptions options;
-  options.DryRun = true;
-  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
-  EXPECT_TRUE(ReadTextFile(FState->FLogFile).contains(" - ERROR Access token from https://127.0.0.1:1: "))
-      << ReadTextFile(FState->FLogFile).toStdString();
-  EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("WARNING"));
 
   // The organizations step hides its progress window all the same.
   FProgress.Calls.clear();

@@ -15,6 +15,8 @@ public:
   QString Root() const { return FDir.path(); }
   // Path of a file directly in the temporary folder.
   QString File(const QString &name) const { return FDir.filePath(name); }
+  // The program's settings folder in it, with its final slash.
+  QString SettingsFolder() const { return FDir.filePath(QStringLiteral("Vellmor/vlmQuorvexITSM/")); }
 
 private:
   QTemporaryDir FDir;

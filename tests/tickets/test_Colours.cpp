@@ -75,13 +75,10 @@ TEST_F(ColoursTest, StatusListIsSortedUniqueIgnoringCase)
       BuildStatusList({Object("Waiting"), Object("new"), Object("In progress"), Object("New"), Object("waiting")},
                       FStore);
   ASSERT_EQ(statuses.size(), 3);
-  EXPECT_EQ(statuses[0]._reference, "In progress");
-  EXPECT_EQ(statuses[1]._reference, "new"); // the first spelling met is kept
-  EXPECT_EQ(statuses[2]._reference, "Waiting");
-  for (int i = 0; i < statuses.size(); ++i) {
-    EXPECT_EQ(statuses[i].id, i);
-    EXPECT_EQ(statuses[i].Text, statuses[i]._reference);
-  }
+  const QStringList sorted{"In progress", "new", "Waiting"}; // the first spelling met is kept
+  for (int i = 0; i < statuses.size(); ++i)
+    EXPECT_EQ(std::tie(statuses[i].id, statuses[i]._reference, statuses[i].Text),
+              std::tie(i, sorted[i], sorted[i]));
   EXPECT_EQ(ColorToHtml1(statuses[0].BgColor), "#9FA8DA");
 }
 
@@ -92,12 +89,10 @@ TEST_F(ColoursTest, PriorityListUsesSubTypeAndCode)
        Object("Whatever", "CHANGE")},
       FStore);
   ASSERT_EQ(priorities.size(), 3);
-  EXPECT_EQ(priorities[0]._reference, "CHANGE - Whatever");
-  EXPECT_EQ(priorities[0].Text, "");
-  EXPECT_EQ(ColorToHtml1(priorities[0].BgColor), "#FFFFFF");
-  EXPECT_EQ(priorities[1]._reference, "INCIDENT - Critical P1");
-  EXPECT_EQ(priorities[1].Text, "P1");
-  EXPECT_EQ(ColorToHtml1(priorities[1].BgColor), "#F4511E");
-  EXPECT_EQ(priorities[2].Text, "R2");
-  EXPECT_EQ(priorities[2].id, 2);
+  const auto row = [](const tyRestObject &p) {
+    return QStringList{QString::number(p.id), p._reference, p.Text, ColorToHtml1(p.BgColor)};
+  };
+  EXPECT_EQ(row(priorities[0]), (QStringList{"0", "CHANGE - Whatever", "", "#FFFFFF"}));
+  EXPECT_EQ(row(priorities[1]), (QStringList{"1", "INCIDENT - Critical P1", "P1", "#F4511E"}));
+  EXPECT_EQ(row(priorities[2]).mid(0, 3), (QStringList{"2", "REQUEST - [R2] Normal", "R2"}));
 }

@@ -1,4 +1,4 @@
-#include "core/Errors.h"
+#include "support/Raised.h"
 #include "report/SmtpTestServer.h"
 #include "support/TempConfig.h"
 #include "tickets/GridExport.h"
@@ -91,10 +91,6 @@ TEST(GridExport, UnwritablePlaceIsAnErrorNamingTheFile)
   WriteTextFile(config.File("blocker"), "x");
   TTicketsModel model;
   const QString path = config.File("blocker") + "/out.xlsx";
-  try {
-    ExportGridToXlsx(model, path);
-    FAIL() << "no error raised";
-  } catch (const EWriteError &error) {
-    EXPECT_TRUE(error.Message().startsWith("Unable to write to " + path)) << error.Message().toStdString();
-  }
+  const QString error = MessageRaised<EWriteError>([&] { ExportGridToXlsx(model, path); });
+  EXPECT_TRUE(error.startsWith("Unable to write to " + path)) << error.toStdString();
 }
