@@ -208,6 +208,6 @@ void TRestTransport::Start(const TRequest &request, TDone done)
       answer.StatusText = reply->errorString();
     answer.Body = reply->readAll();
     answer.RetryAfter = reply->rawHeader("Retry-After");
-    done({std::move(answer), QString()});
+    done({std::move(answer), QString(), QString()});
   });
 }
