@@ -14,6 +14,7 @@
 #include <QSslCertificate>
 #include <QSslError>
 #include <QTimer>
+#include <utility>
 
 namespace {
 
@@ -113,17 +114,32 @@ QNetworkAccessManager &TRestTransport::ManagerForNext()
 
 TRestTransport::TAnswer TRestTransport::Send(const TRequest &request)
 {
-  std::optional<TReply> reply;
-  QEventLoop loop;
-  Start(request, [&reply, &loop](TReply answered) {
-    reply = std::move(answered);
-    loop.quit();
+  return Wait(*StartAhead(request));
+}
+
+std::shared_ptr<TRestTransport::TPending> TRestTransport::StartAhead(const TRequest &request)
+{
+  auto pending = std::make_shared<TPending>();
+  Start(request, [pending](TReply answered) {
+    pending->FReply = std::move(answered);
+    if (pending->FArrived)
+      pending->FArrived();
   });
-  if (!reply)
+  return pending;
+}
+
+TRestTransport::TAnswer TRestTransport::Wait(TPending &pending)
+{
+  if (!pending.FReply) {
+    QEventLoop loop;
+    pending.FArrived = [&loop] { loop.quit(); };
     loop.exec(QEventLoop::ExcludeUserInputEvents);
-  if (!reply->Answer)
-    throw ERestTransportError(reply->Error, reply->Details);
-  return *std::move(reply->Answer);
+    pending.FArrived = nullptr;
+  }
+  TReply reply = *std::exchange(pending.FReply, std::nullopt);
+  if (!reply.Answer)
+    throw ERestTransportError(reply.Error, reply.Details);
+  return *std::move(reply.Answer);
 }
 
 void TRestTransport::Start(const TRequest &request, TDone done)

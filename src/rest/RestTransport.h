@@ -70,6 +70,18 @@ public:
   // the answer or the text Send would raise. Several requests may be pending.
   void Start(const TRequest &request, TDone done);
 
+  // A request sent ahead of the moment its answer is needed.
+  class TPending
+  {
+    friend class TRestTransport;
+    std::optional<TReply> FReply;
+    std::function<void()> FArrived;
+  };
+  // Sends the request and returns at once; Wait then gives its answer as Send would.
+  std::shared_ptr<TPending> StartAhead(const TRequest &request);
+  // The answer of a request started ahead, waiting for it if it is still travelling.
+  TAnswer Wait(TPending &pending);
+
   void SetTimeout(std::chrono::milliseconds timeout) { FTimeout = timeout; }
   // After `deadline` no request starts (it fails at once, as for a network
   // error), and none waits for its answer beyond it. Forever by default.

@@ -183,8 +183,14 @@ bool TdmRest::RenewRefusedToken()
 
 QByteArray TdmRest::Execute(const QString &url, const QByteArray &method, const QByteArray *jsonBody)
 {
-  TRestTransport::TAnswer answer = FTransport.Send(ApiRequest(url, method, jsonBody));
-  if (answer.Status == 401 && RenewRefusedToken())
+  return Execute(url, method, jsonBody, *FTransport.StartAhead(ApiRequest(url, method, jsonBody)), FToken);
+}
+
+QByteArray TdmRest::Execute(const QString &url, const QByteArray &method, const QByteArray *jsonBody,
+                            TRestTransport::TPending &sent, const QString &sentWith)
+{
+  TRestTransport::TAnswer answer = FTransport.Wait(sent);
+  if (answer.Status == 401 && (sentWith != FToken || RenewRefusedToken()))
     answer = FTransport.Send(ApiRequest(url, method, jsonBody));
   FLastUrl = url;
   FLastStatus = answer.Status;

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -61,7 +62,11 @@ public:
   // True when the module holds a token; a failed renewal does not clear it.
   bool TokenOk() const;
   // Forgets the token in force, so that the next GetToken decides anew.
-  void DropToken() { FToken.clear(); }
+  void DropToken()
+  {
+    FToken.clear();
+    FOperatorsAhead = {};
+  }
   void SetTokenRefusedHandler(TTokenRefused handler) { FTokenRefused = std::move(handler); }
 
   // Every open ticket of the organization, 500 a page; `search` restricts them
@@ -80,6 +85,10 @@ public:
   TRestResult<tyRestTeams> GET_Teams(const tyQuorvexITSM &settings, bool WithOrganizations);
   // The first 500 operators.
   TRestResult<tyRestOperators> GET_OperatorsList(const tyQuorvexITSM &settings);
+  // Sends the operators query now, so that its answer travels while other
+  // requests are under way; the next GET_OperatorsList of the same service reads
+  // that answer instead of asking again. DropToken forgets it.
+  void StartOperatorsListAhead(const tyQuorvexITSM &settings);
 
   void SetTimeout(std::chrono::milliseconds timeout) { FTransport.SetTimeout(timeout); }
   // No request starts after `deadline` (the call fails as for a network error).
@@ -108,6 +117,10 @@ private:
   TRestTransport::TRequest ApiRequest(const QString &url, const QByteArray &method, const QByteArray *jsonBody) const;
   // Sends one request made by ApiRequest and returns the body of the answer.
   QByteArray Execute(const QString &url, const QByteArray &method, const QByteArray *jsonBody);
+  // The same for a request already sent with the token `sentWith`: a 401 renews
+  // the token unless another request already did, then the request goes again.
+  QByteArray Execute(const QString &url, const QByteArray &method, const QByteArray *jsonBody,
+                     TRestTransport::TPending &sent, const QString &sentWith);
   // Body of a list answer as a JSON array, or an empty array after the matching
   // failure trace.
   QJsonArray ArrayAnswer(const QByteArray &body);
@@ -117,6 +130,13 @@ private:
 
   TRestTransport FTransport;
   QString FToken;
+  // The operators query sent ahead: its address, the token it carried, its answer.
+  struct TOperatorsAhead
+  {
+    QString Url;
+    QString SentWith;
+    std::shared_ptr<TRestTransport::TPending> Sent;
+  } FOperatorsAhead;
   TTokenRefused FTokenRefused;
   // The first failure of the call under way.
   std::optional<TRestFailure> FCallFailure;

@@ -10,6 +10,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <utility>
 
 namespace {
 
@@ -18,6 +19,9 @@ const QString CInvalidJson = QStringLiteral("Réponse JSON invalide.");
 const QString CArrayExpected = QStringLiteral("Format JSON incorrect, tableau attendu.");
 const QString CObjectExpected = QStringLiteral("Format JSON incorrect, objet attendu.");
 const QString CEmptyArray = QStringLiteral("Le tableau JSON est vide.");
+// One page of 500 operators only: larger accounts are not expected.
+const QByteArray COperatorsRequest = R"({"pageRequest":{"page":0,"pageSize":500}})";
+const QString COperatorsPath = QStringLiteral("/api/operators/list");
 
 QJsonValue RequiredMember(const QJsonObject &item, const QString &key, qsizetype index, const QString &url)
 {
@@ -211,10 +215,11 @@ TRestResult<tyRestOperators> TdmRest::GET_OperatorsList(const tyQuorvexITSM &set
   BeginCall();
   tyRestOperators result;
   try {
-    const QString url = QueryUrl(settings, QStringLiteral("/api/operators/list"));
-    // One page of 500 only: larger accounts are not expected.
-    const QByteArray request = R"({"pageRequest":{"page":0,"pageSize":500}})";
-    const QByteArray body = Execute(url, "POST", &request);
+    const QString url = QueryUrl(settings, COperatorsPath);
+    const TOperatorsAhead ahead = std::exchange(FOperatorsAhead, {});
+    const QByteArray body = ahead.Sent && ahead.Url == url
+                                ? Execute(url, "POST", &COperatorsRequest, *ahead.Sent, ahead.SentWith)
+                                : Execute(url, "POST", &COperatorsRequest);
     if (body.isEmpty()) {
       Fail(CEmptyAnswer);
       return Finish(std::move(result));
@@ -238,4 +243,11 @@ TRestResult<tyRestOperators> TdmRest::GET_OperatorsList(const tyQuorvexITSM &set
     FailOn(error);
   }
   return Finish(std::move(result));
+}
+
+void TdmRest::StartOperatorsListAhead(const tyQuorvexITSM &settings)
+{
+  const TraceScope trace(lcRest(), "TdmRest.StartOperatorsListAhead");
+  const QString url = QueryUrl(settings, COperatorsPath);
+  FOperatorsAhead = {url, FToken, FTransport.StartAhead(ApiRequest(url, "POST", &COperatorsRequest))};
 }

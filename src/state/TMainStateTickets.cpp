@@ -101,6 +101,11 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
     FStepFailures.append(TStepFailure{QStringLiteral("Settings"), reason, QString()});
   if (!EnsureToken())
     return;
+  // The report needs the operators; when requests overlap anyway their query
+  // travels with the tickets' instead of after them. One at a time, the
+  // requests keep their order: tickets first.
+  if (FICI.ParallelRequests > 1 && FTeamsOperators.isEmpty())
+    FRest.StartOperatorsListAhead(FICI);
 
   const auto queried = std::count_if(FSelectedOrganizations.cbegin(), FSelectedOrganizations.cend(),
                                      [](const tyRestOrganization &organization) { return organization.id > 0; });

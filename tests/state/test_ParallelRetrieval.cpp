@@ -30,9 +30,22 @@ protected:
     FService.SetFaults(faults);
   }
 
+  // How many requests for `path` came before the last request for tickets.
+  qsizetype AskedBeforeTheLastTicketPage(const QString &path) const
+  {
+    const QList<TDemoRequest> &requests = FService.Requests();
+    qsizetype last = requests.size();
+    while (last > 0 && !requests[last - 1].Target.startsWith(QLatin1String("/api/ticket/list/open")))
+      --last;
+    return std::count_if(requests.cbegin(), requests.cbegin() + last,
+                         [&path](const TDemoRequest &request) { return request.Target.startsWith(path); });
+  }
+
   // Tickets with their flags, grid, report and run log of a dry run.
   QStringList Run(int parallel, int exitCode = CExitOk)
   {
+    FService.ClearRequests();
+    FState->FTeamsOperators.clear(); // asked anew, as by a run of its own
     FState->FICI.ParallelRequests = parallel;
     TUnattendedOptions options;
     options.DryRun = true;
@@ -57,7 +70,13 @@ TEST_F(ParallelRetrieval, FourAtATimeGiveWhatOneAtATimeGives)
   EXPECT_EQ(std::count_if(FState->FTickets.cbegin(), FState->FTickets.cend(),
                           [](const tyRestTicket &ticket) { return ticket.tenExchangesAdded; }),
             2 + 13 + 13);
+  EXPECT_EQ(AskedBeforeTheLastTicketPage(QStringLiteral("/api/operators/list")), 0);
   const QStringList parallel = Run(4);
   for (int i = 0; i < sequential.size(); ++i)
     EXPECT_EQ(parallel[i], sequential[i]) << "part " << i;
+  // The report's operators query travels with the tickets', and only once.
+  EXPECT_EQ(AskedBeforeTheLastTicketPage(QStringLiteral("/api/operators/list")), 1);
+  EXPECT_EQ(std::count_if(FService.Requests().cbegin(), FService.Requests().cend(),
+                          [](const TDemoRequest &request) { return request.Target.startsWith("/api/operators/"); }),
+            1);
 }
