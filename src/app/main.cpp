@@ -9,6 +9,7 @@
 #include "core/AppPaths.h"
 #include "core/Errors.h"
 #include "core/SecretCodec.h"
+#include "core/StopRequest.h"
 #include "core/Trace.h"
 #include "gui/TfrmMain.h"
 #include "rest/dRest.h"
@@ -107,6 +108,14 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
   TdmRest rest(network);
   TUnattendedOptions options;
   options.DryRun = line.DryRun;
+  options.Resend = line.Resend;
+  // A scheduler's stop (SIGTERM), a Ctrl+C or a closed terminal ends the run
+  // cleanly: what was sent is journaled and logged, the lock released.
+  TStopRequest stop;
+  if (unattended) {
+    InstallStopSignals(stop);
+    options.Stop = &stop;
+  }
   options.Deadline = QDeadlineTimer(std::chrono::minutes(line.DeadlineMinutes));
   options.Echo = PrintLine;
 

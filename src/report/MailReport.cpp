@@ -175,6 +175,8 @@ void TMailReport::Mail_02_AddTitle()
   FOut.HtmlContent << QStringLiteral("  <body>") << QStringLiteral("    <h1>Quorvex ITSM tickets follow-up</h1>");
   if (!FIn.RetrievalWarning.isEmpty())
     FOut.HtmlContent << QStringLiteral("    <p><strong>WARNING: %1</strong></p>").arg(FIn.RetrievalWarning.toHtmlEscaped());
+  if (!FIn.RecipientsWarning.isEmpty())
+    FOut.HtmlContent << QStringLiteral("    <p><strong>WARNING: %1</strong></p>").arg(FIn.RecipientsWarning.toHtmlEscaped());
   FOut.HtmlContent << QStringLiteral("    <h2>Parameters</h2>") << QStringLiteral("    <p><b>Organization(s)</b><br>")
                    << QStringLiteral("    ") + SafeList(Names(FIn.SelectedOrganizations)) +
                           QStringLiteral("</p>")

@@ -53,6 +53,9 @@ struct TReportInput
   // complete, so the report is not an "all clear", and a section without
   // tickets says that it could not be checked.
   QString RetrievalWarning;
+  // When set, a warning paragraph says that the people concerned could not be
+  // computed (the operators could not be read), and why.
+  QString RecipientsWarning;
   // Which of the rows that meet a section's rule the report keeps (a person's
   // digest); when empty, all of them.
   std::function<bool(TReportSection section, const tyRestTicket &ticket)> KeepsRow;

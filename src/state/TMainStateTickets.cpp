@@ -225,15 +225,11 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
       }
       if (FOperators.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Operators"));
-        FOperators = Noted(FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list"));
-        if (FOperators.isEmpty()) {
+        progress.LoadingSetAnimation(3);
+        TakeOperators(FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list"));
+        progress.LoadingSetAnimation(2);
+        if (FOperators.isEmpty())
           ++errors;
-        } else {
-          progress.LoadingSetAnimation(3);
-          progress.LoadingSetTitle(QStringLiteral("Get Operators / Teams"));
-          FTeamsOperators = UpdateListTeamsOperators(FOperators);
-          progress.LoadingSetAnimation(2);
-        }
       }
     }
   }
