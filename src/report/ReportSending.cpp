@@ -1,7 +1,6 @@
 #include "ReportSending.h"
 
 #include "DeliveryPlan.h"
-#include "HtmlToText.h"
 #include "MailSender.h"
 #include "ReportWorkbook.h"
 #include "core/Errors.h"
@@ -22,7 +21,7 @@ TMailMessage ReportMessage(const TReportMail &mail, bool attachWorkbook, TColour
   message.Cc = mail.Cc;
   message.Subject = CReportSubject;
   message.Html = mail.Report.HtmlContent.join(QStringLiteral("\r\n"));
-  message.Text = HtmlToText(message.Html);
+  message.Text = mail.Report.Text;
   if (attachWorkbook && mail.RowCount() > 0)
     message.Attachments.append({ReportWorkbookName(QDate::currentDate()), CWorkbookType,
                                 ReportWorkbook(mail.Report, colours)});

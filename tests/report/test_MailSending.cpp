@@ -32,6 +32,7 @@ void SendReport(const tySMTPserver &smtp, const QStringList &lines)
   mail.To = SplitAddresses(smtp.DefaultTo);
   mail.Cc = SplitAddresses(smtp.DefaultCC);
   mail.Report.HtmlContent = lines;
+  mail.Report.Text = QStringLiteral("Quorvex ITSM tickets follow-up\n\nÉquipe & réseau");
   TTempConfig config;
   TColourStore colours(config.File("colours.ini"));
   DeliverReport(smtp, {mail}, {}, colours);
