@@ -163,6 +163,7 @@ QString TextCell(const TCell &cell)
   return text;
 }
 
+// What `column` shows for `ticket`: the one place that reads a row's values.
 TCell TicketCell(const TSectionColumn &column, const tyRestTicket &ticket, const QString &serviceUrl,
                  TColourStore &colours, TDateTime now)
 {
