@@ -2,7 +2,6 @@
 
 #include "DeliveryJournal.h"
 #include "DeliveryPlan.h"
-#include "HtmlToText.h"
 #include "MailAddress.h"
 #include "MailMessage.h"
 #include "MailSender.h"
@@ -34,7 +33,7 @@ TMailMessage ReportMessage(const TReportMail &mail, bool attachWorkbook, TColour
   message.Cc = mail.Cc;
   message.Subject = CReportSubject;
   message.Html = mail.Report.HtmlContent.join(QStringLiteral("\r\n"));
-  message.Text = HtmlToText(message.Html);
+  message.Text = mail.Report.Text;
   if (attachWorkbook && mail.RowCount() > 0)
     message.Attachments.append({ReportWorkbookName(QDate::currentDate()), CWorkbookType,
                                 ReportWorkbook(mail.Report, colours)});

@@ -36,6 +36,7 @@ QStringList SendReport(const tySMTPserver &smtp, const QStringList &lines)
   mail.To = ParseAddressList(smtp.DefaultTo, "To", warnings);
   mail.Cc = ParseAddressList(smtp.DefaultCC, "Cc", warnings);
   mail.Report.HtmlContent = lines;
+  mail.Report.Text = QStringLiteral("Quorvex ITSM tickets follow-up\n\nÉquipe & réseau");
   TTempConfig config;
   TColourStore colours(config.File("colours.ini"));
   QStringList failures;
