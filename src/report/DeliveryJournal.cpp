@@ -11,6 +11,9 @@ namespace {
 
 QString Stamp(const QDateTime &at) { return at.toUTC().toString(Qt::ISODateWithMs); }
 
+// SQLite takes a null QString as NULL, which the text columns refuse.
+QString NotNull(const QString &text) { return text.isNull() ? QStringLiteral("") : text; }
+
 } // namespace
 
 TDeliveryJournal::TDeliveryJournal(TFollowUpStore &store) : FStore(store) {}
@@ -46,7 +49,7 @@ qint64 TDeliveryJournal::Plan(int seq, const QString &content, const QStringList
   query.addBindValue(seq);
   query.addBindValue(content);
   query.addBindValue(recipients.join(u','));
-  query.addBindValue(rows);
+  query.addBindValue(NotNull(rows));
   if (query.exec())
     return query.lastInsertId().toLongLong();
   Failed(QStringLiteral("a planned mail"), query.lastError().text());
@@ -82,7 +85,7 @@ void TDeliveryJournal::Finish(qint64 mail, const QString &state, const QString &
   QSqlQuery query(FStore.Database());
   query.prepare(QStringLiteral("UPDATE mails SET state = ?, reply = ?, ended = ? WHERE id = ?"));
   query.addBindValue(state);
-  query.addBindValue(reply);
+  query.addBindValue(NotNull(reply));
   query.addBindValue(Stamp(at));
   query.addBindValue(mail);
   if (!query.exec())

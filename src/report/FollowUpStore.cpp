@@ -46,6 +46,7 @@ bool Migrate(QSqlDatabase &database, QString &error)
     return false;
   }
   const int current = version.value(0).toInt();
+  version.finish();
   if (current > TFollowUpStore::CSchemaVersion) {
     error = QStringLiteral("its schema version %1 is newer than this program's %2")
                 .arg(current)
@@ -84,15 +85,19 @@ bool OpenStore(const QString &path, const QString &connection, QString &error)
   }
   if (created)
     QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
-  // A damaged file shows itself at the first read, not at the opening.
-  QSqlQuery check(database);
-  if (!check.exec(QStringLiteral("PRAGMA quick_check")) || !check.next() ||
-      check.value(0).toString() != QLatin1String("ok")) {
-    error = check.lastError().isValid() ? check.lastError().text() : check.value(0).toString();
+  if (!Exec(database, QStringLiteral("PRAGMA journal_mode = WAL"), error) ||
+      !Exec(database, QStringLiteral("PRAGMA foreign_keys = ON"), error))
     return false;
+  // A damaged file shows itself at the first read, not at the opening.
+  {
+    QSqlQuery check(database);
+    if (!check.exec(QStringLiteral("PRAGMA quick_check")) || !check.next() ||
+        check.value(0).toString() != QLatin1String("ok")) {
+      error = check.lastError().isValid() ? check.lastError().text() : check.value(0).toString();
+      return false;
+    }
   }
-  return Exec(database, QStringLiteral("PRAGMA journal_mode = WAL"), error) &&
-         Exec(database, QStringLiteral("PRAGMA foreign_keys = ON"), error) && Migrate(database, error);
+  return Migrate(database, error);
 }
 
 void Close(const QString &connection)

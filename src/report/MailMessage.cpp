@@ -39,10 +39,14 @@ QByteArray CrLf(const QString &text)
 
 GMimeObject *TextPart(const char *subtype, const QString &text)
 {
+  // The bytes stay UTF-8 as they are (GMime's own setter would pick the
+  // narrowest character set); quoted-printable keeps every line short.
   GMimeTextPart *part = g_mime_text_part_new_with_subtype(subtype);
-  const QByteArray bytes = CrLf(text);
-  g_mime_text_part_set_text(part, bytes.constData());
   g_mime_text_part_set_charset(part, "utf-8");
+  const QByteArray bytes = CrLf(text);
+  const TOwned<GMimeStream> stream(g_mime_stream_mem_new_with_buffer(bytes.constData(), static_cast<size_t>(bytes.size())));
+  const TOwned<GMimeDataWrapper> content(g_mime_data_wrapper_new_with_stream(stream.get(), GMIME_CONTENT_ENCODING_DEFAULT));
+  g_mime_part_set_content(GMIME_PART(part), content.get());
   g_mime_part_set_content_encoding(GMIME_PART(part), GMIME_CONTENT_ENCODING_QUOTEDPRINTABLE);
   return GMIME_OBJECT(part);
 }

@@ -298,6 +298,8 @@ TSmtpResult TSmtpConnection::Send(const QByteArray &mail, const QStringList &env
     return result;
   }
   result.Refused = transcript.Refused;
+  for (TRefusedRecipient &refused : result.Refused)
+    refused.Reply = QStringLiteral("%1 replied: %2").arg(F->Server, refused.Reply);
   if (code == CURLE_OK) {
     for (const QString &address : envelope)
       if (std::none_of(result.Refused.cbegin(), result.Refused.cend(),

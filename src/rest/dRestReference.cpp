@@ -239,14 +239,16 @@ TRestResult<tyRestOperators> TdmRest::GET_OperatorsList(const tyQuorvexITSM &set
     if (!document.isObject())
       throw ERestFormatError(QStringLiteral("The answer of %1 is not a JSON object").arg(url));
     const QJsonValue content = document.object().value(QStringLiteral("content"));
-    if (!content.isArray())
+    const qint64 announced = document.object().value(QStringLiteral("totalNumberOfElements")).toInteger(0);
+    // No list is an empty one only when no operator is announced either.
+    if (!content.isArray() && announced != 0)
       throw ERestFormatError(QStringLiteral("The answer of %1 has no operator list (\"content\")").arg(url));
     const QJsonArray items = content.toArray();
     TraceValue(lcRest(), "ContentArray.Count", items.size());
     result.reserve(items.size());
     for (const QJsonValue &item : items)
       result.append(OperatorFromJson(item.toObject()));
-    leftOut = document.object().value(QStringLiteral("totalNumberOfElements")).toInteger(0) - items.size();
+    leftOut = announced - items.size();
   } catch (const EQuorvexError &error) {
     FailOn(error);
   }

@@ -225,11 +225,14 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
       }
       if (FOperators.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Operators"));
-        progress.LoadingSetAnimation(3);
         TakeOperators(FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list"));
-        progress.LoadingSetAnimation(2);
-        if (FOperators.isEmpty())
+        if (FOperators.isEmpty()) {
           ++errors;
+        } else {
+          progress.LoadingSetAnimation(3);
+          progress.LoadingSetTitle(QStringLiteral("Get Operators / Teams"));
+          progress.LoadingSetAnimation(2);
+        }
       }
     }
   }

@@ -155,7 +155,9 @@ TEST_F(MainWindow, MailIsSentOffTheWindowThreadWithEveryButtonOff)
   CloseNextMessageBox(&shown);
   QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
   EXPECT_TRUE(seen);
-  EXPECT_TRUE(shown.startsWith(QStringLiteral("Unable to send the mail through 127.0.0.1:%1").arg(silent.serverPort())))
+  EXPECT_TRUE(shown.contains(QStringLiteral("Mail to 1 recipient(s), 0 row(s) (leads@vellmor.example): Unable to send "
+                                           "the mail through 127.0.0.1:%1")
+                                 .arg(silent.serverPort())))
       << shown.toStdString();
   EXPECT_EQ(VisibleProgress(FWindow.get()), nullptr);
   EXPECT_TRUE(FWindow->bbtSendMail->isEnabled());
