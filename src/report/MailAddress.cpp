@@ -92,7 +92,7 @@ QString ShownAddress(const QString &text)
   constexpr qsizetype CShownLength = 80;
   QString shown;
   for (const QChar c : text.left(CShownLength))
-    shown += c.unicode() < 0x20 || c.unicode() == 0x7F ? QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, u'0') : QString(c);
+    shown += c.unicode() < 0x20 || c.unicode() == 0x7F ? QStringLiteral("\\x%1").arg(uint(c.unicode()), 2, 16, QChar(u'0')) : QString(c);
   return text.size() > CShownLength ? shown + QStringLiteral("…") : shown;
 }
 
