@@ -316,8 +316,10 @@ TSmtpResult TSmtpConnection::Send(const QByteArray &mail, const QStringList &env
     reason += QStringLiteral(" (the server replied: ") + transcript.LastError + u')';
   result.Error = QStringLiteral("Unable to send the mail through %1: %2").arg(F->Server, reason);
   TraceError(lcMail(), result.Error);
-  // The conversation may be in any state: the next mail starts a new one.
-  CleanUpWithin(F->Handle, std::chrono::seconds(0));
+  // Unless the server itself refused, the conversation may be in any state:
+  // the next mail starts a new one.
+  if (transcript.LastError.isEmpty())
+    CleanUpWithin(F->Handle, std::chrono::seconds(0));
   return result;
 }
 

@@ -175,14 +175,14 @@ TOutcome SendWithTries(TSmtpConnection &connection, const TOutgoing &mail, const
       outcome.Delivered += result.Accepted;
       for (const TRefusedRecipient &refused : result.Refused)
         (refused.Temporary ? temporary : outcome.NotServed).append(refused);
-      if (!result.Error.isEmpty()) {
-        outcome.Error = result.Error;
-        for (const QString &address : chunk)
-          if (!result.Accepted.contains(address) &&
-              std::none_of(result.Refused.cbegin(), result.Refused.cend(),
-                           [&address](const TRefusedRecipient &refused) { return refused.Address == address; }))
-            (result.Temporary ? temporary : outcome.NotServed).append({address, result.Error, result.Temporary});
-      }
+      // A failure beyond the recipients' own refusals concerns the whole upload.
+      for (const QString &address : chunk)
+        if (!result.Error.isEmpty() && !result.Accepted.contains(address) &&
+            std::none_of(result.Refused.cbegin(), result.Refused.cend(),
+                         [&address](const TRefusedRecipient &refused) { return refused.Address == address; })) {
+          outcome.Error = result.Error;
+          (result.Temporary ? temporary : outcome.NotServed).append({address, result.Error, result.Temporary});
+        }
       if (result.Stopped)
         break;
     }
@@ -202,21 +202,20 @@ TOutcome SendWithTries(TSmtpConnection &connection, const TOutgoing &mail, const
   return outcome;
 }
 
-// The person-facing failures of one mail: the whole mail when nobody got it,
-// else each recipient refused.
+// The person-facing failures of one mail: the whole mail when it failed as a
+// whole for nobody got it, else each recipient refused with its reply.
 QList<TDeliveryFailure> Failures(const TReportMail &mail, const TOutcome &outcome)
 {
   QList<TDeliveryFailure> failures;
-  if (outcome.Delivered.isEmpty() && !outcome.NotServed.isEmpty()) {
+  if (outcome.Delivered.isEmpty() && !outcome.Error.isEmpty()) {
     QStringList addresses;
     for (const TRefusedRecipient &refused : outcome.NotServed)
       addresses.append(refused.Address);
-    const QString reason = outcome.Error.isEmpty() ? outcome.NotServed.first().Reply : outcome.Error;
     failures.append({QStringLiteral("Mail to %1 recipient(s), %2 row(s) (%3)")
                          .arg(mail.To.size() + mail.Cc.size())
                          .arg(mail.RowCount())
                          .arg(addresses.join(QStringLiteral(", "))),
-                     reason});
+                     outcome.Error});
     return failures;
   }
   for (const TRefusedRecipient &refused : outcome.NotServed)
