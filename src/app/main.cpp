@@ -3,6 +3,7 @@
 // the unattended run.
 
 #include "CommandLine.h"
+#include "FileLock.h"
 #include "SingleInstance.h"
 
 #include "core/AppInfo.h"
@@ -25,6 +26,7 @@
 #include <cstdio>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace {
@@ -70,28 +72,35 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
   // The settings' secrets need the key soon: it is derived while Qt starts.
   const std::jthread keyAhead = DeriveKeyAhead();
   const bool unattended = line.Unattended();
-  const bool window = DisplayAvailable();
   std::unique_ptr<QCoreApplication> application;
-  if (window)
+  if (DisplayAvailable())
     application = std::make_unique<QApplication>(argc, argv);
   else
     application = std::make_unique<QCoreApplication>(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("quorvex-followup"));
   QCoreApplication::setApplicationVersion(QStringLiteral(QUORVEX_VERSION));
-  if (window)
+  if (DisplayAvailable())
     QGuiApplication::setDesktopFileName(QStringLiteral("quorvex-followup"));
 
-  TSingleInstance instance(BaseFolder() + IniFileNameFor(exeFileName));
-  if (!instance.IsPrimary()) {
-    if (unattended) {
-      PrintLine(QStringLiteral("%1: another instance is running on the same settings; this run does nothing.")
-                    .arg(exeFileName));
-      return CExitOtherInstance;
-    }
+  const QString settings = BaseFolder() + IniFileNameFor(exeFileName);
+  // One unattended run at a time per settings file; a window left open does not
+  // count: the run goes on beside it, without a window of its own.
+  std::optional<TFileLock> runLock;
+  if (unattended)
+    runLock.emplace(settings + QStringLiteral(".run.lock"));
+  if (runLock && !runLock->IsHeld()) {
+    PrintLine(QStringLiteral("%1: another unattended run is under way on the same settings (%2); this run does "
+                             "nothing.")
+                  .arg(exeFileName, runLock->Path()));
+    return CExitOtherInstance;
+  }
+  TSingleInstance instance(settings);
+  if (!instance.IsPrimary() && !unattended) {
     // Another window is open on the same settings: bring it forward and leave.
     instance.AskPrimaryToRaise();
     return CExitOk;
   }
+  const bool window = DisplayAvailable() && instance.IsPrimary();
 
   // Nobody is there to answer a message box during an unattended run.
   const bool askPerson = window && !unattended;
