@@ -20,6 +20,9 @@
 #include <QSet>
 #include <QSslConfiguration>
 #include <QSslCertificate>
+#include <QElapsedTimer>
+#include <QThread>
+#include <csignal>
 #include <gtest/gtest.h>
 
 namespace {
@@ -480,4 +483,52 @@ TEST_F(EndToEnd, DryRunOfThePersonalModeWritesEveryMailWhole)
   // Every header line stays within what mail servers accept.
   for (const QString &line : ReadTextFile(Folder() + "quorvex-followup_1.eml").split("\r\n"))
     EXPECT_LE(line.size(), 998);
+}
+
+// SIGTERM in the middle of 36 personal mails: the mail under way ends or is cut,
+// no other starts, the run log and the journal say what went and what did not,
+// the lock is released, and the next run sends only what was not sent.
+TEST_F(EndToEnd, ASignalEndsTheRunWithItsLogAndARerunSendsOnlyWhatWasNotSent)
+{
+  TSmtpTestServer::TOptions options;
+  options.Faults = {"--delay", "0.2"};
+  TSmtpTestServer slow(options);
+  ASSERT_TRUE(slow.Started()) << slow.Failure().toStdString();
+  WriteSettings(slow.Port(), "[Delivery]\nMode=personal\n");
+  QProcessEnvironment environment = ToolEnvironment(FConfig.Root());
+  environment.insert("QUORVEX_EXTRA_CA_CERTS", Printed("CA certificate: "));
+  QProcess tool;
+  tool.setProcessEnvironment(environment);
+  tool.start(QUORVEX_FOLLOWUP_EXE, {"auto"});
+  ASSERT_TRUE(tool.waitForStarted(10000));
+  QElapsedTimer waited;
+  waited.start();
+  while (slow.Messages().size() < 3 && waited.elapsed() < 60000)
+    QThread::msleep(20);
+  ASSERT_GE(slow.Messages().size(), 3);
+  ::kill(static_cast<pid_t>(tool.processId()), SIGTERM);
+  QElapsedTimer ending;
+  ending.start();
+  ASSERT_TRUE(tool.waitForFinished(30000));
+  std::printf("ended %lld ms after SIGTERM, %lld of 36 mails sent\n", static_cast<long long>(ending.elapsed()),
+              static_cast<long long>(slow.Messages().size()));
+  EXPECT_EQ(tool.exitStatus(), QProcess::NormalExit);
+  EXPECT_EQ(tool.exitCode(), 2);
+  const qsizetype sent = slow.Messages().size();
+  EXPECT_LT(sent, 36);
+  const QString log = RunLog(Folder());
+  EXPECT_TRUE(log.contains(" - ERROR Stopped by SIGTERM: the mails and recipients above were not served")) << log.toStdString();
+  EXPECT_EQ(Steps(log).filter(QRegularExpression("^ - \\* Mail to ")).size(), sent) << log.toStdString();
+  // The mail under way when the signal came is cut; the others never start.
+  EXPECT_EQ(Steps(log).filter(QRegularExpression("^ - ERROR Mail to .*(stopped before the server confirmed it|"
+                                                 "not sent: the run was stopped \\(SIGTERM\\))$"))
+                .size(),
+            36 - sent)
+      << log.toStdString();
+
+  WriteSettings(FSmtp.Port(), "[Delivery]\nMode=personal\n");
+  const TRun rerun = RunTool({"auto"});
+  EXPECT_EQ(rerun.ExitCode, 0) << rerun.Err.toStdString();
+  EXPECT_EQ(FSmtp.Messages().size(), 36 - sent);
+  EXPECT_EQ(Steps(rerun.Log).filter("Already sent at ").size(), sent);
 }

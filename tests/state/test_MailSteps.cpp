@@ -5,7 +5,11 @@
 #include "StepsFixture.h"
 #include "state/UnattendedRun.h"
 
+#include "core/StopRequest.h"
+
+#include <QElapsedTimer>
 #include <QJsonArray>
+#include <QTimer>
 
 namespace {
 
@@ -103,6 +107,27 @@ TEST_F(MailStepsTest, AnOperatorsPageThatLeavesPeopleOutSaysHowMany)
   TimerTimer(*FState, FProgress, options);
   EXPECT_TRUE(ReadTextFile(FState->FLogFile)
                   .contains("announces 501 more operator(s) than its page of 1 holds: they were left out"));
+}
+
+// A stop during the retrieval cuts the requests in flight at once: nothing is
+// sent, and the log says why.
+TEST_F(MailStepsTest, AStopDuringTheRetrievalCutsTheRequestsAndSendsNothing)
+{
+  TDemoFaults faults;
+  faults.Bodies.append({QStringLiteral("/api/ticket/list/open"), -1, {}, 200, TDemoFaults::TDelivery::Never});
+  FService.SetFaults(faults);
+  TStopRequest stop;
+  TUnattendedOptions options;
+  options.Stop = &stop;
+  QTimer::singleShot(300, &stop, [&stop] { stop.Request("SIGTERM"); });
+  QElapsedTimer clock;
+  clock.start();
+  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitStepFailed);
+  std::printf("the retrieval ended %lld ms after its start\n", static_cast<long long>(clock.elapsed()));
+  const QString log = ReadTextFile(FState->FLogFile);
+  EXPECT_TRUE(log.contains("the run was stopped (SIGTERM) before")) << log.toStdString();
+  EXPECT_TRUE(log.contains(" - ERROR Stopped by SIGTERM during the retrieval: no report was sent")) << log.toStdString();
+  EXPECT_TRUE(FRelay.Messages().isEmpty());
 }
 
 } // namespace
