@@ -304,7 +304,7 @@ TSmtpResult TSmtpConnection::Send(const QByteArray &mail, const QStringList &env
     for (const QString &address : envelope)
       if (std::none_of(result.Refused.cbegin(), result.Refused.cend(),
                        [&address](const TRefusedRecipient &refused) { return refused.Address == address; }))
-        result.Accepted.append(address);
+        result.Accepted.append(address); // libcurl succeeds once one recipient took it
     return result;
   }
   result.Stopped = progress.Stopped;
