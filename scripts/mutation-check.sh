@@ -19,7 +19,7 @@ mutations=(
   "without-update measured from the extraction|src/report/MailReport.cpp|s/< FCurrentTime - FIn.NbDays/< FIn.ExtractionTickets - FIn.NbDays/|test_mail_report|^MailReportTest\."
   "exempt statuses not exempt|src/report/MailReport.cpp|s/!FIn.StatusToIgnore.contains\(ticket.status._reference, Qt::CaseInsensitive\) &&//|test_mail_report|^MailReportTest\."
   "without-update outside the selected teams|src/report/MailReport.cpp|s/&&\s*TeamInSelectedTeams\(FIn.SelectedTeams, ticket.assignedTeam.id\)//|test_mail_report|^MailReportTest\."
-  "ages counted from the extraction|src/report/MailReport.cpp|s/AgeOf\(moment, FCurrentTime, age\)/AgeOf(moment, FIn.ExtractionTickets, age)/|test_mail_report|^MailReportTest\."
+  "ages counted from the extraction|src/report/MailReport.cpp|s/FIn.ServiceUrl, FColours, FCurrentTime\)/FIn.ServiceUrl, FColours, FIn.ExtractionTickets)/|test_mail_report|^MailReportTest\."
   "address lists not sorted|src/report/MailReport.cpp|s/  addresses.sort\(\);\n//|test_mail_report|^MailReportTest\."
   "inactive operators addressed|src/report/MailReport.cpp|s/op.status == CActive && //|test_mail_report|^MailReportTest\."
   "primary recipients copied too|src/report/MailReport.cpp|s/if \(FOut.SlRecipientTo.contains\(key\) \x7c\x7c /if (/|test_mail_report|^MailReportTest\."
