@@ -12,7 +12,8 @@
 // be read raises EReadError "Unable to read <path>: <reason>".
 //
 // Typed reads follow the profile rules: a value that does not convert gives the
-// default. Floats are written and read in the current locale (QLocale()).
+// default. Floats are written with ASCII digits and a point whatever the locale,
+// and read in that form or with another locale's digits and decimal comma.
 class TIniFile
 {
 public:

@@ -29,7 +29,8 @@ void LogFailures(TMainState &state, const TStepFailures &failures)
 TExitStatus SaveLog(TMainState &state, TExitStatus status)
 {
   try {
-    SaveLines(state.FLogFile, state.FslLog, QStringLiteral("\n"), TTextEncoding::Utf8);
+    // Two runs started in the same second keep a log each.
+    state.FLogFile = SaveLinesAsNewFile(state.FLogFile, state.FslLog, QStringLiteral("\n"));
   } catch (const EQuorvexError &error) {
     std::fprintf(stderr, "%s\n", qPrintable(error.Message()));
     return CExitStepFailed;
