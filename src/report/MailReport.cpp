@@ -1,14 +1,12 @@
 #include "MailReport.h"
 
 #include "HtmlSafety.h"
-#include "core/Errors.h"
 #include "core/uTools.h"
 #include "tickets/ColourStore.h"
 #include "tickets/Selection.h"
 
 #include <QRegularExpression>
 #include <cmath>
-#include <limits>
 
 namespace {
 
@@ -16,7 +14,9 @@ const QString CReportTitle = QStringLiteral("Quorvex ITSM tickets follow-up");
 const QString CActive = QStringLiteral("ACTIVE");
 const QString CNotChecked = QStringLiteral("    <p><strong>This could not be checked: the retrieval of the tickets "
                                            "was incomplete.</strong></p>");
-constexpr double CMillisecondsPerDay = 86400000.0;
+constexpr qint64 CMillisecondsPerMinute = 60 * 1000;
+constexpr qint64 CMillisecondsPerHour = 60 * CMillisecondsPerMinute;
+constexpr qint64 CMillisecondsPerDay = 24 * CMillisecondsPerHour;
 
 QString Safe(const QString &serviceText) { return NeutraliseActiveHtml(serviceText); }
 
@@ -30,13 +30,11 @@ QString SafeList(const QStringList &serviceTexts)
   return safe.join(QStringLiteral(", "));
 }
 
-// Whole units in a span of days, truncated toward zero, as a 32-bit number.
-std::int32_t WholeUnits(double days, double unitsPerDay)
+// Whole units from `from` to `to`, truncated toward zero. Service stamps lie
+// between the years 0 and 9999, so that even their hours fit a 32-bit number.
+std::int32_t WholeUnits(const QDateTime &from, const QDateTime &to, qint64 unit)
 {
-  const double units = std::trunc(std::round(days * CMillisecondsPerDay) / (CMillisecondsPerDay / unitsPerDay));
-  if (units > std::numeric_limits<std::int32_t>::max() || units < std::numeric_limits<std::int32_t>::min())
-    throw ERangeError(QStringLiteral("Range check error: an age of %1 days does not fit").arg(days));
-  return static_cast<std::int32_t>(units);
+  return static_cast<std::int32_t>(from.msecsTo(to) / unit);
 }
 
 // ASCII letters in lower case, as addresses are listed.
@@ -61,12 +59,12 @@ TSectionLayout SectionLayout(TReportSection section)
   return {true, TAge::Days, TAge::Days};
 }
 
-std::int32_t AgeOf(TDateTime moment, TDateTime now, TAge unit)
+std::int32_t AgeOf(const QDateTime &moment, const QDateTime &now, TAge unit)
 {
   switch (unit) {
   case TAge::None: break;
-  case TAge::Hours: return WholeUnits(std::abs(now - moment), 24);
-  case TAge::Days: return WholeUnits(now - moment, 1);
+  case TAge::Hours: return std::abs(WholeUnits(moment, now, CMillisecondsPerHour));
+  case TAge::Days: return WholeUnits(moment, now, CMillisecondsPerDay);
   }
   return 0;
 }
@@ -165,9 +163,9 @@ void TMailReport::Mail_02_AddTitle()
   // An incomplete retrieval shows when it was attempted (the report's own time
   // when none was), never a day-zero date.
   const bool incomplete = !FIn.RetrievalWarning.isEmpty();
-  const TDateTime moment =
-      !incomplete ? FIn.ExtractionTickets : FIn.RetrievalAttempt > 0 ? FIn.RetrievalAttempt : FNow();
-  const QDateTime extraction = QDateTimeFromDateTime(moment);
+  const QDateTime extraction = !incomplete                     ? FIn.ExtractionTickets
+                               : FIn.RetrievalAttempt.isValid() ? FIn.RetrievalAttempt
+                                                                : FNow();
   const QDate date = extraction.date();
   const QTime time = extraction.time();
   const QString timestamp = NumStr(date.day(), 2) + u'.' + NumStr(date.month(), 2) + u'.' + NumStr(date.year(), 4) +
@@ -182,7 +180,7 @@ void TMailReport::Mail_02_AddTitle()
                    << QStringLiteral("    ") + SafeList(Names(FIn.SelectedTeams)) +
                           QStringLiteral("</p>")
                    << QStringLiteral("    <p><b>Extraction</b><br>")
-                   << QStringLiteral("    ") + timestamp + QStringLiteral("&nbsp;CET") +
+                   << QStringLiteral("    ") + timestamp + QStringLiteral("&nbsp;") + extraction.timeZoneAbbreviation() +
                           (incomplete ? QStringLiteral(" (incomplete)") : QString()) + QStringLiteral("</p>");
 }
 
@@ -215,11 +213,12 @@ QString TMailReport::GetHtmlTdStatus(const tyRestTicket &ticket)
 
 QString TMailReport::DateCell(const QString &timestamp, TAge age) const
 {
-  const TDateTime moment = RestTimestamp2DateTime(timestamp);
-  QString cell = QStringLiteral("          <td align=\"center\">") + Str2Html(DateTimeToStr(moment));
-  if (age != TAge::None)
+  const std::optional<QDateTime> moment = RestTimestamp2DateTime(timestamp);
+  QString cell = QStringLiteral("          <td align=\"center\">") +
+                 Str2Html(moment ? DateTimeToStr(*moment) : QStringLiteral("unknown"));
+  if (age != TAge::None && moment)
     cell += QStringLiteral("<br><strong>(%1&nbsp;%2)</strong>")
-                .arg(AgeOf(moment, FCurrentTime, age))
+                .arg(AgeOf(*moment, FCurrentTime, age))
                 .arg(age == TAge::Hours ? QStringLiteral("hours") : QStringLiteral("days"));
   return cell + QStringLiteral("</td>");
 }
@@ -274,13 +273,15 @@ bool TMailReport::IsUnassignedLate(const tyRestTicket &ticket) const
 {
   if (!TrimBlanks(ticket.assignedUser.name).isEmpty())
     return false;
-  const double days = std::abs(RestTimestamp2DateTime(ticket.creationDate) - FIn.ExtractionTickets);
-  return WholeUnits(days, 24 * 60) > FIn.NbMinutes;
+  // A ticket whose creation is unknown is put in no section by that date.
+  const std::optional<QDateTime> creation = RestTimestamp2DateTime(ticket.creationDate);
+  return creation && std::abs(creation->msecsTo(FIn.ExtractionTickets)) / CMillisecondsPerMinute > FIn.NbMinutes;
 }
 
 bool TMailReport::IsWithoutUpdate(const tyRestTicket &ticket) const
 {
-  return RestTimestamp2DateTime(ticket.lastUpdate) < FCurrentTime - FIn.NbDays &&
+  const std::optional<QDateTime> update = RestTimestamp2DateTime(ticket.lastUpdate);
+  return update && update->msecsTo(FCurrentTime) > FIn.NbDays * CMillisecondsPerDay &&
          !FIn.StatusToIgnore.contains(ticket.status._reference, Qt::CaseInsensitive) &&
          TeamInSelectedTeams(FIn.SelectedTeams, ticket.assignedTeam.id);
 }

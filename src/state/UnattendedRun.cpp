@@ -18,11 +18,18 @@ void Fail(TMainState &state, const QString &message)
   TraceFailure(lcApp(), message);
 }
 
-// One error line for each thing the last step could not do.
+// One error line for each thing the last step could not do, a warning line for
+// each fact it could not establish.
 void LogFailures(TMainState &state, const TStepFailures &failures)
 {
-  for (const TStepFailure &failure : failures)
-    Fail(state, failure.LogText());
+  for (const TStepFailure &failure : failures) {
+    if (!failure.Warning) {
+      Fail(state, failure.LogText());
+      continue;
+    }
+    state.FslLog.append(LogLine(QStringLiteral(" - WARNING ") + failure.LogText()));
+    qCDebug(lcApp()).noquote() << QStringLiteral("WARNING ") + failure.LogText();
+  }
 }
 
 // Saves the run log; a log that cannot be written fails the run.
