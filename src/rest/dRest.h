@@ -138,6 +138,10 @@ private:
     std::shared_ptr<TRestTransport::TPending> Sent;
   } FOperatorsAhead;
   TTokenRefused FTokenRefused;
+  // A renewal is under way (the token request waits in an event loop): the
+  // requests refused meanwhile wait for it instead of asking their own.
+  bool FRenewing = false;
+  QList<std::function<void()>> FAfterRenewal;
   // The first failure of the call under way.
   std::optional<TRestFailure> FCallFailure;
   // Address, HTTP status and beginning of the last answer, which a failure

@@ -36,14 +36,26 @@ void TdmRest::GET_TicketsListsOpen(const tyQuorvexITSM &settings, const QList<TT
         const QString sentWith = FToken;
         FTransport.Start(ApiRequest(url, "GET", &body),
                          [this, url, body, sentWith, answered = std::move(answered)](TRestTransport::TReply reply) {
-                           // A refused token is renewed once (or already was, by another page) and
-                           // the page asked again with the new one.
-                           if (reply.Answer && reply.Answer->Status == 401 &&
-                               ((!FToken.isEmpty() && FToken != sentWith) || RenewRefusedToken())) {
-                             FTransport.Start(ApiRequest(url, "GET", &body), answered);
+                           if (!reply.Answer || reply.Answer->Status != 401) {
+                             answered(std::move(reply));
                              return;
                            }
-                           answered(std::move(reply));
+                           // A refused token is renewed once, by the first page that met the
+                           // refusal; the others wait for that renewal. Each is then asked once
+                           // more with the new token, or answered with its 401 when none came.
+                           auto again = [this, url, body, answered, reply]() mutable {
+                             if (FToken.isEmpty())
+                               answered(std::move(reply));
+                             else
+                               FTransport.Start(ApiRequest(url, "GET", &body), answered);
+                           };
+                           if (FRenewing) {
+                             FAfterRenewal.append(std::move(again));
+                             return;
+                           }
+                           if (FToken == sentWith)
+                             RenewRefusedToken();
+                           again();
                          });
       },
       done);

@@ -72,8 +72,11 @@ bool TMainState::EnsureToken()
 bool TMainState::RenewRefusedToken()
 {
   FICI.API.Token.clear();
-  const bool renewed = !FTokenRenewed && RequestToken();
+  // Marked first: a request refused while the token request travels finds the
+  // renewal already made.
+  const bool first = !FTokenRenewed;
   FTokenRenewed = true;
+  const bool renewed = first && RequestToken();
   SaveConfigITSM(); // the refused token must not be reused at the next start
   return renewed;
 }
