@@ -106,6 +106,13 @@ qint32 TIniFile::ReadInteger(const QString &section, const QString &key, qint32 
   return ok ? value : defaultValue;
 }
 
+qint64 TIniFile::ReadInt64(const QString &section, const QString &key, qint64 defaultValue) const
+{
+  bool ok = false;
+  const qint64 value = ReadString(section, key, QString()).toLongLong(&ok, 10);
+  return ok ? value : defaultValue;
+}
+
 bool TIniFile::ReadBool(const QString &section, const QString &key, bool defaultValue) const
 {
   return ReadInteger(section, key, defaultValue ? 1 : 0) != 0;
@@ -140,7 +147,7 @@ void TIniFile::WriteString(const QString &section, const QString &key, const QSt
                       nullptr, /*a_bForceReplace*/ true);
 }
 
-void TIniFile::WriteInteger(const QString &section, const QString &key, qint32 value)
+void TIniFile::WriteInteger(const QString &section, const QString &key, qint64 value)
 {
   WriteString(section, key, QString::number(value));
 }

@@ -29,11 +29,12 @@ public:
 
   QString ReadString(const QString &section, const QString &key, const QString &defaultValue) const;
   qint32 ReadInteger(const QString &section, const QString &key, qint32 defaultValue) const;
+  qint64 ReadInt64(const QString &section, const QString &key, qint64 defaultValue) const; // ids
   bool ReadBool(const QString &section, const QString &key, bool defaultValue) const;
   double ReadFloat(const QString &section, const QString &key, double defaultValue) const;
 
   void WriteString(const QString &section, const QString &key, const QString &value);
-  void WriteInteger(const QString &section, const QString &key, qint32 value);
+  void WriteInteger(const QString &section, const QString &key, qint64 value);
   void WriteBool(const QString &section, const QString &key, bool value);
   void WriteFloat(const QString &section, const QString &key, double value);
   void EraseSection(const QString &section);

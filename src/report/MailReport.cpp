@@ -286,7 +286,7 @@ bool TMailReport::IsWithoutUpdate(const tyRestTicket &ticket) const
          TeamInSelectedTeams(FIn.SelectedTeams, ticket.assignedTeam.id);
 }
 
-void TMailReport::TakeTeam(std::int32_t teamId)
+void TMailReport::TakeTeam(TRestId teamId)
 {
   const QString teamKey = QStringLiteral("TEAM-%1").arg(teamId);
   if (FOut.SlRecipientTo.contains(teamKey))
@@ -297,7 +297,7 @@ void TMailReport::TakeTeam(std::int32_t teamId)
       TakeUser(link.IdOperator);
 }
 
-void TMailReport::TakeUser(std::int32_t userId)
+void TMailReport::TakeUser(TRestId userId)
 {
   const QString userKey = QStringLiteral("USR-%1").arg(userId);
   if (FOut.SlRecipientTo.contains(userKey))
@@ -356,7 +356,7 @@ void TMailReport::Mail_05_Gt10Exchanges()
 void TMailReport::CompleteRecipients()
 {
   // Whole operator records for the primary recipients (the last match wins).
-  QHash<std::int32_t, const tyRestOperator *> byId;
+  QHash<TRestId, const tyRestOperator *> byId;
   for (const tyRestOperator &op : FIn.Operators)
     byId.insert(op.id, &op);
   for (tyRestOperator &recipient : FOut.RecipientTo)

@@ -151,8 +151,8 @@ private:
   // The section's "everything is OK" block, unless the retrieval was incomplete.
   void AddAllClear(const QStringList &lines);
   QString DateCell(const QString &timestamp, TAge age) const;
-  void TakeTeam(std::int32_t teamId);
-  void TakeUser(std::int32_t userId);
+  void TakeTeam(TRestId teamId);
+  void TakeUser(TRestId userId);
 
   const TReportInput &FIn;
   TColourStore &FColours;

@@ -16,7 +16,7 @@ class QThreadPool;
 // One open-ticket query: an organization and a search text (empty for none).
 struct TTicketQuery
 {
-  std::int32_t OrganizationId = 0;
+  TRestId OrganizationId = 0;
   QString Search;
 };
 

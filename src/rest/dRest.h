@@ -71,7 +71,7 @@ public:
 
   // Every open ticket of the organization, 500 a page; `search` restricts them
   // to the service's matches of that text when not empty.
-  TRestResult<tyRestTickets> GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
+  TRestResult<tyRestTickets> GET_TicketsListOpen(const tyQuorvexITSM &settings, TRestId organizationId,
                                                  const QString &search);
   // The same for several queries, settings.ParallelRequests requests at a time
   // (see TTicketRetrieval); `done` gets each query's result in the order of the

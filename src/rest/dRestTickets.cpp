@@ -10,9 +10,9 @@
 namespace {
 
 // The paging request travels in the body of the GET, as the service expects.
-QByteArray PageRequest(std::int32_t organizationId, std::int32_t page, const QString &search)
+QByteArray PageRequest(TRestId organizationId, std::int32_t page, const QString &search)
 {
-  QJsonObject body{{QStringLiteral("organizationId"), organizationId},
+  QJsonObject body{{QStringLiteral("organizationId"), static_cast<qint64>(organizationId)},
                    {QStringLiteral("page"), page},
                    {QStringLiteral("pageSize"), CTicketPageSize}};
   if (!search.isEmpty())
@@ -62,7 +62,7 @@ void TdmRest::GET_TicketsListsOpen(const tyQuorvexITSM &settings, const QList<TT
   retrieval.Run();
 }
 
-TRestResult<tyRestTickets> TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
+TRestResult<tyRestTickets> TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, TRestId organizationId,
                                                         const QString &search)
 {
   TTicketQueryResult result;

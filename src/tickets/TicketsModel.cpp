@@ -55,7 +55,7 @@ QVariant TTicketsModel::data(const QModelIndex &index, int role) const
   const TDates &row = FDates.at(index.row());
   switch (index.column()) {
   case colType: return ticket._type;
-  case colId: return ticket.id;
+  case colId: return qlonglong(ticket.id);
   case colOrganization: return ticket.organization.name;
   case colPriority: return ticket.priority.reference;
   case colTitle: return ticket.title;

@@ -19,7 +19,7 @@ QString Stamp(const QDateTime &moment) { return moment.toUTC().toString("yyyy-MM
 QString MinutesAgo(double minutes) { return Stamp(Now().addMSecs(qint64(-minutes * 60000))); }
 QString DaysAgo(double days) { return Stamp(Now().addMSecs(qint64(-days * 86400000))); }
 
-tyRestTicket Ticket(std::int32_t id, const QString &type = "INCIDENT")
+tyRestTicket Ticket(TRestId id, const QString &type = "INCIDENT")
 {
   tyRestTicket ticket;
   ticket.id = id;
@@ -36,7 +36,7 @@ tyRestTicket Ticket(std::int32_t id, const QString &type = "INCIDENT")
 }
 
 // An assigned ticket last updated `days` ago.
-tyRestTicket Stale(std::int32_t id, double days)
+tyRestTicket Stale(TRestId id, double days)
 {
   tyRestTicket ticket = Ticket(id);
   ticket.assignedUser = {100 + id, QStringLiteral("User %1").arg(id)};
@@ -44,7 +44,7 @@ tyRestTicket Stale(std::int32_t id, double days)
   return ticket;
 }
 
-tyRestOperator Operator(std::int32_t id, const QString &email, const QString &status = "ACTIVE")
+tyRestOperator Operator(TRestId id, const QString &email, const QString &status = "ACTIVE")
 {
   tyRestOperator op;
   op.id = id;
@@ -216,6 +216,25 @@ TEST_F(MailReportTest, RecipientsFromTeamsAndAssigneesWithCopiesNeverRepeated)
   // No team selected: nobody is copied.
   FIn.SelectedTeams.clear();
   EXPECT_TRUE(Generate().SlRecipientCc.isEmpty());
+}
+
+// Ids are 64-bit: an operator, team or ticket beyond 2^31 is mailed like any other.
+TEST_F(MailReportTest, IdsBeyond32BitsAreMailed)
+{
+  constexpr TRestId big = 3000000000;
+  FIn.SelectedTeams = {tyRestTeam{big + 10, {}, "Desk", {}, {}}};
+  FIn.TeamsOperators = {{big + 10, big + 1}};
+  FIn.Operators = {Operator(big + 1, "ann@example.org"), Operator(big + 2, "bob@example.org"), Operator(1, "x@example.org")};
+  tyRestTicket unassigned = Ticket(1);
+  unassigned.assignedTeam = {big + 10, "Desk"};
+  tyRestTicket stale = Stale(2, 30);
+  stale.id = big + 5;
+  stale.assignedTeam = {big + 10, "Desk"};
+  stale.assignedUser = {big + 2, "Bob"};
+  FIn.Tickets = {unassigned, stale};
+  const TReportOutput out = Generate();
+  EXPECT_EQ(out.SlRecipientTo, (QStringList{"ann@example.org", "bob@example.org"}));
+  EXPECT_TRUE(out.HtmlContent.join('\n').contains("/all/3000000005\""));
 }
 
 TEST_F(MailReportTest, RulesMeasureFromTheirOwnClock)

@@ -40,7 +40,7 @@ TEST(TicketsGrid, TenColumnsWithTypedCells)
   model.SetTickets({Ticket(4521, "Printer <b>down</b>", "2024-03-15T08:30:00.123Z", ""),
                     Ticket(17, "VPN", "2024-03-16T09:00:00.000Z", "2024-03-17T10:15:00.000+01:00")});
   ASSERT_EQ(model.rowCount(), 2);
-  EXPECT_EQ(model.data(model.index(0, TTicketsModel::colId), Qt::EditRole).typeId(), QMetaType::Int);
+  EXPECT_EQ(model.data(model.index(0, TTicketsModel::colId), Qt::EditRole).typeId(), QMetaType::LongLong);
   EXPECT_EQ(model.data(model.index(0, TTicketsModel::colId)).toInt(), 4521);
   EXPECT_EQ(model.data(model.index(0, TTicketsModel::colTitle)).toString(), "Printer <b>down</b>");
   // Local time: the service's UTC moment as the clock in Paris shows it.
