@@ -12,11 +12,11 @@
 namespace {
 
 constexpr int CTickets = 20000;
-const TDateTime CNow = EncodeDate(2026, 11, 14) + EncodeTime(6, 0, 0, 0);
+const QDateTime CNow(QDate(2026, 11, 14), QTime(6, 0));
 
 QString DaysAgo(double days)
 {
-  return QDateTimeFromDateTime(CNow - days).toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzzZ"));
+  return CNow.addMSecs(qint64(-days * 86400000)).toUTC().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzzZ"));
 }
 
 TReportInput Input()

@@ -12,11 +12,11 @@ copy=$work/source
 
 # name | file | perl substitution (whole file) | test programs | ctest pattern
 mutations=(
-  "unassigned threshold not strict|src/report/MailReport.cpp|s/WholeUnits\(days, 24 \* 60\) > /WholeUnits(days, 24 * 60) >= /|test_mail_report|^MailReportTest\."
-  "unassigned measured from now|src/report/MailReport.cpp|s/creationDate\) - FIn.ExtractionTickets\)/creationDate) - FCurrentTime)/|test_mail_report|^MailReportTest\."
+  "unassigned threshold not strict|src/report/MailReport.cpp|s/\/ CMillisecondsPerMinute > FIn.NbMinutes/\/ CMillisecondsPerMinute >= FIn.NbMinutes/|test_mail_report|^MailReportTest\."
+  "unassigned measured from now|src/report/MailReport.cpp|s/creation->msecsTo\(FIn.ExtractionTickets\)/creation->msecsTo(FCurrentTime)/|test_mail_report|^MailReportTest\."
   "blank assignee counts as assigned|src/report/MailReport.cpp|s/!TrimBlanks\(ticket.assignedUser.name\).isEmpty\(\)/!ticket.assignedUser.name.isEmpty()/|test_mail_report|^MailReportTest\."
-  "without-update threshold not strict|src/report/MailReport.cpp|s/< FCurrentTime - FIn.NbDays/<= FCurrentTime - FIn.NbDays/|test_mail_report|^MailReportTest\."
-  "without-update measured from the extraction|src/report/MailReport.cpp|s/< FCurrentTime - FIn.NbDays/< FIn.ExtractionTickets - FIn.NbDays/|test_mail_report|^MailReportTest\."
+  "without-update threshold not strict|src/report/MailReport.cpp|s/> FIn.NbDays \* CMillisecondsPerDay/>= FIn.NbDays * CMillisecondsPerDay/|test_mail_report|^MailReportTest\."
+  "without-update measured from the extraction|src/report/MailReport.cpp|s/update->msecsTo\(FCurrentTime\)/update->msecsTo(FIn.ExtractionTickets)/|test_mail_report|^MailReportTest\."
   "exempt statuses not exempt|src/report/MailReport.cpp|s/!FIn.StatusToIgnore.contains\(ticket.status._reference, Qt::CaseInsensitive\) &&//|test_mail_report|^MailReportTest\."
   "without-update outside the selected teams|src/report/MailReport.cpp|s/&&\s*TeamInSelectedTeams\(FIn.SelectedTeams, ticket.assignedTeam.id\)//|test_mail_report|^MailReportTest\."
   "ages counted from the extraction|src/report/MailReport.cpp|s/FIn.ServiceUrl, FColours, FCurrentTime\)/FIn.ServiceUrl, FColours, FIn.ExtractionTickets)/|test_mail_report|^MailReportTest\."
@@ -26,6 +26,10 @@ mutations=(
   "ten-exchanges section shown when empty|src/report/MailReport.cpp|s/(NbGt10Exch = [^\n]*\n)  if \(rows.isEmpty\(\)\)\n    return;\n/\$1/|test_mail_report|^MailReportTest\."
   "service text written as HTML|src/report/MailReport.cpp|s/QString content = cell.Text.toHtmlEscaped\(\);/QString content = cell.Text;/|test_mail_report|^MailReportTest\."
   "service names written as HTML|src/report/MailReport.cpp|s/join\(QStringLiteral\(\", \"\)\).toHtmlEscaped\(\)/join(QStringLiteral(\", \"))/|test_mail_report|^MailReportTest\."
+  "stamps read without their zone|src/core/uTools.cpp|s/  return moment.toLocalTime\(\);/  return QDateTime(moment.date(), moment.time());/|test_tools test_mail_report|^(RestTimestamp|MailReportTest)\."
+  "ages on the clock's face|src/report/MailReport.cpp|s/return static_cast<std::int32_t>\(from.msecsTo\(to\) \/ unit\);/return static_cast<std::int32_t>(QDateTime(from.date(), from.time(), Qt::UTC).msecsTo(QDateTime(to.date(), to.time(), Qt::UTC)) \/ unit);/|test_mail_report|^MailReportTest\."
+  "a ticket that comes again kept twice|src/rest/TicketRetrieval.cpp|s/if \(query.Ids.contains\(ticket.id\)\) \{/if (false) {/|test_rest_tickets|^TicketsList\."
+  "each refused request renews the token|src/rest/dRestTickets.cpp|s/if \(FRenewing\) \{/if (false) {/|test_rest_tickets|^TicketsList\."
   "token reused three hours too long|src/rest/dRest.cpp|s/api.TokenValidity, 9, &hours/api.TokenValidity, 6, \&hours/|test_rest_token|^Token\."
   "no default exempt status|src/core/Settings.cpp|s/if \(count <= 0\) \{\n    statusToIgnore.append/if (count < 0) {\n    statusToIgnore.append/|test_settings|^SettingsTest\."
   "paging bound one page longer|src/rest/TicketPage.h|s/\/ CTicketPageSize \+ 1\)/\/ CTicketPageSize + 2)/|test_rest_tickets|^TicketsList\."

@@ -1,67 +1,147 @@
 #include "CommandLine.h"
 
+#include <QCommandLineParser>
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+// Every option, one line each: its names, what --help says, and where it goes
+// (a switch, or a value read by the option's own line below).
+struct TOption
+{
+  QStringList Names;
+  QString Description;
+  bool TCommandLine::*Switch = nullptr; // null: the option takes a value
+  QString ValueName = {};
+};
+
+const std::vector<TOption> &Options()
+{
+  static const std::vector<TOption> options{
+      {{"h", "help"}, "show this text and exit", &TCommandLine::Help},
+      {{"version"}, "show the version and exit", &TCommandLine::Version},
+      {{"verbose"}, "echo the trace to standard error", &TCommandLine::Verbose},
+      {{"encrypt"},
+       "read one secret line on standard input and print its stored form, for the settings file of a headless "
+       "installation",
+       &TCommandLine::Encrypt},
+      {{"dry-run"}, "run the routine unattended, writing the report files and each mail (.eml); send nothing",
+       &TCommandLine::DryRun},
+      {{"resend"},
+       "run the routine unattended, sending again the mails already delivered today (by default a later run of "
+       "the same day skips them)",
+       &TCommandLine::Resend},
+      {{"deadline"},
+       "run the routine unattended, starting no request of the service nor mail after MINUTES (default 20): what "
+       "was not retrieved by then is reported as incomplete, and the report is still sent",
+       nullptr, "MINUTES"},
+  };
+  return options;
+}
+
+void AddOptions(QCommandLineParser &parser)
+{
+  // "-dryrun" is one unknown option, not the letters d, r, y...
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+  for (const TOption &option : Options())
+    parser.addOption(QCommandLineOption(option.Names, option.Description, option.ValueName));
+  parser.addPositionalArgument(QStringLiteral("routine"),
+                               QStringLiteral("any word, e.g. \"auto\": run the daily routine unattended (retrieve "
+                                              "the tickets, build the report, send it, write the run log, exit), "
+                                              "for cron or a systemd timer"),
+                               QStringLiteral("[routine]"));
+}
+
+// Edits (insertions, deletions, substitutions) that turn one word into the other.
+qsizetype EditDistance(const QString &from, const QString &to)
+{
+  std::vector<qsizetype> row(static_cast<std::size_t>(to.size()) + 1);
+  for (std::size_t j = 0; j < row.size(); ++j)
+    row[j] = static_cast<qsizetype>(j);
+  for (qsizetype i = 1; i <= from.size(); ++i) {
+    qsizetype diagonal = row[0];
+    row[0] = i;
+    for (qsizetype j = 1; j <= to.size(); ++j) {
+      const qsizetype above = row[static_cast<std::size_t>(j)];
+      row[static_cast<std::size_t>(j)] =
+          std::min({above + 1, row[static_cast<std::size_t>(j - 1)] + 1, diagonal + (from[i - 1] != to[j - 1])});
+      diagonal = above;
+    }
+  }
+  return row.back();
+}
+
+QString Dashed(const QString &name) { return (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name; }
+
+// "unknown option --dryrun; did you mean --dry-run?", the option as it was typed.
+QString UnknownOption(const QString &name, const QStringList &arguments)
+{
+  QString typed = Dashed(name);
+  for (const QString &argument : arguments) {
+    const QString bare = argument.section(u'=', 0, 0);
+    if (bare.startsWith(u'-') && QStringView(bare).mid(bare.startsWith(QLatin1String("--")) ? 2 : 1) == name)
+      typed = bare;
+  }
+  QString closest;
+  qsizetype best = -1;
+  for (const TOption &option : Options()) {
+    const QString &known = option.Names.last();
+    const qsizetype distance = EditDistance(name.toLower(), known);
+    if (best < 0 || distance < best) {
+      best = distance;
+      closest = known;
+    }
+  }
+  return QStringLiteral("unknown option %1; did you mean %2?").arg(typed, Dashed(closest));
+}
+
+} // namespace
+
 TCommandLine ParseCommandLine(const QStringList &arguments)
 {
+  QCommandLineParser parser;
+  AddOptions(parser);
   TCommandLine line;
-  for (qsizetype i = 0; i < arguments.size(); ++i) {
-    const QString &argument = arguments[i];
-    if (argument == QLatin1String("--deadline") || argument.startsWith(QLatin1String("--deadline="))) {
-      const QString value = argument.contains(u'=') ? argument.section(u'=', 1)
-                            : i + 1 < arguments.size() ? arguments[++i]
-                                                       : QString();
-      bool ok = false;
-      line.DeadlineMinutes = value.toInt(&ok);
-      if (!ok || line.DeadlineMinutes <= 0)
-        line.Error = QStringLiteral("--deadline takes a number of minutes greater than 0, not \"%1\"").arg(value);
-      // A deadline is only of use to the unattended run, which it implies.
-      line.OtherArguments.append(argument);
-    } else if (argument == QLatin1String("--help") || argument == QLatin1String("-h"))
-      line.Help = true;
-    else if (argument == QLatin1String("--version"))
-      line.Version = true;
-    else if (argument == QLatin1String("--verbose"))
-      line.Verbose = true;
-    else if (argument == QLatin1String("--encrypt"))
-      line.Encrypt = true;
-    else if (argument == QLatin1String("--dry-run"))
-      line.DryRun = true;
-    else if (argument == QLatin1String("--resend")) {
-      line.Resend = true;
-      line.OtherArguments.append(argument); // only of use to the unattended run
-    }
-    else
-      line.OtherArguments.append(argument);
+  // The parser reads the program name first.
+  if (!parser.parse(QStringList{QStringLiteral("quorvex-followup")} + arguments)) {
+    const QStringList unknown = parser.unknownOptionNames();
+    line.Error = unknown.isEmpty() ? parser.errorText() : UnknownOption(unknown.first(), arguments);
+    return line;
   }
+  for (const TOption &option : Options())
+    if (option.Switch)
+      line.*option.Switch = parser.isSet(option.Names.last());
+  if (parser.isSet(QStringLiteral("deadline"))) {
+    const QString value = parser.value(QStringLiteral("deadline"));
+    bool ok = false;
+    line.DeadlineMinutes = value.toInt(&ok);
+    line.DeadlineGiven = true; // of use to the unattended run only, which it implies
+    if (!ok || line.DeadlineMinutes <= 0)
+      line.Error = QStringLiteral("--deadline takes a number of minutes greater than 0, not \"%1\"").arg(value);
+  }
+  line.Words = parser.positionalArguments();
   return line;
 }
 
 QString UsageText(const QString &programName)
 {
-  return QStringLiteral(
-             "Usage: %1 [options] [anything]\n"
-             "\n"
-             "Follow-up of the open tickets of a Quorvex ITSM service: retrieves them, builds\n"
-             "the HTML report of the tickets that need attention and mails it.\n"
-             "\n"
-             "Without an argument the main window opens. Any argument other than the options\n"
-             "below starts the unattended run: retrieve, generate, send, write the run log and\n"
-             "exit (for cron or a systemd timer).\n"
-             "\n"
-             "Options:\n"
-             "  --help       show this text and exit\n"
-             "  --version    show the version and exit\n"
-             "  --verbose    echo the trace to standard error\n"
-             "  --encrypt    read one secret line on standard input and print its stored\n"
-             "               form, for the settings file of a headless installation\n"
-             "  --dry-run    unattended run that writes the report files and sends nothing\n"
-             "  --resend     unattended run that sends again the mails already delivered\n"
-             "               today (by default a later run of the same day skips them)\n"
-             "  --deadline MINUTES\n"
-             "               unattended run that starts no request of the service after\n"
-             "               MINUTES (default 20): what was not retrieved by then is\n"
-             "               reported as incomplete, and the report is still sent; no\n"
-             "               mail starts after it either\n"
-             "\n"
-             "Settings: $XDG_CONFIG_HOME/Vellmor/vlmQuorvexITSM/%1.ini (default ~/.config).\n")
-      .arg(programName);
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      QStringLiteral("Follow-up of the open tickets of a Quorvex ITSM service: retrieves them, builds\n"
+                     "the HTML report of the tickets that need attention and mails it.\n\n"
+                     "Without an argument the main window opens. A bare word (e.g. \"auto\") runs the\n"
+                     "routine unattended; an unknown option is refused (exit status %1).\n\n"
+                     "Settings: $XDG_CONFIG_HOME/Vellmor/vlmQuorvexITSM/%2.ini (default ~/.config).")
+          .arg(TCommandLine::CExitUsage)
+          .arg(programName));
+  AddOptions(parser);
+  QString text = parser.helpText();
+  // Without an application object the parser cannot know the program's name.
+  const qsizetype usage = text.indexOf(QLatin1String("Usage: "));
+  if (usage >= 0) {
+    const qsizetype nameStart = usage + 7;
+    text.replace(nameStart, text.indexOf(u' ', nameStart) - nameStart, programName);
+  }
+  return text;
 }

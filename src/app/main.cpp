@@ -170,6 +170,12 @@ int main(int argc, char *argv[])
     arguments.append(QString::fromLocal8Bit(argv[i]));
   const TCommandLine line = ParseCommandLine(arguments);
   const QString exeFileName = QFileInfo(QString::fromLocal8Bit(argv[0])).fileName();
+  // A command line that cannot be obtained does nothing: a typo must never
+  // start a run that mails everyone.
+  if (!line.Error.isEmpty()) {
+    PrintLine(QStringLiteral("%1: %2 (see --help)").arg(exeFileName, line.Error));
+    return TCommandLine::CExitUsage;
+  }
 
   if (line.Help) {
     std::fputs(qPrintable(UsageText(exeFileName)), stdout);
@@ -183,10 +189,6 @@ int main(int argc, char *argv[])
   Trace::Install(line.Verbose || qEnvironmentVariableIsSet("QT_LOGGING_RULES"));
   if (line.Encrypt)
     return EncryptFromStdin();
-  if (!line.Error.isEmpty()) {
-    PrintLine(QStringLiteral("%1: %2 (see --help)").arg(exeFileName, line.Error));
-    return CExitStepFailed;
-  }
   if (!line.Unattended() && !DisplayAvailable()) {
     PrintLine(QStringLiteral("%1: no display to open the window on (DISPLAY is not set). Run it from a desktop "
                              "session, or give an argument for the unattended run (see --help).")

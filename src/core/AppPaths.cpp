@@ -25,7 +25,13 @@ QString ExeBaseName(const QString &exeFileName)
 
 QString BaseFolder()
 {
-  const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+  QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+  // The XDG base directory rules ignore a relative path: the settings never
+  // land under whatever folder the program was started from.
+  if (QDir::isRelativePath(config)) {
+    TraceValue(lcCore(), "XDG_CONFIG_HOME is not absolute, ignored", config);
+    config = QDir::homePath() + QStringLiteral("/.config");
+  }
   return QDir::cleanPath(config + QStringLiteral("/Vellmor/vlmQuorvexITSM")) + u'/';
 }
 

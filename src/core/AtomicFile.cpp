@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <stdio.h> // renameat2
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -86,13 +87,34 @@ void SyncFolder(const QByteArray &folder)
 
 } // namespace
 
-void WriteFileAtomically(const QString &path, const QByteArray &bytes, bool ownerOnly)
+namespace {
+
+// The file a path names: a symbolic link (dotfiles kept in a repository) is
+// followed to its target, which is written, so that the link stays a link.
+QString FinalTarget(const QString &path)
 {
-  const QByteArray target = QFile::encodeName(path);
-  const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
+  QString target = path;
+  for (int links = 0; links < 40 && QFileInfo(target).isSymLink(); ++links)
+    target = QFileInfo(target).symLinkTarget();
+  if (target != path)
+    TraceValue(lcCore(), "Symbolic link, its target written", path + QStringLiteral(" -> ") + target);
+  return target;
+}
+
+enum class TPlacing { Replace, NeverReplace };
+
+// Writes `bytes` beside `path` and renames them over it; with NeverReplace
+// the rename fails instead of replacing a file (false is returned).
+bool WriteAndPlace(const QString &path, const QByteArray &bytes, bool ownerOnly, TPlacing placing)
+{
+  const QString file = FinalTarget(path);
+  const QByteArray target = QFile::encodeName(file);
+  const QByteArray folder = QFile::encodeName(QFileInfo(file).absolutePath());
 
   struct stat existing;
   const bool exists = ::stat(target.constData(), &existing) == 0;
+  if (exists && placing == TPlacing::NeverReplace)
+    return false;
   if (exists && S_ISDIR(existing.st_mode))
     Refuse(path, EISDIR);
   // The rename would replace a file that its mode protects from writing (its
@@ -117,10 +139,29 @@ void WriteFileAtomically(const QString &path, const QByteArray &bytes, bool owne
   if (!WriteAll(pending.Descriptor(), bytes) || ::fchmod(pending.Descriptor(), mode) != 0 ||
       ::fsync(pending.Descriptor()) != 0 || !pending.Close())
     Refuse(path, errno);
-  if (::rename(pendingName.constData(), target.constData()) != 0)
+  const int renamed = placing == TPlacing::Replace
+                          ? ::rename(pendingName.constData(), target.constData())
+                          : ::renameat2(AT_FDCWD, pendingName.constData(), AT_FDCWD, target.constData(),
+                                        RENAME_NOREPLACE);
+  if (renamed != 0 && placing == TPlacing::NeverReplace && errno == EEXIST)
+    return false; // another process took the name meanwhile
+  if (renamed != 0)
     Refuse(path, errno);
   pending.Keep();
   SyncFolder(folder);
+  return true;
+}
+
+} // namespace
+
+void WriteFileAtomically(const QString &path, const QByteArray &bytes, bool ownerOnly)
+{
+  WriteAndPlace(path, bytes, ownerOnly, TPlacing::Replace);
+}
+
+bool WriteNewFileAtomically(const QString &path, const QByteArray &bytes)
+{
+  return WriteAndPlace(path, bytes, /*ownerOnly*/ false, TPlacing::NeverReplace);
 }
 
 void MakePrivateFolder(const QString &folder)

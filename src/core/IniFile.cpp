@@ -43,11 +43,21 @@ struct TIniFile::TData
 
 namespace {
 
-QLocale FloatLocale()
+// A float as another locale wrote it: its digits (Arabic-Indic ones included)
+// and its decimal comma, in the ASCII form.
+QString AsciiNumber(const QString &text)
 {
-  QLocale locale;
-  locale.setNumberOptions(QLocale::OmitGroupSeparator | QLocale::RejectGroupSeparator);
-  return locale;
+  QString ascii;
+  for (const QChar c : text)
+    if (c.isDigit())
+      ascii += QChar(u'0' + c.digitValue());
+    else if (c == u',' || c == QChar(0x066B)) // the Arabic decimal separator
+      ascii += u'.';
+    else if (c == QChar(0x2212)) // a typographic minus
+      ascii += u'-';
+    else
+      ascii += c;
+  return ascii;
 }
 
 } // namespace
@@ -96,6 +106,13 @@ qint32 TIniFile::ReadInteger(const QString &section, const QString &key, qint32 
   return ok ? value : defaultValue;
 }
 
+qint64 TIniFile::ReadInt64(const QString &section, const QString &key, qint64 defaultValue) const
+{
+  bool ok = false;
+  const qint64 value = ReadString(section, key, QString()).toLongLong(&ok, 10);
+  return ok ? value : defaultValue;
+}
+
 bool TIniFile::ReadBool(const QString &section, const QString &key, bool defaultValue) const
 {
   return ReadInteger(section, key, defaultValue ? 1 : 0) != 0;
@@ -103,8 +120,15 @@ bool TIniFile::ReadBool(const QString &section, const QString &key, bool default
 
 double TIniFile::ReadFloat(const QString &section, const QString &key, double defaultValue) const
 {
+  // Written with ASCII digits and a point; a file written by an older version
+  // under a locale with a decimal comma or other digits reads all the same.
+  const QString text = ReadString(section, key, QString()).trimmed();
+  QLocale ascii = QLocale::c();
+  ascii.setNumberOptions(QLocale::RejectGroupSeparator); // "1,5" is one and a half, never 15
   bool ok = false;
-  const double value = FloatLocale().toDouble(ReadString(section, key, QString()), &ok);
+  double value = ascii.toDouble(text, &ok);
+  if (!ok)
+    value = ascii.toDouble(AsciiNumber(text), &ok);
   return ok ? value : defaultValue;
 }
 
@@ -123,7 +147,7 @@ void TIniFile::WriteString(const QString &section, const QString &key, const QSt
                       nullptr, /*a_bForceReplace*/ true);
 }
 
-void TIniFile::WriteInteger(const QString &section, const QString &key, qint32 value)
+void TIniFile::WriteInteger(const QString &section, const QString &key, qint64 value)
 {
   WriteString(section, key, QString::number(value));
 }
@@ -135,7 +159,9 @@ void TIniFile::WriteBool(const QString &section, const QString &key, bool value)
 
 void TIniFile::WriteFloat(const QString &section, const QString &key, double value)
 {
-  WriteString(section, key, FloatLocale().toString(value, 'g', 15));
+  // Whatever the locale: a file carried to another machine or read by a
+  // scheduled run under another locale keeps its numbers.
+  WriteString(section, key, QString::number(value, 'g', 15));
 }
 
 void TIniFile::EraseSection(const QString &section)

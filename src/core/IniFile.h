@@ -12,7 +12,8 @@
 // be read raises EReadError "Unable to read <path>: <reason>".
 //
 // Typed reads follow the profile rules: a value that does not convert gives the
-// default. Floats are written and read in the current locale (QLocale()).
+// default. Floats are written with ASCII digits and a point whatever the locale,
+// and read in that form or with another locale's digits and decimal comma.
 class TIniFile
 {
 public:
@@ -28,11 +29,12 @@ public:
 
   QString ReadString(const QString &section, const QString &key, const QString &defaultValue) const;
   qint32 ReadInteger(const QString &section, const QString &key, qint32 defaultValue) const;
+  qint64 ReadInt64(const QString &section, const QString &key, qint64 defaultValue) const; // ids
   bool ReadBool(const QString &section, const QString &key, bool defaultValue) const;
   double ReadFloat(const QString &section, const QString &key, double defaultValue) const;
 
   void WriteString(const QString &section, const QString &key, const QString &value);
-  void WriteInteger(const QString &section, const QString &key, qint32 value);
+  void WriteInteger(const QString &section, const QString &key, qint64 value);
   void WriteBool(const QString &section, const QString &key, bool value);
   void WriteFloat(const QString &section, const QString &key, double value);
   void EraseSection(const QString &section);

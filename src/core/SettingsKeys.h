@@ -17,7 +17,7 @@
 // name, type and default cannot differ between the code that reads it and the
 // code that writes it.
 
-// One key of a fixed name. T is bool, std::int32_t, double or QString; a secret
+// One key of a fixed name. T is bool, std::int32_t, std::int64_t (ids), double or QString; a secret
 // (QString only) is stored enciphered and read through the same deciphering,
 // whatever the caller.
 template <typename T>
@@ -111,14 +111,14 @@ inline const TListField<QString> IgnoredStatus{IgnoredStatuses, QStringLiteral("
 
 namespace Organizations {
 inline const TSettingsList List{QStringLiteral("Organizations"), QStringLiteral("Nb"), 1};
-inline const TListField<std::int32_t> Id{List, QStringLiteral("id_"), -1};
+inline const TListField<std::int64_t> Id{List, QStringLiteral("id_"), -1}; // the service's ids are 64-bit
 inline const TListField<QString> Name{List, QStringLiteral("name_"), QString()};
 inline const TListField<bool> TicketingModuleEnabled{List, QStringLiteral("ticketingModuleEnabled_"), false};
 } // namespace Organizations
 
 namespace Teams {
 inline const TSettingsList List{QStringLiteral("Teams"), QStringLiteral("Nb"), 1};
-inline const TListField<std::int32_t> Id{List, QStringLiteral("id_"), -1};
+inline const TListField<std::int64_t> Id{List, QStringLiteral("id_"), -1}; // the service's ids are 64-bit
 inline const TListField<QString> Name{List, QStringLiteral("name_"), QString()};
 } // namespace Teams
 
@@ -138,10 +138,12 @@ T Read(const TIniFile &ini, const QString &section, const QString &key, const T 
     return ini.ReadBool(section, key, defaultValue);
   else if constexpr (std::is_same_v<T, std::int32_t>)
     return ini.ReadInteger(section, key, defaultValue);
+  else if constexpr (std::is_same_v<T, std::int64_t>)
+    return ini.ReadInt64(section, key, defaultValue);
   else if constexpr (std::is_same_v<T, double>)
     return ini.ReadFloat(section, key, defaultValue);
   else {
-    static_assert(std::is_same_v<T, QString>, "a setting is bool, std::int32_t, double or QString");
+    static_assert(std::is_same_v<T, QString>, "a setting is bool, std::int32_t, std::int64_t, double or QString");
     return ini.ReadString(section, key, defaultValue);
   }
 }
@@ -151,12 +153,12 @@ void Write(TIniFile &ini, const QString &section, const QString &key, const T &v
 {
   if constexpr (std::is_same_v<T, bool>)
     ini.WriteBool(section, key, value);
-  else if constexpr (std::is_same_v<T, std::int32_t>)
+  else if constexpr (std::is_same_v<T, std::int32_t> || std::is_same_v<T, std::int64_t>)
     ini.WriteInteger(section, key, value);
   else if constexpr (std::is_same_v<T, double>)
     ini.WriteFloat(section, key, value);
   else {
-    static_assert(std::is_same_v<T, QString>, "a setting is bool, std::int32_t, double or QString");
+    static_assert(std::is_same_v<T, QString>, "a setting is bool, std::int32_t, std::int64_t, double or QString");
     ini.WriteString(section, key, value);
   }
 }

@@ -4,7 +4,8 @@
 #include <QStringList>
 
 // The text of the file at `path`: a byte-order mark selects the encoding and is not
-// part of the text; without one the file is UTF-8. Raises EReadError
+// part of the text; without one the file is UTF-8, or else Windows-1252 (a file
+// of the Windows program), with a trace line saying so. Raises EReadError
 // "Unable to read <path>: <reason>" when the file cannot be read.
 QString ReadText(const QString &path);
 
@@ -15,6 +16,6 @@ enum class TTextEncoding { Utf8, Utf16LeWithBom };
 // "Unable to write to <path>: <reason>".
 void SaveLines(const QString &path, const QStringList &lines, const QString &lineBreak, TTextEncoding encoding);
 
-// Writes `bytes` to `path`, replacing the file atomically. Raises EWriteError
-// "Unable to write to <path>: <reason>".
-void SaveBytes(const QString &path, const QByteArray &bytes);
+// The same in UTF-8 for a file that never replaces another: when `path` is
+// taken, "_2", "_3"... is put before its extension. Returns the path written.
+QString SaveLinesAsNewFile(const QString &path, const QStringList &lines, const QString &lineBreak);

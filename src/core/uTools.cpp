@@ -80,42 +80,14 @@ TColor HtmlToColor(const QString &value)
   return static_cast<TColor>(digits.toUInt(nullptr, 16));
 }
 
-namespace {
-
-// The integer at 1-based positions [from, to] of the text, or nothing when the
-// text there is not a decimal integer. Out-of-range values raise ERangeError.
-std::optional<std::uint16_t> TimestampField(const QString &text, qsizetype from, qsizetype to)
+std::optional<QDateTime> RestTimestamp2DateTime(const QString &value)
 {
-  const QStringView part = QStringView(text).mid(from - 1, to - from + 1);
-  bool ok = false;
-  const qlonglong number = part.toLongLong(&ok, 10);
-  if (!ok)
+  // Qt's ISO 8601 reading: a zone designator gives the absolute moment, its
+  // absence local time, as the service means it.
+  const QDateTime moment = QDateTime::fromString(value.trimmed(), Qt::ISODateWithMs);
+  if (!moment.isValid())
     return std::nullopt;
-  if (number < 0 || number > 65535)
-    throw ERangeError(QStringLiteral("Range check error: \"%1\" at positions %2 to %3 of the time stamp \"%4\"")
-                          .arg(part.toString()).arg(from).arg(to).arg(text));
-  return static_cast<std::uint16_t>(number);
-}
-
-} // namespace
-
-TDateTime RestTimestamp2DateTime(const QString &value)
-{
-  const int year = TimestampField(value, 1, 4).value_or(1899);
-  const int month = TimestampField(value, 6, 7).value_or(1);
-  const int day = TimestampField(value, 9, 10).value_or(1);
-  const int hour = TimestampField(value, 12, 13).value_or(0);
-  const int minute = TimestampField(value, 15, 16).value_or(0);
-  const int second = TimestampField(value, 18, 19).value_or(0);
-  const int millisecond = TimestampField(value, 21, 23).value_or(0);
-
-  double date = 0;
-  if (year >= 1 && year <= 9999 && QDate::isValid(year, month, day))
-    date = EncodeDate(year, month, day);
-  double time = 0;
-  if (hour < 24 && minute < 60 && second < 60 && millisecond < 1000)
-    time = EncodeTime(hour, minute, second, millisecond);
-  return date + time;
+  return moment.toLocalTime();
 }
 
 namespace {
@@ -139,14 +111,6 @@ QString DateAndTimeToStr(QDate day, QTime time)
 } // namespace
 
 QString DateTimeToStr(const QDateTime &moment) { return DateAndTimeToStr(moment.date(), moment.time()); }
-
-QString DateTimeToStr(TDateTime value)
-{
-  QDate date;
-  QTime time;
-  SplitDateTime(value, date, time);
-  return DateAndTimeToStr(date, time);
-}
 
 QString Timestamp(bool withMilliseconds)
 {

@@ -3,7 +3,9 @@
 #include "TColor.h"
 #include "TDateTime.h"
 
+#include <QDateTime>
 #include <QString>
+#include <optional>
 #include <cstdint>
 
 // Removes leading and trailing blanks and control characters (every character up
@@ -32,16 +34,16 @@ QString ColorToHtml1(TColor color);
 // the text does not convert.
 TColor HtmlToColor(const QString &value);
 
-// Reads a service time stamp such as 2024-03-15T08:30:00.123Z by fixed character
-// positions, without time-zone correction. Raises ERangeError for a field that
-// does not fit in 0..65535; an invalid date or time part counts as 0.
-TDateTime RestTimestamp2DateTime(const QString &value);
+// A service time stamp such as 2024-03-15T08:30:00.123Z (ISO 8601) as local
+// time: a stamp with a zone designator (Z, +hh:mm, +hhmm) is converted from that
+// zone, one without is local time already. Nothing when the text is no such
+// stamp (empty, garbage, an impossible date): that date is unknown. Ages are
+// measured between such moments in absolute time, never on the clock's face.
+std::optional<QDateTime> RestTimestamp2DateTime(const QString &value);
 
 // A date and time as the user's locale writes them: short date, a blank and long
 // time; at exactly midnight the time is left out.
 QString DateTimeToStr(const QDateTime &moment);
-// The same for a day count, read as local time without any conversion.
-QString DateTimeToStr(TDateTime value);
 
 // Local time now as "yyyymmdd_hhmmss", or "yyyymmdd_hhmmss.zzz" with milliseconds.
 QString Timestamp(bool withMilliseconds);

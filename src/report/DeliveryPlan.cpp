@@ -28,11 +28,11 @@ QStringList Distinct(const QStringList &addresses)
 // assigned to them. A person is every active operator record with that address.
 TReportInput DigestInput(const TReportInput &full, const TReportOutput &report, const QString &address)
 {
-  QSet<std::int32_t> operators;
+  QSet<TRestId> operators;
   for (const tyRestOperator &op : report.RecipientTo)
     if (op.status == CActive && op.notificationEmail.compare(address, Qt::CaseInsensitive) == 0)
       operators.insert(op.id);
-  QSet<std::int32_t> teams;
+  QSet<TRestId> teams;
   for (const tyRestTeamOperator &link : full.TeamsOperators)
     if (operators.contains(link.IdOperator))
       teams.insert(link.IdTeam);

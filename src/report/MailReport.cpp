@@ -1,12 +1,10 @@
 #include "MailReport.h"
 
-#include "core/Errors.h"
 #include "core/uTools.h"
 #include "tickets/ColourStore.h"
 #include "tickets/Selection.h"
 
 #include <cmath>
-#include <limits>
 #include <optional>
 
 namespace {
@@ -15,18 +13,18 @@ const QString CReportTitle = QStringLiteral("Quorvex ITSM tickets follow-up");
 const QString CActive = QStringLiteral("ACTIVE");
 const QString CNotChecked =
     QStringLiteral("This could not be checked: the retrieval of the tickets was incomplete.");
-constexpr double CMillisecondsPerDay = 86400000.0;
+constexpr qint64 CMillisecondsPerMinute = 60 * 1000;
+constexpr qint64 CMillisecondsPerHour = 60 * CMillisecondsPerMinute;
+constexpr qint64 CMillisecondsPerDay = 24 * CMillisecondsPerHour;
 
 // Values of the service joined by ", ", as HTML that shows them as text.
 QString EscapedList(const QStringList &serviceTexts) { return serviceTexts.join(QStringLiteral(", ")).toHtmlEscaped(); }
 
-// Whole units in a span of days, truncated toward zero, as a 32-bit number.
-std::int32_t WholeUnits(double days, double unitsPerDay)
+// Whole units from `from` to `to`, truncated toward zero. Service stamps lie
+// between the years 0 and 9999, so that even their hours fit a 32-bit number.
+std::int32_t WholeUnits(const QDateTime &from, const QDateTime &to, qint64 unit)
 {
-  const double units = std::trunc(std::round(days * CMillisecondsPerDay) / (CMillisecondsPerDay / unitsPerDay));
-  if (units > std::numeric_limits<std::int32_t>::max() || units < std::numeric_limits<std::int32_t>::min())
-    throw ERangeError(QStringLiteral("Range check error: an age of %1 days does not fit").arg(days));
-  return static_cast<std::int32_t>(units);
+  return static_cast<std::int32_t>(from.msecsTo(to) / unit);
 }
 
 // ASCII letters in lower case, as addresses are listed.
@@ -51,12 +49,12 @@ TSectionLayout SectionLayout(TReportSection section)
   return {true, TAge::Days, TAge::Days};
 }
 
-std::int32_t AgeOf(TDateTime moment, TDateTime now, TAge unit)
+std::int32_t AgeOf(const QDateTime &moment, const QDateTime &now, TAge unit)
 {
   switch (unit) {
   case TAge::None: break;
-  case TAge::Hours: return WholeUnits(std::abs(now - moment), 24);
-  case TAge::Days: return WholeUnits(now - moment, 1);
+  case TAge::Hours: return std::abs(WholeUnits(moment, now, CMillisecondsPerHour));
+  case TAge::Days: return WholeUnits(moment, now, CMillisecondsPerDay);
   }
   return 0;
 }
@@ -165,7 +163,7 @@ QString TextCell(const TCell &cell)
 
 // What `column` shows for `ticket`: the one place that reads a row's values.
 TCell TicketCell(const TSectionColumn &column, const tyRestTicket &ticket, const QString &serviceUrl,
-                 TColourStore &colours, TDateTime now)
+                 TColourStore &colours, const QDateTime &now)
 {
   switch (column.Spec->Column) {
   case TColumn::Organization: return {ticket.organization.name};
@@ -182,11 +180,14 @@ TCell TicketCell(const TSectionColumn &column, const tyRestTicket &ticket, const
   case TColumn::AssignedUser: return {ticket.assignedUser.name};
   case TColumn::CreationDate:
   case TColumn::LastUpdate: {
-    const TDateTime moment = RestTimestamp2DateTime(
+    // A stamp that cannot be read is an unknown date, without an age.
+    const std::optional<QDateTime> moment = RestTimestamp2DateTime(
         column.Spec->Column == TColumn::CreationDate ? ticket.creationDate : ticket.lastUpdate);
-    TCell cell{DateTimeToStr(moment)};
+    if (!moment)
+      return {QStringLiteral("unknown")};
+    TCell cell{DateTimeToStr(*moment)};
     if (column.Age != TAge::None)
-      cell.Age = QStringLiteral("%1 %2").arg(AgeOf(moment, now, column.Age))
+      cell.Age = QStringLiteral("%1 %2").arg(AgeOf(*moment, now, column.Age))
                      .arg(column.Age == TAge::Hours ? QStringLiteral("hours") : QStringLiteral("days"));
     return cell;
   }
@@ -279,11 +280,12 @@ void TMailReport::Mail_02_AddTitle()
   // An incomplete retrieval shows when it was attempted (the report's own time
   // when none was), never a day-zero date.
   const bool incomplete = !FIn.RetrievalWarning.isEmpty();
-  const TDateTime moment =
-      !incomplete ? FIn.ExtractionTickets : FIn.RetrievalAttempt > 0 ? FIn.RetrievalAttempt : FNow();
-  const QDateTime extraction = QDateTimeFromDateTime(moment);
+  const QDateTime extraction = !incomplete                     ? FIn.ExtractionTickets
+                               : FIn.RetrievalAttempt.isValid() ? FIn.RetrievalAttempt
+                                                                : FNow();
   const QDate date = extraction.date();
   const QTime time = extraction.time();
+  const QString zone = extraction.timeZoneAbbreviation();
   const QString timestamp = NumStr(date.day(), 2) + u'.' + NumStr(date.month(), 2) + u'.' + NumStr(date.year(), 4) +
                             QStringLiteral(" - ") + NumStr(time.hour(), 2) + u':' + NumStr(time.minute(), 2);
   const QString incompleteMark = incomplete ? QStringLiteral(" (incomplete)") : QString();
@@ -306,12 +308,12 @@ void TMailReport::Mail_02_AddTitle()
                    << QStringLiteral("    <p><b>Team(s)</b><br>")
                    << QStringLiteral("    ") + EscapedList(teams) + QStringLiteral("</p>")
                    << QStringLiteral("    <p><b>Extraction</b><br>")
-                   << QStringLiteral("    ") + timestamp + QStringLiteral("&nbsp;CET") + incompleteMark +
+                   << QStringLiteral("    ") + timestamp + QStringLiteral("&nbsp;") + zone + incompleteMark +
                           QStringLiteral("</p>");
   FText.Heading(QStringLiteral("Parameters"), 2);
   FText.Paragraph({QStringLiteral("Organization(s)"), organizations.join(QStringLiteral(", "))});
   FText.Paragraph({QStringLiteral("Team(s)"), teams.join(QStringLiteral(", "))});
-  FText.Paragraph({QStringLiteral("Extraction"), timestamp + QStringLiteral(" CET") + incompleteMark});
+  FText.Paragraph({QStringLiteral("Extraction"), timestamp + QStringLiteral(" ") + zone + incompleteMark});
 }
 
 const TReportRows &TMailReport::SectionRows(TReportSection section,
@@ -359,18 +361,20 @@ bool TMailReport::IsUnassignedLate(const tyRestTicket &ticket) const
 {
   if (!TrimBlanks(ticket.assignedUser.name).isEmpty())
     return false;
-  const double days = std::abs(RestTimestamp2DateTime(ticket.creationDate) - FIn.ExtractionTickets);
-  return WholeUnits(days, 24 * 60) > FIn.NbMinutes;
+  // A ticket whose creation is unknown is put in no section by that date.
+  const std::optional<QDateTime> creation = RestTimestamp2DateTime(ticket.creationDate);
+  return creation && std::abs(creation->msecsTo(FIn.ExtractionTickets)) / CMillisecondsPerMinute > FIn.NbMinutes;
 }
 
 bool TMailReport::IsWithoutUpdate(const tyRestTicket &ticket) const
 {
-  return RestTimestamp2DateTime(ticket.lastUpdate) < FCurrentTime - FIn.NbDays &&
+  const std::optional<QDateTime> update = RestTimestamp2DateTime(ticket.lastUpdate);
+  return update && update->msecsTo(FCurrentTime) > FIn.NbDays * CMillisecondsPerDay &&
          !FIn.StatusToIgnore.contains(ticket.status._reference, Qt::CaseInsensitive) &&
          TeamInSelectedTeams(FIn.SelectedTeams, ticket.assignedTeam.id);
 }
 
-void TMailReport::TakeTeam(std::int32_t teamId)
+void TMailReport::TakeTeam(TRestId teamId)
 {
   const QString teamKey = QStringLiteral("TEAM-%1").arg(teamId);
   if (FOut.SlRecipientTo.contains(teamKey))
@@ -381,7 +385,7 @@ void TMailReport::TakeTeam(std::int32_t teamId)
       TakeUser(link.IdOperator);
 }
 
-void TMailReport::TakeUser(std::int32_t userId)
+void TMailReport::TakeUser(TRestId userId)
 {
   const QString userKey = QStringLiteral("USR-%1").arg(userId);
   if (FOut.SlRecipientTo.contains(userKey))
@@ -440,7 +444,7 @@ void TMailReport::Mail_05_Gt10Exchanges()
 void TMailReport::CompleteRecipients()
 {
   // Whole operator records for the primary recipients (the last match wins).
-  QHash<std::int32_t, const tyRestOperator *> byId;
+  QHash<TRestId, const tyRestOperator *> byId;
   for (const tyRestOperator &op : FIn.Operators)
     byId.insert(op.id, &op);
   for (tyRestOperator &recipient : FOut.RecipientTo)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/TDateTime.h"
+#include <QDateTime>
 #include "report/HtmlTexts.h"
 #include "report/ReportText.h"
 #include "rest/uTypes.h"
@@ -30,17 +30,17 @@ struct TSectionLayout
 TSectionLayout SectionLayout(TReportSection section);
 
 // The age a date cell shows: whole hours (from the distance between the two
-// moments) or whole days (`now` minus `moment`), truncated. Raises ERangeError
-// when it does not fit a 32-bit number.
-std::int32_t AgeOf(TDateTime moment, TDateTime now, TAge unit);
+// moments) or whole days (`now` minus `moment`), truncated, in absolute time: a
+// change of the clocks (DST) does not change an age.
+std::int32_t AgeOf(const QDateTime &moment, const QDateTime &now, TAge unit);
 
 // What the report is made from: the retrieved tickets and the choices of the
 // user. Lists are Qt's shared lists, so filling this copies no ticket.
 struct TReportInput
 {
   tyRestTickets Tickets;
-  TDateTime ExtractionTickets = 0; // moment of the retrieval that gave the tickets
-  TDateTime RetrievalAttempt = 0;  // moment of the last attempt, shown when it was incomplete
+  QDateTime ExtractionTickets; // moment of the retrieval that gave the tickets
+  QDateTime RetrievalAttempt;  // moment of the last attempt, shown when it was incomplete
   std::int32_t NbMinutes = 0;
   std::int32_t NbDays = 0;
   QStringList StatusToIgnore;
@@ -117,7 +117,7 @@ struct TReportOutput
   std::int32_t NbWithoutUpdate = 0;
   std::int32_t NbGt10Exch = 0;
   std::array<TReportRows, CReportSectionCount> Rows; // the rows of each section
-  TDateTime CurrentTime = 0; // the clock reading every age counts from
+  QDateTime CurrentTime; // the clock reading every age counts from
 };
 
 // Builds the HTML report line by line, and its plain text beside it. Every value
@@ -127,9 +127,9 @@ struct TReportOutput
 class TMailReport
 {
 public:
-  using TClock = std::function<TDateTime()>;
+  using TClock = std::function<QDateTime()>;
 
-  TMailReport(const TReportInput &input, TColourStore &colours, TClock now = NowDateTime);
+  TMailReport(const TReportInput &input, TColourStore &colours, TClock now = QDateTime::currentDateTime);
 
   // The whole report: header, title, the three sections, recipients, footer.
   TReportOutput Generate();
@@ -156,13 +156,13 @@ private:
   void AddTable(TReportSection section);
   // The section's "everything is OK" block, unless the retrieval was incomplete.
   void AddAllClear(const QStringList &lines);
-  void TakeTeam(std::int32_t teamId);
-  void TakeUser(std::int32_t userId);
+  void TakeTeam(TRestId teamId);
+  void TakeUser(TRestId userId);
 
   const TReportInput &FIn;
   TColourStore &FColours;
   TClock FNow;
-  TDateTime FCurrentTime = 0; // the clock as read when the report began
+  QDateTime FCurrentTime; // the clock as read when the report began
   TReportOutput FOut;
   TReportText FText;
 };

@@ -46,13 +46,19 @@ public:
     worksheet_write_string(FSheet, FRow, FColumn++, text.toUtf8().constData(), format);
   }
   void Number(double value) { worksheet_write_number(FSheet, FRow, FColumn++, value, nullptr); }
-  void Date(TDateTime moment)
+  // A date on the local clock's face, as the reader's spreadsheet shows it;
+  // an unknown date leaves its cell empty.
+  void Date(const std::optional<QDateTime> &moment)
   {
-    if (moment >= CFirstSpreadsheetDay)
-      worksheet_write_number(FSheet, FRow, FColumn++, moment, FDateFormat);
+    const TDateTime days = moment ? DateTimeFromQDateTime(*moment) : 0;
+    if (!moment)
+      Skip();
+    else if (days >= CFirstSpreadsheetDay)
+      worksheet_write_number(FSheet, FRow, FColumn++, days, FDateFormat);
     else
-      Text(DateTimeToStr(moment));
+      Text(DateTimeToStr(*moment));
   }
+  void Skip() { ++FColumn; }
   lxw_row_t Row() const { return FRow; }
   lxw_col_t Column() const { return FColumn; }
 
@@ -95,10 +101,12 @@ void WriteSection(lxw_workbook *workbook, TReportSection section, const TReportO
     if (withAssignedUser)
       writer.Text(ticket.assignedUser.name);
     for (const auto &[timestamp, age] : {std::pair{ticket.creationDate, creationAge}, {ticket.lastUpdate, updateAge}}) {
-      const TDateTime moment = RestTimestamp2DateTime(timestamp);
+      const std::optional<QDateTime> moment = RestTimestamp2DateTime(timestamp);
       writer.Date(moment);
-      if (age != TAge::None)
-        writer.Number(AgeOf(moment, report.CurrentTime, age));
+      if (age != TAge::None && moment)
+        writer.Number(AgeOf(*moment, report.CurrentTime, age));
+      else if (age != TAge::None)
+        writer.Skip();
     }
     writer.Text(colours.GetPriorityText(ticket.priority.reference));
     writer.Text(ticket.status._reference);

@@ -2,6 +2,7 @@
 
 #include <QJsonArray>
 #include <QJsonValue>
+#include <QVariant>
 #include <cmath>
 #include <limits>
 
@@ -25,6 +26,23 @@ bool ReadInteger(const QJsonValue &member, std::int32_t &value)
   return true;
 }
 
+bool ReadInteger(const QJsonValue &member, std::int64_t &value)
+{
+  if (!member.isDouble())
+    return false;
+  // Qt keeps a whole number of the text as a 64-bit integer, exactly.
+  const QVariant number = member.toVariant();
+  if (number.typeId() == QMetaType::LongLong) {
+    value = number.toLongLong();
+    return true;
+  }
+  const double whole = number.toDouble();
+  if (whole != std::trunc(whole) || std::abs(whole) >= 9.0e18)
+    return false;
+  value = static_cast<std::int64_t>(whole);
+  return true;
+}
+
 bool ReadString(const QJsonValue &member, QString &value)
 {
   if (!member.isString())
@@ -43,6 +61,11 @@ bool ReadInteger(const QJsonObject &object, const QString &key, std::int32_t &va
   return ReadInteger(object.value(key), value);
 }
 
+bool ReadInteger(const QJsonObject &object, const QString &key, std::int64_t &value)
+{
+  return ReadInteger(object.value(key), value);
+}
+
 bool ReadString(const QJsonObject &object, const QString &key, QString &value)
 {
   return ReadString(object.value(key), value);
@@ -55,6 +78,12 @@ void ParseBoolean(const QJsonObject &object, const QString &key, bool &value)
 }
 
 void ParseInteger(const QJsonObject &object, const QString &key, std::int32_t &value)
+{
+  value = -1;
+  ReadInteger(object, key, value);
+}
+
+void ParseInteger(const QJsonObject &object, const QString &key, std::int64_t &value)
 {
   value = -1;
   ReadInteger(object, key, value);

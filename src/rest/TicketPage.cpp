@@ -63,9 +63,27 @@ std::optional<std::int32_t> Integer(element value)
   return static_cast<std::int32_t>(number);
 }
 
+// An id: 64 bits, as the service may count beyond 2^31.
+std::optional<std::int64_t> Id(element value)
+{
+  std::int64_t id = 0;
+  if (value.is_int64() && value.get_int64().get(id) == simdjson::SUCCESS)
+    return id;
+  double number = 0;
+  if (!value.is_number() || value.is_uint64() || value.get_double().get(number) != simdjson::SUCCESS ||
+      number != std::trunc(number) || std::abs(number) >= 9.0e18)
+    return std::nullopt;
+  return static_cast<std::int64_t>(number);
+}
+
 void Read(element value, std::int32_t &field)
 {
   field = Integer(value).value_or(0);
+}
+
+void Read(element value, std::int64_t &field)
+{
+  field = Id(value).value_or(0);
 }
 
 void Read(element value, bool &field)
@@ -307,7 +325,7 @@ bool ReadTicket(element item, tyRestTicket &ticket)
     if (const auto reader = readers.find(key); reader != readers.end())
       reader->second(member, ticket);
     if (key == "id")
-      hasId = Integer(member).has_value();
+      hasId = Id(member).has_value();
   });
   return isObject && hasId;
 }

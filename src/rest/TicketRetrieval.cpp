@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QEventLoop>
+#include <QSet>
 #include <QThreadPool>
 #include <QTimer>
 #include <algorithm>
@@ -50,6 +51,8 @@ struct TTicketRetrieval::TQueryState
   std::int32_t Started = 0;  // pages asked for so far
   std::int32_t Wanted = 1;   // pages thought to exist
   bool FirstAnswered = false; // the pages after the first may start
+  bool Refused = false;       // an answer's status said the query failed: no page starts after it
+  QSet<qint64> Ids;           // of the tickets kept: a ticket that comes again is kept once
   std::map<std::int32_t, std::shared_ptr<TPageOutcome>> Ready; // read, not yet judged
   std::int32_t Next = 0;     // the page to judge next
   std::int32_t TotalPages = -1;
@@ -97,7 +100,8 @@ void TTicketRetrieval::Pump()
 {
   while (FInFlight < FParallel) {
     const auto next = std::find_if(FQueries.begin(), FQueries.end(), [](const TQueryState &query) {
-      return !query.Ended && query.Started < query.Wanted && (query.Started == 0 || query.FirstAnswered);
+      return !query.Ended && !query.Refused && query.Started < query.Wanted &&
+             (query.Started == 0 || query.FirstAnswered);
     });
     if (next == FQueries.end())
       break;
@@ -141,6 +145,8 @@ void TTicketRetrieval::Answered(qsizetype index, std::int32_t page, bool repeate
     outcome->BodyStart = AnswerStart(reply.Answer->Body);
     if (page == 0)
       query.Wanted = std::max(1, FHeadParser.AnnouncedPages(reply.Answer->Body).value_or(1));
+    // Judged later, but already known to fail the query: nothing more is asked.
+    query.Refused = query.Refused || reply.Answer->Status / 100 != 2;
   }
   if (page == 0)
     query.FirstAnswered = true;
@@ -197,6 +203,10 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
       return End(query, false);
     default: break;
     }
+    if (outcome.Status / 100 != 2) {
+      Fail(query, QStringLiteral("HTTP %1 %2").arg(outcome.Status).arg(outcome.StatusText), outcome);
+      return End(query, false);
+    }
     query.TotalPages = answer.TotalPages.value_or(query.TotalPages);
     query.TotalElements = answer.TotalElements.value_or(query.TotalElements);
     if (answer.Shape == TTicketPage::TShape::NoContent) {
@@ -217,8 +227,23 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
     tyRestTickets &tickets = query.Result.Tickets;
     if (page == 0 && query.TotalElements > 0)
       tickets.reserve(std::min<qsizetype>(query.TotalElements, CMaxReserved));
-    tickets.append(std::move(outcome.Page.Tickets));
+    // Offset paging while tickets are reassigned can bring a ticket on two
+    // pages: it is kept once, where it came first.
+    qsizetype repeated = 0;
+    for (tyRestTicket &ticket : outcome.Page.Tickets) {
+      if (query.Ids.contains(ticket.id)) {
+        ++repeated;
+        continue;
+      }
+      query.Ids.insert(ticket.id);
+      tickets.append(std::move(ticket));
+    }
     outcome.Page.Tickets = tyRestTickets(); // mapped and moved: nothing of the page stays
+    if (repeated > 0)
+      query.Trace.append({CPlainLine, QStringLiteral("%1 tickets of page %2 came on an earlier page already and are "
+                                                     "kept once")
+                                          .arg(repeated)
+                                          .arg(page)});
     if (answer.BadItems > 0)
       Fail(query,
            QStringLiteral("%1 items of page %2 are not tickets (not an object, or no integer \"id\")")

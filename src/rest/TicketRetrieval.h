@@ -16,7 +16,7 @@ class QThreadPool;
 // One open-ticket query: an organization and a search text (empty for none).
 struct TTicketQuery
 {
-  std::int32_t OrganizationId = 0;
+  TRestId OrganizationId = 0;
   QString Search;
 };
 
@@ -32,7 +32,8 @@ struct TTicketQueryResult
 // Runs open-ticket queries page by page with up to `parallel` requests in
 // flight. Requests start in the order of the queries, and within a query in page
 // order; a query's pages after the first start once the first told how many
-// there are. Pages are parsed on a worker thread while the next requests
+// there are; none starts after an answer whose HTTP status already failed the
+// query. Within a query a ticket that comes again is kept once. Pages are parsed on a worker thread while the next requests
 // travel, and each query's pages are judged in page order exactly as one page
 // after the other would be, so the results, failures and trace lines do not
 // depend on `parallel`. An answer 429 or 503 makes the rest of the run go one

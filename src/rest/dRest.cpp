@@ -176,8 +176,13 @@ bool TdmRest::RenewRefusedToken()
     return false;
   // The token request starts a call of its own; the query under way keeps its state.
   const std::optional<TRestFailure> failure = FCallFailure;
+  FRenewing = true;
   const bool renewed = FTokenRefused();
+  FRenewing = false;
   FCallFailure = failure;
+  // The requests refused meanwhile waited for this renewal.
+  for (auto &waiting : std::exchange(FAfterRenewal, {}))
+    waiting();
   return renewed;
 }
 
@@ -190,7 +195,7 @@ QByteArray TdmRest::Execute(const QString &url, const QByteArray &method, const 
                             TRestTransport::TPending &sent, const QString &sentWith)
 {
   TRestTransport::TAnswer answer = FTransport.Wait(sent);
-  if (answer.Status == 401 && (sentWith != FToken || RenewRefusedToken()))
+  if (answer.Status == 401 && ((!FToken.isEmpty() && sentWith != FToken) || (sentWith == FToken && RenewRefusedToken())))
     answer = FTransport.Send(ApiRequest(url, method, jsonBody));
   FLastUrl = url;
   FLastStatus = answer.Status;

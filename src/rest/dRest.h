@@ -71,7 +71,7 @@ public:
 
   // Every open ticket of the organization, 500 a page; `search` restricts them
   // to the service's matches of that text when not empty.
-  TRestResult<tyRestTickets> GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
+  TRestResult<tyRestTickets> GET_TicketsListOpen(const tyQuorvexITSM &settings, TRestId organizationId,
                                                  const QString &search);
   // The same for several queries, settings.ParallelRequests requests at a time
   // (see TTicketRetrieval); `done` gets each query's result in the order of the
@@ -140,6 +140,10 @@ private:
     std::shared_ptr<TRestTransport::TPending> Sent;
   } FOperatorsAhead;
   TTokenRefused FTokenRefused;
+  // A renewal is under way (the token request waits in an event loop): the
+  // requests refused meanwhile wait for it instead of asking their own.
+  bool FRenewing = false;
+  QList<std::function<void()>> FAfterRenewal;
   // The first failure of the call under way.
   std::optional<TRestFailure> FCallFailure;
   // Address, HTTP status and beginning of the last answer, which a failure

@@ -50,12 +50,12 @@ bool RequiredBoolean(const QJsonObject &item, const QString &key, qsizetype inde
   return value.toBool();
 }
 
-// "id" of an organization: -1 when absent, an error when not a 32-bit integer.
-std::int32_t StrictId(const QJsonObject &item, qsizetype index, const QString &url)
+// "id" of an organization: -1 when absent, an error when not a whole number (64 bits).
+TRestId StrictId(const QJsonObject &item, qsizetype index, const QString &url)
 {
   if (!item.contains(QStringLiteral("id")))
     return -1;
-  std::int32_t id = 0;
+  TRestId id = 0;
   if (!ReadInteger(item, QStringLiteral("id"), id))
     throw ERestFormatError(QStringLiteral("Member \"id\" of item %1 of %2 is not an integer").arg(index).arg(url));
   return id;
@@ -198,7 +198,7 @@ TRestResult<tyRestTeams> TdmRest::GET_Teams(const tyQuorvexITSM &settings, bool 
         Fail(CObjectExpected);
         continue;
       }
-      std::int32_t detailId = 0;
+      TRestId detailId = 0;
       ParseInteger(document.object(), QStringLiteral("id"), detailId);
       TraceValue(lcRest(), "id", detailId);
       team.organizations = ReadSubNames(document.object(), QStringLiteral("organizations"));

@@ -10,9 +10,9 @@
 namespace {
 
 // The paging request travels in the body of the GET, as the service expects.
-QByteArray PageRequest(std::int32_t organizationId, std::int32_t page, const QString &search)
+QByteArray PageRequest(TRestId organizationId, std::int32_t page, const QString &search)
 {
-  QJsonObject body{{QStringLiteral("organizationId"), organizationId},
+  QJsonObject body{{QStringLiteral("organizationId"), static_cast<qint64>(organizationId)},
                    {QStringLiteral("page"), page},
                    {QStringLiteral("pageSize"), CTicketPageSize}};
   if (!search.isEmpty())
@@ -36,21 +36,33 @@ void TdmRest::GET_TicketsListsOpen(const tyQuorvexITSM &settings, const QList<TT
         const QString sentWith = FToken;
         FTransport.Start(ApiRequest(url, "GET", &body),
                          [this, url, body, sentWith, answered = std::move(answered)](TRestTransport::TReply reply) {
-                           // A refused token is renewed once (or already was, by another page) and
-                           // the page asked again with the new one.
-                           if (reply.Answer && reply.Answer->Status == 401 &&
-                               ((!FToken.isEmpty() && FToken != sentWith) || RenewRefusedToken())) {
-                             FTransport.Start(ApiRequest(url, "GET", &body), answered);
+                           if (!reply.Answer || reply.Answer->Status != 401) {
+                             answered(std::move(reply));
                              return;
                            }
-                           answered(std::move(reply));
+                           // A refused token is renewed once, by the first page that met the
+                           // refusal; the others wait for that renewal. Each is then asked once
+                           // more with the new token, or answered with its 401 when none came.
+                           auto again = [this, url, body, answered, reply]() mutable {
+                             if (FToken.isEmpty())
+                               answered(std::move(reply));
+                             else
+                               FTransport.Start(ApiRequest(url, "GET", &body), answered);
+                           };
+                           if (FRenewing) {
+                             FAfterRenewal.append(std::move(again));
+                             return;
+                           }
+                           if (FToken == sentWith)
+                             RenewRefusedToken();
+                           again();
                          });
       },
       done);
   retrieval.Run();
 }
 
-TRestResult<tyRestTickets> TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, std::int32_t organizationId,
+TRestResult<tyRestTickets> TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, TRestId organizationId,
                                                         const QString &search)
 {
   TTicketQueryResult result;

@@ -17,6 +17,9 @@
 #include <QString>
 #include <cstdint>
 
+// Ids of the service's objects: 64-bit, as the service may count beyond 2^31.
+using TRestId = std::int64_t;
+
 // A part of a record that the lists of the service mostly leave empty (a
 // ticket's change or problem details): held apart, so that an empty part costs
 // one pointer instead of its whole size, and shared between copies until one of
@@ -50,33 +53,33 @@ private:
 
 struct tyRestSubName
 {
-  std::int32_t id = 0;
+  TRestId id = 0;
   QString name;
 };
 
 struct tyRestSubDescription
 {
-  std::int32_t id = 0;
+  TRestId id = 0;
   QString description;
 };
 
 struct tyRestSubReference
 {
-  std::int32_t id = 0;
+  TRestId id = 0;
   QString reference;
 };
 
 struct tyRestStatus
 {
   QString category;
-  std::int32_t id = 0;
+  TRestId id = 0;
   QString _reference;
 };
 
 struct tyRestValidationLevel
 {
   QString description;
-  std::int32_t id = 0;
+  TRestId id = 0;
   std::int32_t level = 0;
 };
 
@@ -126,13 +129,13 @@ struct tyRestTask
   QString deadlineDate;
   QString description;
   std::int32_t estimatedLoad = 0;
-  std::int32_t id = 0;
+  TRestId id = 0;
   std::int32_t load = 0;
   QString notes;
   tyRestSubName organization;
   QString status;
   tyRestSubName team;
-  std::int32_t ticketId = 0;
+  TRestId ticketId = 0;
   QString ticketTitle;
   QString ticketType;
   QString _type;
@@ -146,7 +149,7 @@ struct tyRestAttachment
   QString dataUrl;
   QString description;
   QString extension;
-  std::int32_t id = 0;
+  TRestId id = 0;
   QString lastUpdateTimestamp;
   QString lastUpdateUser;
   QString privacy;
@@ -188,7 +191,7 @@ struct tyRestTicket
   QString endDate;
   std::int32_t estimatedEffort = 0;
   bool flagApi = false;
-  std::int32_t id = 0; // the ticket number shown to users
+  TRestId id = 0; // the ticket number shown to users
   TRestPart<tyRestIncident> incident;
   QString lastUpdate;
   tyRestSubDescription ola;
@@ -232,7 +235,7 @@ Q_DECLARE_TYPEINFO(tyRestTicket, Q_RELOCATABLE_TYPE);
 // One repository object: a ticket status or a ticket priority.
 struct tyRestObject
 {
-  std::int32_t id = 0;
+  TRestId id = 0;
   QString module;
   tyRestSubName organization;
   QString _reference; // the code by which tickets refer to it
@@ -244,7 +247,7 @@ struct tyRestObject
 
 struct tyRestOrganization
 {
-  std::int32_t id = 0;
+  TRestId id = 0;
   QString name;
   bool monitoringAndInfrastructureModuleEnabled = false;
   bool passwordModuleEnabled = false;
@@ -253,7 +256,7 @@ struct tyRestOrganization
 
 struct tyRestTeam
 {
-  std::int32_t id = 0;
+  TRestId id = 0;
   QList<tyRestSubName> members;
   QString name;
   QList<tyRestSubName> organizations; // from the team's detail object, on request
@@ -273,7 +276,7 @@ struct tyRestOperator
   QString externalReference;
   QString firstName;
   std::int32_t hourFormat = 0;
-  std::int32_t id = 0;
+  TRestId id = 0;
   QString language;
   QString lastConnectionTimestamp;
   QString lastName;
@@ -299,15 +302,15 @@ Q_DECLARE_TYPEINFO(tyRestOperator, Q_RELOCATABLE_TYPE);
 // A selected (organization, team) pair.
 struct tyRestOrganizationTeam
 {
-  std::int32_t IdOrganization = 0;
-  std::int32_t IdTeam = 0;
+  TRestId IdOrganization = 0;
+  TRestId IdTeam = 0;
 };
 
 // An operator's membership of a team.
 struct tyRestTeamOperator
 {
-  std::int32_t IdTeam = 0;
-  std::int32_t IdOperator = 0;
+  TRestId IdTeam = 0;
+  TRestId IdOperator = 0;
 };
 
 using tyRestTickets = QList<tyRestTicket>;

@@ -11,6 +11,9 @@ struct TStepFailure
   QString What;
   QString Reason;
   QString Details;
+  // Not a failure of the step but a fact it could not establish (a ticket's
+  // date that cannot be read): logged as a WARNING; the step is still incomplete.
+  bool Warning = false;
 
   // "What: reason", for the status bar, message boxes and the report.
   QString Text() const { return What + QStringLiteral(": ") + Reason; }

@@ -135,8 +135,8 @@ public:
   tyRestTeamsOperators FTeamsOperators;
   tyRestOrganizations FSelectedOrganizations;
   tyRestTeams FSelectedTeams;
-  TDateTime FExtractionTickets = 0; // moment of the retrieval that gave FTickets
-  TDateTime FRetrievalAttempt = 0;  // start of the last "Get tickets", whatever its outcome
+  QDateTime FExtractionTickets; // moment of the retrieval that gave FTickets
+  QDateTime FRetrievalAttempt;  // start of the last "Get tickets", whatever its outcome
   tyRestTickets FTickets;
   QStringList FHtmlContent;
   QStringList FSlRecipientTo;
@@ -207,7 +207,7 @@ private:
   TStepFailures FRetrievalFailures;
   bool FTokenRenewed = false; // a token was requested after a refusal in this step (or run)
   TReportInput FReportInput; // what the last generated report was made from
-  TDateTime FReportTime = 0; // and the clock reading its ages count from
+  QDateTime FReportTime; // and the clock reading its ages count from
   TReportOutput FReport;     // and the report itself
   QString FRecipientsUnknown; // why the last report's recipients could not be computed
   QDeadlineTimer FDeadline{QDeadlineTimer::Forever};

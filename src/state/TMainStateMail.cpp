@@ -52,7 +52,7 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
     input.RetrievalWarning = QStringLiteral("the retrieval of the tickets was incomplete, this report may miss "
                                             "tickets (") +
                              failures.join(QStringLiteral("; ")) + u')';
-  } else if (FRetrievalAttempt == 0) {
+  } else if (!FRetrievalAttempt.isValid()) {
     input.RetrievalWarning = QStringLiteral("the tickets have not been retrieved (\"Get tickets\")");
   }
   if (!FRecipientsUnknown.isEmpty())
@@ -61,7 +61,7 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
 
   // Only a report that goes to the default receivers lists the computed ones.
   input.ListRecipients = FDelivery.Mode == TDeliveryMode::Report;
-  const TDateTime now = NowDateTime();
+  const QDateTime now = QDateTime::currentDateTime();
   TReportOutput report = TMailReport(input, Colours(), [now] { return now; }).Generate();
   FReportInput = input;
   FReportTime = now;
@@ -91,7 +91,7 @@ QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConf
   constexpr qsizetype CMinimumReportLines = 5; // fewer: no report generated yet
   if (FHtmlContent.size() < CMinimumReportLines)
     return {};
-  const TDateTime now = FReportTime;
+  const QDateTime now = FReportTime;
   // Within an unattended run nothing changes between the two steps: the report
   // generated is the one delivered. A person may have changed colours since.
   const TMailReport::TClock clock = [now] { return now; };

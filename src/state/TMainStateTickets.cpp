@@ -22,6 +22,24 @@
 namespace {
 // Keeps windows painted between two service calls of a long step.
 void ProcessMessages() { QCoreApplication::processEvents(); }
+
+// The dates the report sorts tickets by that cannot be read: such a ticket
+// stays listed but goes in no section by that date, and the retrieval is
+// incomplete, as nobody could check it.
+TStepFailures UnreadableDates(const tyRestTickets &tickets)
+{
+  TStepFailures warnings;
+  for (const tyRestTicket &ticket : tickets)
+    for (const auto &[field, stamp] : {std::pair{"creationDate", &ticket.creationDate}, {"lastUpdate", &ticket.lastUpdate}})
+      if (!RestTimestamp2DateTime(*stamp))
+        warnings.append(TStepFailure{
+            QStringLiteral("%1 / ticket %2").arg(ticket.organization.name).arg(ticket.id),
+            QStringLiteral("its %1 \"%2\" is not a date the program can read; the ticket is listed, but in no "
+                           "section that depends on that date; tell the service's administrator")
+                .arg(QLatin1String(field), *stamp),
+            QString(), /*Warning*/ true});
+  return warnings;
+}
 } // namespace
 
 void TMainState::BeginServiceStep()
@@ -54,8 +72,11 @@ bool TMainState::EnsureToken()
 bool TMainState::RenewRefusedToken()
 {
   FICI.API.Token.clear();
-  const bool renewed = !FTokenRenewed && RequestToken();
+  // Marked first: a request refused while the token request travels finds the
+  // renewal already made.
+  const bool first = !FTokenRenewed;
   FTokenRenewed = true;
+  const bool renewed = first && RequestToken();
   SaveConfigITSM(); // the refused token must not be reused at the next start
   return renewed;
 }
@@ -71,7 +92,7 @@ QString TMainState::RetrievalStatusText() const
     failures += QStringLiteral(" (and %1 more failure(s))").arg(FRetrievalFailures.size() - 1);
   if (FExtractionTickets >= FRetrievalAttempt)
     return QStringLiteral("Retrieval incomplete, %1 open ticket(s) shown. %2").arg(count).arg(failures);
-  const QString since = FExtractionTickets > 0
+  const QString since = FExtractionTickets.isValid()
                             ? QStringLiteral("the grid still shows the %1 ticket(s) retrieved on %2")
                                   .arg(count)
                                   .arg(DateTimeToStr(FExtractionTickets))
@@ -83,7 +104,7 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGetTicketsClick");
   BeginServiceStep();
-  FRetrievalAttempt = NowDateTime();
+  FRetrievalAttempt = QDateTime::currentDateTime();
   const auto keepFailures = qScopeGuard([this] { FRetrievalFailures = FStepFailures; });
   if (!ServiceReady())
     return;
@@ -116,7 +137,7 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   progress.LoadingSetAnimation(2);
   progress.LoadingSetProgressBar(maximum, 0);
 
-  const TDateTime extraction = NowDateTime();
+  const QDateTime extraction = QDateTime::currentDateTime();
   FslLog.append(QString());
   tyRestTickets retrieved;
   int queries = 0;
@@ -185,6 +206,7 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   // Nothing came at all: the list and the grid of the last good retrieval stay.
   if (failedQueries == queries)
     return;
+  FStepFailures.append(UnreadableDates(retrieved));
   FExtractionTickets = extraction;
   FTickets = std::move(retrieved);
   FTicketsGrid.SetTickets(FTickets);

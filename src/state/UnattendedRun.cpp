@@ -19,18 +19,26 @@ void Fail(TMainState &state, const QString &message)
   TraceFailure(lcApp(), message);
 }
 
-// One error line for each thing the last step could not do.
+// One error line for each thing the last step could not do, a warning line for
+// each fact it could not establish.
 void LogFailures(TMainState &state, const TStepFailures &failures)
 {
-  for (const TStepFailure &failure : failures)
-    Fail(state, failure.LogText());
+  for (const TStepFailure &failure : failures) {
+    if (!failure.Warning) {
+      Fail(state, failure.LogText());
+      continue;
+    }
+    state.FslLog.append(LogLine(QStringLiteral(" - WARNING ") + failure.LogText()));
+    qCDebug(lcApp()).noquote() << QStringLiteral("WARNING ") + failure.LogText();
+  }
 }
 
 // Saves the run log; a log that cannot be written fails the run.
 TExitStatus SaveLog(TMainState &state, TExitStatus status)
 {
   try {
-    SaveLines(state.FLogFile, state.FslLog, QStringLiteral("\n"), TTextEncoding::Utf8);
+    // Two runs started in the same second keep a log each.
+    state.FLogFile = SaveLinesAsNewFile(state.FLogFile, state.FslLog, QStringLiteral("\n"));
   } catch (const EQuorvexError &error) {
     std::fprintf(stderr, "%s\n", qPrintable(error.Message()));
     return CExitStepFailed;

@@ -64,8 +64,8 @@ void ExportGridToXlsx(const QAbstractItemModel &grid, const QString &path)
         lxw_datetime date = ToWorkbookDate(value.toDateTime());
         worksheet_write_datetime(sheet, sheetRow, sheetColumn, &date, dateFormat);
         widen(column, 18);
-      } else if (value.typeId() == QMetaType::Int) {
-        worksheet_write_number(sheet, sheetRow, sheetColumn, value.toInt(), nullptr);
+      } else if (value.typeId() == QMetaType::Int || value.typeId() == QMetaType::LongLong) {
+        worksheet_write_number(sheet, sheetRow, sheetColumn, value.toDouble(), nullptr);
         widen(column, shown.size());
       } else {
         worksheet_write_string(sheet, sheetRow, sheetColumn, shown.toUtf8().constData(), nullptr);

@@ -20,7 +20,7 @@ tyRestTeamsOperators UpdateListTeamsOperators(const tyRestOperators &operators)
   return links;
 }
 
-void GetTeamName(const tyRestTeams &teams, std::int32_t id, QString &name)
+void GetTeamName(const tyRestTeams &teams, TRestId id, QString &name)
 {
   for (const tyRestTeam &team : teams)
     if (team.id == id)
@@ -45,7 +45,7 @@ tyRestTeams GetTeamsFromOrganization(const tyRestOrganizations &organizations,
   return result;
 }
 
-bool TeamInSelectedTeams(const tyRestTeams &selectedTeams, std::int32_t id)
+bool TeamInSelectedTeams(const tyRestTeams &selectedTeams, TRestId id)
 {
   return std::any_of(selectedTeams.cbegin(), selectedTeams.cend(),
                      [id](const tyRestTeam &team) { return team.id == id; });

@@ -13,7 +13,7 @@ tyRestTeamsOperators UpdateListTeamsOperators(const tyRestOperators &operators);
 
 // Name of the team with that id (the last one when several share it). When none
 // has it, `name` is left as it was.
-void GetTeamName(const tyRestTeams &teams, std::int32_t id, QString &name);
+void GetTeamName(const tyRestTeams &teams, TRestId id, QString &name);
 
 // The teams of the given organizations, in organization then link order, each
 // once, with only id and name filled. A team id missing from `teams` takes the
@@ -21,4 +21,4 @@ void GetTeamName(const tyRestTeams &teams, std::int32_t id, QString &name);
 tyRestTeams GetTeamsFromOrganization(const tyRestOrganizations &organizations,
                                      const tyRestOrganizationsTeams &links, const tyRestTeams &teams);
 
-bool TeamInSelectedTeams(const tyRestTeams &selectedTeams, std::int32_t id);
+bool TeamInSelectedTeams(const tyRestTeams &selectedTeams, TRestId id);

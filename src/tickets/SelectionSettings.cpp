@@ -11,7 +11,7 @@ constexpr qsizetype CKeysNamed = 3;
 // One message for the entries of `section` whose id cannot be queried, naming
 // their keys (the first few, then how many more).
 template <typename T>
-QString InvalidIds(const QString &iniPath, const TListField<std::int32_t> &idField, const QList<T> &entries,
+QString InvalidIds(const QString &iniPath, const TListField<std::int64_t> &idField, const QList<T> &entries,
                    const QString &what)
 {
   QStringList keys;

@@ -5,7 +5,7 @@
 tyRestTickets MergeTenExchanges(tyRestTickets tickets, const tyRestTickets &foundEnglish,
                                 const tyRestTickets &foundFrench)
 {
-  QSet<std::int32_t> flagged;
+  QSet<TRestId> flagged;
   for (const tyRestTicket &ticket : foundEnglish)
     flagged.insert(ticket.id);
   for (const tyRestTicket &ticket : foundFrench)

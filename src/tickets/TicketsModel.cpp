@@ -8,6 +8,8 @@ const QStringList CHeaders{QStringLiteral("Type"),         QStringLiteral("Id"),
                            QStringLiteral("Title"),        QStringLiteral("CreationDate"),
                            QStringLiteral("Status"),       QStringLiteral("Assigned Team"),
                            QStringLiteral("Assigned User"), QStringLiteral("Last Update")};
+// A date of the grid; an unknown one (a stamp that could not be read) is empty.
+QString DateText(const QDateTime &moment) { return moment.isValid() ? DateTimeToStr(moment) : QString(); }
 } // namespace
 
 const QString TTicketsModel::CTenExchangesTip =
@@ -18,7 +20,8 @@ void TTicketsModel::SetTickets(const tyRestTickets &tickets)
   QList<TDates> dates;
   dates.reserve(tickets.size());
   for (const tyRestTicket &ticket : tickets)
-    dates.append({RestTimestamp2DateTime(ticket.creationDate), RestTimestamp2DateTime(ticket.lastUpdate)});
+    dates.append({RestTimestamp2DateTime(ticket.creationDate).value_or(QDateTime()),
+                  RestTimestamp2DateTime(ticket.lastUpdate).value_or(QDateTime())});
   beginResetModel();
   FTickets = tickets;
   FDates = std::move(dates);
@@ -52,19 +55,17 @@ QVariant TTicketsModel::data(const QModelIndex &index, int role) const
   const TDates &row = FDates.at(index.row());
   switch (index.column()) {
   case colType: return ticket._type;
-  case colId: return ticket.id;
+  case colId: return qlonglong(ticket.id);
   case colOrganization: return ticket.organization.name;
   case colPriority: return ticket.priority.reference;
   case colTitle: return ticket.title;
   case colCreationDate:
-    return role == Qt::DisplayRole ? QVariant(DateTimeToStr(row.CreationDate))
-                                   : QVariant(QDateTimeFromDateTime(row.CreationDate));
+    return role == Qt::DisplayRole ? QVariant(DateText(row.CreationDate)) : QVariant(row.CreationDate);
   case colStatus: return ticket.status._reference;
   case colAssignedTeam: return ticket.assignedTeam.name;
   case colAssignedUser: return ticket.assignedUser.name;
   case colLastUpdate:
-    return role == Qt::DisplayRole ? QVariant(DateTimeToStr(row.LastUpdate))
-                                   : QVariant(QDateTimeFromDateTime(row.LastUpdate));
+    return role == Qt::DisplayRole ? QVariant(DateText(row.LastUpdate)) : QVariant(row.LastUpdate);
   default: return {};
   }
 }

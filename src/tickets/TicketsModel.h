@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/TDateTime.h"
+#include <QDateTime>
 #include "rest/uTypes.h"
 
 #include <QAbstractTableModel>
@@ -37,8 +37,8 @@ public:
 private:
   struct TDates
   {
-    TDateTime CreationDate;
-    TDateTime LastUpdate;
+    QDateTime CreationDate; // invalid when unknown
+    QDateTime LastUpdate;
   };
   tyRestTickets FTickets; // shares the caller's list, no copy of the tickets
   QList<TDates> FDates;

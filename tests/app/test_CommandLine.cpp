@@ -17,30 +17,39 @@ void WriteMailSettings(const TTempConfig &config)
 
 } // namespace
 
-TEST(CommandLine, RecognisedOptionsAndEverythingElse)
+TEST(CommandLine, RecognisedOptionsBareWordsAndRefusedTypos)
 {
   const struct
   {
     QStringList Arguments;
     bool Unattended, Verbose, DryRun;
     int DeadlineMinutes;
+    QString Error; // empty: accepted
   } cases[] = {
-      {{}, false, false, false, 20},
-      {{"--verbose"}, false, true, false, 20}, // the window, with the trace on stderr
-      {{"--dry-run"}, true, false, true, 20},
-      {{"--verbose", "auto", "--whatever"}, true, true, false, 20},
-      {{"--deadline", "5"}, true, false, false, 5},
-      {{"--deadline=45", "auto"}, true, false, false, 45},
+      {{}, false, false, false, 20, {}},
+      {{"--verbose"}, false, true, false, 20, {}}, // the window, with the trace on stderr
+      {{"--dry-run"}, true, false, true, 20, {}},
+      {{"--verbose", "auto"}, true, true, false, 20, {}},
+      {{"--deadline", "5"}, true, false, false, 5, {}},
+      {{"--deadline=45", "auto"}, true, false, false, 45, {}},
+      // A typo is refused with the closest known option, never taken for "run".
+      {{"--dryrun"}, false, false, false, 20, "unknown option --dryrun; did you mean --dry-run?"},
+      {{"--verbose", "auto", "--whatever"}, false, false, false, 20, "unknown option --whatever; did you mean --help?"},
+      {{"-dry-run"}, true, false, true, 20, {}},
+      {{"-verbos"}, false, false, false, 20, "unknown option -verbos; did you mean --verbose?"},
+      {{"--deadlin=5"}, false, false, false, 20, "unknown option --deadlin; did you mean --deadline?"},
+      {{"-x", "auto"}, false, false, false, 20, "unknown option -x; did you mean --help?"},
+      {{"--deadline"}, false, false, false, 20, "Missing value after '--deadline'"},
+      {{"--deadline", "0"}, true, false, false, 0, "--deadline takes a number of minutes greater than 0, not \"0\""},
+      {{"--deadline=soon"}, true, false, false, 0, "--deadline takes a number of minutes greater than 0, not \"soon\""},
   };
   for (const auto &c : cases) {
     const TCommandLine line = ParseCommandLine(c.Arguments);
+    SCOPED_TRACE(c.Arguments.join(' ').toStdString());
     EXPECT_EQ(std::tuple(line.Unattended(), line.Verbose, line.DryRun, line.DeadlineMinutes),
-              std::tuple(c.Unattended, c.Verbose, c.DryRun, c.DeadlineMinutes))
-        << c.Arguments.join(' ').toStdString();
+              std::tuple(c.Unattended, c.Verbose, c.DryRun, c.DeadlineMinutes));
+    EXPECT_TRUE(c.Error.isEmpty() ? line.Error.isEmpty() : line.Error.startsWith(c.Error)) << line.Error.toStdString();
   }
-  EXPECT_EQ(ParseCommandLine({"--verbose", "auto", "--whatever"}).OtherArguments, (QStringList{"auto", "--whatever"}));
-  for (const QStringList &wrong : {QStringList{"--deadline"}, {"--deadline", "0"}, {"--deadline=soon"}})
-    EXPECT_TRUE(ParseCommandLine(wrong).Error.contains("--deadline")) << wrong.join(' ').toStdString();
 }
 
 TEST(Executable, VersionAndHelpAnswerAtOnce)
@@ -50,8 +59,21 @@ TEST(Executable, VersionAndHelpAnswerAtOnce)
             QStringLiteral("quorvex-followup %1\n").arg(QUORVEX_VERSION));
   const TToolRun help = RunTool({"--help"}, ToolEnvironment(config.Root()));
   EXPECT_EQ(help.ExitCode, 0);
-  for (const char *option : {"--help", "--version", "--verbose", "--encrypt", "--dry-run", "--deadline"})
-    EXPECT_TRUE(help.Out.contains(option)) << option;
+  for (const char *option : {"Usage: quorvex-followup [options] [routine]", "--help", "--version", "--verbose",
+                             "--encrypt", "--dry-run", "--deadline <MINUTES>", "run the daily routine unattended"})
+    EXPECT_TRUE(help.Out.contains(option)) << option << help.Out.toStdString();
+}
+
+// A typo never runs the routine: it is refused before anything is read,
+// retrieved or sent.
+TEST(Executable, AnUnknownOptionIsRefusedAndDoesNothing)
+{
+  TTempConfig config;
+  WriteMailSettings(config);
+  const TToolRun run = RunTool({"--dryrun"}, ToolEnvironment(config.Root()));
+  EXPECT_EQ(run.ExitCode, 64);
+  EXPECT_EQ(run.Err, "quorvex-followup: unknown option --dryrun; did you mean --dry-run? (see --help)\n");
+  EXPECT_TRUE(QDir(config.SettingsFolder()).entryList({"quorvex-followup_*.log", "*.html", "*.eml"}).isEmpty());
 }
 
 TEST(Executable, EncryptPrintsTheStoredFormOfOneLine)

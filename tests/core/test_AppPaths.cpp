@@ -1,5 +1,8 @@
 #include "core/AppPaths.h"
 
+#include "support/TempConfig.h"
+
+#include <QDir>
 #include <gtest/gtest.h>
 
 TEST(AppPaths, NamesDeriveFromTheExecutableAndDebugBuildsShareTheSettingsOnly)
@@ -12,4 +15,14 @@ TEST(AppPaths, NamesDeriveFromTheExecutableAndDebugBuildsShareTheSettingsOnly)
   EXPECT_EQ(LogFileNameFor("X_DEBUG", "20261114_060509"), "X_DEBUG_20261114_060509.log");
   EXPECT_EQ(TraceLogPathFor("/home/u/.config/Vellmor/vlmQuorvexITSM/x.ini", "x_debug"),
             "/home/u/.config/Vellmor/vlmQuorvexITSM/x_debug.log");
+}
+
+// A relative XDG_CONFIG_HOME is ignored, as the XDG base directory rules say:
+// the settings never land under the folder the program was started from.
+TEST(AppPaths, ARelativeConfigHomeIsIgnored)
+{
+  const TTempConfig config; // restores XDG_CONFIG_HOME afterwards
+  EXPECT_EQ(BaseFolder(), config.Root() + "/Vellmor/vlmQuorvexITSM/");
+  qputenv("XDG_CONFIG_HOME", "relative/config");
+  EXPECT_EQ(BaseFolder(), QDir::homePath() + "/.config/Vellmor/vlmQuorvexITSM/");
 }

@@ -1,6 +1,7 @@
 // The program's files when the disk refuses them, and who may read them.
 
 #include "core/AtomicFile.h"
+#include "core/TextFiles.h"
 #include "support/Raised.h"
 #include "core/SecretCodec.h"
 #include "core/Settings.h"
@@ -155,4 +156,29 @@ TEST_F(FilesUnderFaults, OnlyTheOwnerReadsWhatTheProgramCreates)
   ici.Instance = "y";
   SaveConfigITSM(ini, ici);
   EXPECT_EQ(ModeOf(ini), 0600u);
+}
+
+// Dotfiles kept in a repository: a save through a symbolic link writes its
+// target, atomically, and the link stays a link.
+TEST_F(FilesUnderFaults, ASaveThroughASymbolicLinkWritesItsTargetAndKeepsTheLink)
+{
+  const QString target = FConfig.File("dotfiles/quorvex-followup.ini");
+  QDir().mkpath(FConfig.File("dotfiles"));
+  WriteTextFile(target, "[S]\nA=1\n");
+  ASSERT_TRUE(QFile::link("dotfiles/quorvex-followup.ini", FIni));
+  WriteFileAtomically(FIni, "[S]\nA=2\n", /*ownerOnly*/ true);
+  EXPECT_TRUE(QFileInfo(FIni).isSymLink());
+  EXPECT_EQ(ReadTextFile(target), "[S]\nA=2\n");
+  EXPECT_EQ(ModeOf(target), 0600u);
+  EXPECT_TRUE(QDir(FConfig.File("dotfiles")).entryList(QDir::Files).size() == 1) << "no pending file left";
+}
+
+// Two runs started in the same second keep a log each.
+TEST_F(FilesUnderFaults, ARunLogNeverReplacesAnother)
+{
+  const QString log = FConfig.File("quorvex-followup_20261114_060001.log");
+  EXPECT_EQ(SaveLinesAsNewFile(log, {"first"}, "\n"), log);
+  EXPECT_EQ(SaveLinesAsNewFile(log, {"second"}, "\n"), FConfig.File("quorvex-followup_20261114_060001_2.log"));
+  EXPECT_EQ(SaveLinesAsNewFile(log, {"third"}, "\n"), FConfig.File("quorvex-followup_20261114_060001_3.log"));
+  EXPECT_EQ(ReadTextFile(log), "first\n");
 }

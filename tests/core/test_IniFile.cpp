@@ -1,3 +1,5 @@
+#include "core/Trace.h"
+#include "core/TextFiles.h"
 #include "support/Raised.h"
 #include "core/IniFile.h"
 #include "support/TempConfig.h"
@@ -55,24 +57,57 @@ TEST(IniFile, ByteOrderMarkSelectsTheEncoding)
   EXPECT_EQ(TIniFile(path).ReadString("S", "Name", ""), QString::fromUtf8("Zoë"));
 }
 
-TEST(IniFile, FloatsFollowTheLocale)
+// A settings file travels between machines and locales (a cron run in C.UTF-8,
+// a desktop in French or Arabic): its numbers keep their value.
+TEST(IniFile, FloatsAreWrittenInAsciiAndReadInAnyLocalesForm)
 {
   TTempConfig config;
   const QString path = config.File("f.ini");
-  {
-    const TScopedLocale french(QLocale(QLocale::French, QLocale::France));
+  const QLocale locales[] = {QLocale::c(), QLocale(QLocale::French, QLocale::France),
+                             QLocale(QLocale::German, QLocale::Germany), QLocale(QLocale::Arabic, QLocale::Egypt)};
+  // As written by this program, or by an older one under a comma or Arabic locale.
+  const QString written[] = {"46341.2534722222", "46341,2534722222", QString::fromUtf8("٤٦٣٤١٫٢٥٣٤٧٢٢٢٢٢"),
+                             " 46341.2534722222 "};
+  for (const QLocale &locale : locales) {
+    const TScopedLocale scoped(locale);
+    SCOPED_TRACE(locale.name().toStdString());
     TIniFile ini(path);
     ini.WriteFloat("S", "F", 46341.2534722222);
+    ini.WriteFloat("S", "Small", 1.5);
     ini.UpdateFile();
-    EXPECT_TRUE(ReadTextFile(path).contains("F=46341,2534722222")) << ReadTextFile(path).toStdString();
-    EXPECT_DOUBLE_EQ(TIniFile(path).ReadFloat("S", "F", 0), 46341.2534722222);
+    EXPECT_TRUE(ReadTextFile(path).contains("F=46341.2534722222\nSmall=1.5\n")) << ReadTextFile(path).toStdString();
+    for (const QString &text : written) {
+      WriteTextFile(path, ("[S]\nF=" + text + "\nSmall=1,5\nBad=1.2.3\n").toUtf8());
+      const TIniFile read(path);
+      EXPECT_DOUBLE_EQ(read.ReadFloat("S", "F", 0), 46341.2534722222) << text.toStdString();
+      EXPECT_DOUBLE_EQ(read.ReadFloat("S", "Small", 0), 1.5) << "a comma is never a group separator";
+      EXPECT_DOUBLE_EQ(read.ReadFloat("S", "Bad", 7), 7.0);
+    }
   }
-  const TScopedLocale english(QLocale(QLocale::English, QLocale::UnitedStates));
-  EXPECT_DOUBLE_EQ(TIniFile(path).ReadFloat("S", "F", 0), 0.0); // comma under a point locale
+}
+
+// A settings file or text block saved by the Windows program in its code page
+// keeps every character, and is UTF-8 from its next save on.
+TEST(IniFile, AFileInWindows1252IsReadSoAndSavedAsUtf8)
+{
+  TTempConfig config;
+  const QString path = config.File("w.ini");
+  Trace::Install(false);
+  Trace::Clear();
+  Trace::AttachFile(config.File("trace.log"));
+  WriteTextFile(path, "[Filters]\nNbIgnore=1\nStatus_0=Planifi\xe9 (sans SLA) \x80 \x9c\n");
+  const QString status = QString::fromUtf8("Planifié (sans SLA) € œ");
   TIniFile ini(path);
-  ini.WriteFloat("S", "F", 46341.2534722222);
+  EXPECT_EQ(ini.ReadString("Filters", "Status_0", ""), status);
+  EXPECT_EQ(ReadText(path).count(QChar(0xFFFD)), 0);
+  ini.WriteInteger("Filters", "NbDays", 14);
   ini.UpdateFile();
-  EXPECT_TRUE(ReadTextFile(path).contains("F=46341.2534722222")); // no group separator
+  QFile saved(path);
+  ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+  EXPECT_TRUE(saved.readAll().contains(status.toUtf8()));
+  EXPECT_EQ(TIniFile(path).ReadString("Filters", "Status_0", ""), status);
+  EXPECT_TRUE(ReadTextFile(Trace::FilePath()).contains("Not UTF-8, read as Windows-1252 = \"" + path + "\""));
+  Trace::Clear();
 }
 
 TEST(IniFile, AFileThatExistsButCannotBeReadIsAnErrorNotDefaults)

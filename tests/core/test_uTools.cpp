@@ -1,4 +1,5 @@
 #include "core/Errors.h"
+#include "core/TDateTime.h"
 #include "core/uTools.h"
 #include "support/TempConfig.h"
 
@@ -49,39 +50,43 @@ TEST(Colours, HtmlFormsContrastAndSystemColours)
     EXPECT_THROW(HtmlToColor(bad), EConvertError) << bad;
 }
 
-TEST(RestTimestamp, FixedPositionsDefaultsAndInvalidParts)
+// A stamp names its moment whatever the machine's zone: a zone designator is
+// converted, a stamp without one is local time; one that cannot be read is an
+// unknown date, never a day-zero date nor an error that ends the step.
+TEST(RestTimestamp, ZoneDesignatorsAreConvertedAndBadStampsAreUnknown)
 {
-  const struct
-  {
-    const char *text;
-    TDateTime expected;
-  } cases[] = {
-      {"2024-03-15T08:30:00.123Z", EncodeDate(2024, 3, 15) + EncodeTime(8, 30, 0, 123)},
-      {"2024-03-15T08:30:00.123+02:00", EncodeDate(2024, 3, 15) + EncodeTime(8, 30, 0, 123)}, // no time zone
-      {"2024/03/15 08h30m00s123", EncodeDate(2024, 3, 15) + EncodeTime(8, 30, 0, 123)}, // separators unread
-      {"1899-12-30T00:00:00.000", 0.0},
-      {"1900-01-01T12:00:00.000", 2.5},
-      {"", -363.0}, // 1 January 1899
-      {"2024-03-15", EncodeDate(2024, 3, 15)},
-      {"abcd-03-15", EncodeDate(1899, 3, 15)},
-      {"2024-xx-yy", EncodeDate(2024, 1, 1)},
-      {"2024-02-30 10:00:00", EncodeTime(10, 0, 0, 0)},        // invalid date counts as 0
-      {"2024-02-29T25:00:00.000", EncodeDate(2024, 2, 29)},    // invalid time counts as 0
-      {"2023-02-29T00:00:00.000", 0.0},                        // not a leap year
+  const QDateTime utc(QDate(2024, 3, 15), QTime(8, 30, 0, 123), Qt::UTC);
+  const std::pair<const char *, QDateTime> stamps[] = {
+      {"2024-03-15T08:30:00.123Z", utc},
+      {"2024-03-15T10:30:00.123+02:00", utc},
+      {"2024-03-15T10:30:00.123+0200", utc},
+      {"2024-03-15T03:30:00.123-05:00", utc},
+      {"2024-03-15T08:30:00.123456Z", utc},
   };
-  for (const auto &c : cases)
-    EXPECT_NEAR(RestTimestamp2DateTime(c.text), c.expected, CMillisecond / 10) << c.text;
-  EXPECT_THROW(RestTimestamp2DateTime("2024--1-15"), ERangeError);
-  EXPECT_NO_THROW(RestTimestamp2DateTime("2024-+1-15"));
-  EXPECT_THROW(RestTimestamp2DateTime("-999-01-01"), ERangeError); // 99999 does not fit, a negative year does
+  for (const char *zone : {"UTC", "Europe/Paris", "America/New_York", "Pacific/Kiritimati"}) {
+    const TScopedTimeZone scoped(zone);
+    SCOPED_TRACE(zone);
+    for (const auto &[text, moment] : stamps) {
+      const std::optional<QDateTime> read = RestTimestamp2DateTime(text);
+      ASSERT_TRUE(read) << text;
+      EXPECT_EQ(read->toMSecsSinceEpoch(), moment.toMSecsSinceEpoch()) << text;
+      EXPECT_EQ(read->timeSpec(), Qt::LocalTime) << text;
+    }
+    // Without a designator: local time, as it stands on the clock's face.
+    EXPECT_EQ(RestTimestamp2DateTime("2024-03-15T08:30:00.123"), QDateTime(QDate(2024, 3, 15), QTime(8, 30, 0, 123)));
+    EXPECT_EQ(RestTimestamp2DateTime("2024-03-15"), QDateTime(QDate(2024, 3, 15), QTime(0, 0)));
+    for (const char *bad : {"", "garbage", "-999999999-01-01T00:00:00", "2024-02-30T10:00:00", "2023-02-29T00:00:00",
+                            "2024-03-15T25:00:00", "12345-01-01T00:00:00", "2024/03/15 08h30m00s123"})
+      EXPECT_FALSE(RestTimestamp2DateTime(bad)) << bad;
+  }
 }
 
-TEST(DateTime, ConversionsFileStampsAndLocaleText)
+TEST(DateTime, DayCountsFileStampsAndLocaleText)
 {
   const QDateTime moment(QDate(2026, 11, 14), QTime(6, 5, 9, 42));
-  const TDateTime days = DateTimeFromQDateTime(moment);
-  EXPECT_NEAR(days, EncodeDate(2026, 11, 14) + EncodeTime(6, 5, 9, 42), CMillisecond / 10);
-  EXPECT_EQ(QDateTimeFromDateTime(days), moment);
+  EXPECT_NEAR(DateTimeFromQDateTime(moment), QDate(1899, 12, 30).daysTo(moment.date()) + EncodeTime(6, 5, 9, 42),
+              CMillisecond / 10);
+  EXPECT_DOUBLE_EQ(EncodeTime(12, 0, 0, 0), 0.5);
 
   EXPECT_TRUE(QRegularExpression("^\\d{8}_\\d{6}$").match(Timestamp(false)).hasMatch());
   EXPECT_TRUE(QRegularExpression("^\\d{8}_\\d{6}\\.\\d{3}$").match(Timestamp(true)).hasMatch());
@@ -89,5 +94,4 @@ TEST(DateTime, ConversionsFileStampsAndLocaleText)
   const TScopedLocale french(QLocale(QLocale::French, QLocale::France));
   EXPECT_EQ(DateTimeToStr(QDateTime(QDate(2026, 11, 14), QTime(6, 0, 1))), "14/11/2026 06:00:01");
   EXPECT_EQ(DateTimeToStr(QDateTime(QDate(2026, 11, 14), QTime(0, 0))), "14/11/2026"); // no midnight
-  EXPECT_EQ(DateTimeToStr(EncodeDate(2026, 11, 14) + EncodeTime(23, 59, 59, 999) + 0.6 / 86400000.0), "15/11/2026");
 }

@@ -9,7 +9,7 @@
 
 namespace {
 
-const TDateTime CNow = EncodeDate(2026, 11, 24) + EncodeTime(7, 0, 0, 0);
+const QDateTime CNow(QDate(2026, 11, 24), QTime(7, 0));
 
 TEST(MailAddress, OnlyOneWellFormedMailboxBecomesAnAddrSpec)
 {
@@ -85,8 +85,8 @@ protected:
       t._type = "INCIDENT";
       t.assignedTeam = {10, "Desk"};
       t.assignedUser = {user, user ? "Bob" : ""};
-      t.creationDate = QDateTimeFromDateTime(CNow - 2).toString(Qt::ISODate);
-      t.lastUpdate = QDateTimeFromDateTime(CNow - daysSinceUpdate).toString(Qt::ISODate);
+      t.creationDate = CNow.addDays(-2).toString(Qt::ISODate);
+      t.lastUpdate = CNow.addSecs(static_cast<qint64>(-daysSinceUpdate * 86400)).toString(Qt::ISODate);
       return t;
     };
     FIn.Tickets = {ticket(1, 0, 1), ticket(2, 2, 30)};

@@ -11,13 +11,16 @@
 
 namespace {
 
-// 14 November 2026, 06:00 local time: the moment of every report below.
-const TDateTime CNow = EncodeDate(2026, 11, 14) + EncodeTime(6, 0, 0, 0);
+// 14 November 2026, 06:00 local time: the moment of every report below, in the
+// zone the test runs in.
+QDateTime Now() { return QDateTime(QDate(2026, 11, 14), QTime(6, 0)); }
 
-QString Stamp(const QDateTime &moment) { return moment.toString("yyyy-MM-ddTHH:mm:ss.zzzZ"); }
-QString MinutesAgo(double minutes) { return Stamp(QDateTimeFromDateTime(CNow - minutes / 1440.0)); }
+// A moment as the service writes it, in UTC.
+QString Stamp(const QDateTime &moment) { return moment.toUTC().toString("yyyy-MM-ddTHH:mm:ss.zzzZ"); }
+QString MinutesAgo(double minutes) { return Stamp(Now().addMSecs(qint64(-minutes * 60000))); }
+QString DaysAgo(double days) { return Stamp(Now().addMSecs(qint64(-days * 86400000))); }
 
-tyRestTicket Ticket(std::int32_t id, const QString &type = "INCIDENT")
+tyRestTicket Ticket(TRestId id, const QString &type = "INCIDENT")
 {
   tyRestTicket ticket;
   ticket.id = id;
@@ -34,15 +37,15 @@ tyRestTicket Ticket(std::int32_t id, const QString &type = "INCIDENT")
 }
 
 // An assigned ticket last updated `days` ago.
-tyRestTicket Stale(std::int32_t id, double days)
+tyRestTicket Stale(TRestId id, double days)
 {
   tyRestTicket ticket = Ticket(id);
   ticket.assignedUser = {100 + id, QStringLiteral("User %1").arg(id)};
-  ticket.lastUpdate = Stamp(QDateTimeFromDateTime(CNow - days));
+  ticket.lastUpdate = DaysAgo(days);
   return ticket;
 }
 
-tyRestOperator Operator(std::int32_t id, const QString &email, const QString &status = "ACTIVE")
+tyRestOperator Operator(TRestId id, const QString &email, const QString &status = "ACTIVE")
 {
   tyRestOperator op;
   op.id = id;
@@ -56,7 +59,7 @@ class MailReportTest : public ::testing::Test
 protected:
   MailReportTest()
   {
-    FIn.ExtractionTickets = CNow;
+    FIn.ExtractionTickets = Now();
     FIn.NbMinutes = 15;
     FIn.NbDays = 14;
     FIn.StatusToIgnore = {"Planned (without SLA)"};
@@ -75,13 +78,15 @@ protected:
 
   TReportOutput Generate()
   {
-    TMailReport report(FIn, FColours, [] { return CNow; });
+    TMailReport report(FIn, FColours, [this] { return FNow.isValid() ? FNow : Now(); });
     return report.Generate();
   }
 
+  const TScopedTimeZone FZone{"Europe/Paris"}; // a machine in CET, unless a test says otherwise
   TTempConfig FConfig;
   TColourStore FColours{FConfig.File("q.ini")};
   TReportInput FIn;
+  QDateTime FNow; // the report's clock when set, else Now()
   const TScopedLocale FLocale{QLocale(QLocale::French, QLocale::France)};
 };
 
@@ -130,8 +135,8 @@ TEST_F(MailReportTest, UnassignedTableLineByLine)
 {
   tyRestTicket ticket = Ticket(4521, "SOMETHING");
   ticket.title = "Printer <b>down</b> & out";
-  ticket.creationDate = "2026-11-14T02:30:00.000Z";
-  ticket.lastUpdate = "2026-11-14T00:00:00.000Z";
+  ticket.creationDate = "2026-11-14T01:30:00.000Z"; // 02:30 in Paris
+  ticket.lastUpdate = "2026-11-13T23:00:00.000Z";   // midnight in Paris
   FIn.Tickets = {ticket};
   const QStringList html = Generate().HtmlContent;
   const qsizetype start = html.indexOf("<p>U-with</p>");
@@ -174,8 +179,8 @@ TEST_F(MailReportTest, TenExchangesSectionListsFlaggedTicketsWithBothAges)
   tyRestTicket flagged = Ticket(8, "CHANGE");
   flagged.tenExchangesAdded = true;
   flagged.assignedUser = {5, "Bob"};
-  flagged.creationDate = Stamp(QDateTimeFromDateTime(CNow - 40.2));
-  flagged.lastUpdate = Stamp(QDateTimeFromDateTime(CNow - 2.9));
+  flagged.creationDate = DaysAgo(40.2);
+  flagged.lastUpdate = DaysAgo(2.9);
   FIn.Tickets = {flagged};
   const TReportOutput out = Generate();
   EXPECT_EQ(out.NbGt10Exch, 1);
@@ -198,7 +203,7 @@ TEST_F(MailReportTest, RecipientsFromTeamsAndAssigneesWithCopiesNeverRepeated)
   tyRestTicket stale = Ticket(3);
   stale.assignedTeam = {20, "Network"};
   stale.assignedUser = {4, "Dee"};
-  stale.lastUpdate = Stamp(QDateTimeFromDateTime(CNow - 30));
+  stale.lastUpdate = DaysAgo(30);
   FIn.Tickets = {Ticket(1), Ticket(2), stale};
 
   const TReportOutput out = Generate();
@@ -214,11 +219,30 @@ TEST_F(MailReportTest, RecipientsFromTeamsAndAssigneesWithCopiesNeverRepeated)
   EXPECT_TRUE(Generate().SlRecipientCc.isEmpty());
 }
 
+// Ids are 64-bit: an operator, team or ticket beyond 2^31 is mailed like any other.
+TEST_F(MailReportTest, IdsBeyond32BitsAreMailed)
+{
+  constexpr TRestId big = 3000000000;
+  FIn.SelectedTeams = {tyRestTeam{big + 10, {}, "Desk", {}, {}}};
+  FIn.TeamsOperators = {{big + 10, big + 1}};
+  FIn.Operators = {Operator(big + 1, "ann@example.org"), Operator(big + 2, "bob@example.org"), Operator(1, "x@example.org")};
+  tyRestTicket unassigned = Ticket(1);
+  unassigned.assignedTeam = {big + 10, "Desk"};
+  tyRestTicket stale = Stale(2, 30);
+  stale.id = big + 5;
+  stale.assignedTeam = {big + 10, "Desk"};
+  stale.assignedUser = {big + 2, "Bob"};
+  FIn.Tickets = {unassigned, stale};
+  const TReportOutput out = Generate();
+  EXPECT_EQ(out.SlRecipientTo, (QStringList{"ann@example.org", "bob@example.org"}));
+  EXPECT_TRUE(out.HtmlContent.join('\n').contains("/all/3000000005\""));
+}
+
 TEST_F(MailReportTest, RulesMeasureFromTheirOwnClock)
 {
   // The tickets were extracted a day before the report is made: the unassigned
   // rule counts from the extraction, the without-update rule and the ages from now.
-  FIn.ExtractionTickets = CNow - 1;
+  FIn.ExtractionTickets = Now().addDays(-1);
   tyRestTicket recent = Ticket(1);
   recent.creationDate = MinutesAgo(1440 + 10);
   tyRestTicket late = Ticket(2);
@@ -232,13 +256,93 @@ TEST_F(MailReportTest, RulesMeasureFromTheirOwnClock)
   EXPECT_TRUE(html.contains("(24&nbsp;hours)")) << html.toStdString();
 }
 
+// The sections hold whatever the machine's zone and however the service writes
+// its zone: ages are measured in absolute time.
+TEST_F(MailReportTest, SectionRulesHoldInEveryZone)
+{
+  const struct
+  {
+    const char *Zone;
+    const char *Abbreviation;
+  } zones[] = {{"UTC", "UTC"}, {"Europe/Paris", "CET"}, {"America/New_York", "EST"}, {"Pacific/Kiritimati", "+14"}};
+  // A moment as a service two hours east of UTC writes it.
+  const auto eastStamp = [](const QDateTime &moment) {
+    return moment.toOffsetFromUtc(7200).toString("yyyy-MM-ddTHH:mm:ss.zzz") + "+02:00";
+  };
+  for (const auto &[zone, abbreviation] : zones) {
+    const TScopedTimeZone scoped(zone);
+    SCOPED_TRACE(zone);
+    FIn.ExtractionTickets = Now();
+    tyRestTicket recent = Ticket(1);
+    recent.creationDate = MinutesAgo(10); // not yet late against 15 minutes
+    tyRestTicket late = Ticket(2);
+    late.creationDate = eastStamp(Now().addSecs(-(2 * 3600 + 600))); // 2 h 10 min
+    tyRestTicket fresh = Stale(3, 13 + 20.0 / 24); // 13 days 20 hours: not yet 14 days
+    tyRestTicket stale = Stale(4, 14 + 1.0 / 24);
+    stale.lastUpdate = eastStamp(Now().addSecs(-(14 * 86400 + 3600)));
+    FIn.Tickets = {recent, late, fresh, stale};
+    const TReportOutput out = Generate();
+    EXPECT_EQ(std::tie(out.NbUnassigned, out.NbWithoutUpdate), std::make_tuple(1, 1));
+    const QString html = out.HtmlContent.join('\n');
+    EXPECT_TRUE(html.contains("/all/2\"")) << html.toStdString();
+    EXPECT_TRUE(html.contains("(2&nbsp;hours)"));
+    EXPECT_TRUE(html.contains("/all/4\""));
+    EXPECT_TRUE(html.contains("(14&nbsp;days)"));
+    EXPECT_TRUE(html.contains(QString("    14.11.2026 - 06:00&nbsp;%1</p>").arg(abbreviation))) << html.toStdString();
+  }
+}
+
+// Across a change of the clocks (Paris, 29 March 2026 at 02:00) a ticket keeps
+// its section and its age: the hour the clock skipped is not counted.
+TEST_F(MailReportTest, ADstChangeMovesNoTicketBetweenSections)
+{
+  FNow = QDateTime::fromString("2026-03-29T12:00:00+02:00", Qt::ISODate).toLocalTime();
+  FIn.ExtractionTickets = QDateTime::fromString("2026-03-29T03:05:00+02:00", Qt::ISODate).toLocalTime();
+  tyRestTicket created = Ticket(1);
+  created.creationDate = "2026-03-29T01:55:00+01:00"; // 10 minutes before the extraction, an hour on the clock's face
+  tyRestTicket hours = Ticket(2);
+  hours.creationDate = "2026-03-29T01:45:00+01:00"; // 20 minutes before the extraction
+  tyRestTicket notYet = Stale(3, 0);
+  notYet.lastUpdate = "2026-03-15T11:30:00+01:00"; // 13 days 23 h 30 min before now, 14 days on the face
+  tyRestTicket stale = Stale(4, 0);
+  stale.lastUpdate = "2026-03-15T10:30:00+01:00";
+  FIn.Tickets = {created, hours, notYet, stale};
+  const TReportOutput out = Generate();
+  EXPECT_EQ(std::tie(out.NbUnassigned, out.NbWithoutUpdate), std::make_tuple(1, 1));
+  const QString html = out.HtmlContent.join('\n');
+  EXPECT_FALSE(html.contains("/all/1\""));
+  EXPECT_TRUE(html.contains("29/03/2026&nbsp;01:45:00<br><strong>(9&nbsp;hours)")) << html.toStdString();
+  EXPECT_FALSE(html.contains("/all/3\""));
+  EXPECT_TRUE(html.contains("15/03/2026&nbsp;10:30:00<br><strong>(14&nbsp;days)"));
+}
+
+// A stamp that cannot be read leaves its date unknown: the ticket is in no
+// section by that date, its cell says so, and the rest of the report stands.
+TEST_F(MailReportTest, AnUnreadableStampPutsItsTicketInNoSectionByThatDate)
+{
+  tyRestTicket garbage = Ticket(1);
+  garbage.creationDate = "-999999999-01-01T00:00:00";
+  garbage.lastUpdate = "not a date";
+  garbage.assignedUser = {5, "Bob"};
+  garbage.tenExchangesAdded = true;
+  tyRestTicket empty = Ticket(2);
+  empty.creationDate.clear();
+  FIn.Tickets = {garbage, empty, Stale(3, 20), Ticket(4)};
+  const TReportOutput out = Generate();
+  EXPECT_EQ(std::tie(out.NbUnassigned, out.NbWithoutUpdate, out.NbGt10Exch), std::make_tuple(1, 1, 1));
+  const QString html = out.HtmlContent.join('\n');
+  EXPECT_FALSE(html.contains("/all/2\""));
+  EXPECT_EQ(html.count("<td align=\"center\">unknown</td>"), 2) << html.toStdString(); // ticket 1, both dates
+  EXPECT_FALSE(html.contains("1899"));
+}
+
 TEST_F(MailReportTest, IncompleteRetrievalIsNeverAnAllClear)
 {
   const QString notChecked =
       "    <p><strong>This could not be checked: the retrieval of the tickets was incomplete.</strong></p>";
   FIn.RetrievalWarning = "the retrieval was incomplete: the tickets of Beta could not be read";
-  FIn.ExtractionTickets = 0; // no retrieval ever gave tickets
-  FIn.RetrievalAttempt = CNow - 1.0 / 24;
+  FIn.ExtractionTickets = QDateTime(); // no retrieval ever gave tickets
+  FIn.RetrievalAttempt = Now().addSecs(-3600);
   const TReportOutput out = Generate();
   const QStringList &html = out.HtmlContent;
   EXPECT_TRUE(out.Text.contains("\n\nWARNING: the retrieval was incomplete: the tickets of Beta could not be read\n\n"));
@@ -269,7 +373,7 @@ TEST_F(MailReportTest, PlainTextHasThePartsOfTheReportAndOneLinePerRow)
   FIn.Operators = {Operator(1, "ann@example.org")};
   tyRestTicket urgent = Ticket(7, "REQUEST");
   urgent.title = "Password reset <urgent>";
-  urgent.creationDate = "2026-11-14T02:30:00.000Z";
+  urgent.creationDate = "2026-11-14T02:30:00.000"; // local time, as a stamp without zone is read
   tyRestTicket broken = Stale(8, 20.5);
   broken.title = "Line one\r\nline two\tand more";
   broken.assignedUser = {1, "Ann Lee"};
@@ -306,7 +410,7 @@ W-title %NBDAYS%
 W-with 14
 
 Organization | Ticket | Title | Assigned Team | Assigned User | Creation Date | Last Update | Priority | Status
-Acme | Incident 8 <https://acme.itsm.example/operators/tickets/all/8> | Line one  line two and more | Desk | Ann Lee | 14/11/2026 05:00:00 | 24/10/2026 18:00:00 (20 days) | P1 | New
+Acme | Incident 8 <https://acme.itsm.example/operators/tickets/all/8> | Line one  line two and more | Desk | Ann Lee | 14/11/2026 05:00:00 | 24/10/2026 19:00:00 (20 days) | P1 | New
 
 Why x <https://acme.itsm.example>
 

@@ -164,7 +164,7 @@ TTicketPage QtTicketPage(const QByteArray &body)
   page.Shape = TTicketPage::TShape::Items;
   const QJsonArray items = content.toArray();
   for (qsizetype i = 0; i < items.size(); ++i) {
-    std::int32_t id = 0;
+    TRestId id = 0;
     if (!items.at(i).isObject() || !ReadInteger(items.at(i).toObject(), QStringLiteral("id"), id)) {
       ++page.BadItems;
       continue;
@@ -177,7 +177,7 @@ TTicketPage QtTicketPage(const QByteArray &body)
 
 namespace {
 
-QString Sub(std::int32_t id, const QString &text)
+QString Sub(TRestId id, const QString &text)
 {
   return QStringLiteral("%1:%2").arg(id).arg(text);
 }

@@ -217,13 +217,97 @@ TEST_F(TicketsList, PagingStopsAtWhatTheAnnouncedTicketsCanFill)
   };
   for (const auto &[announced, requests] : rows) {
     FService.ClearRequests();
-    ReplaceBody("/api/ticket/list/open",
-                QString(R"({"totalNumberOfPages":1000000,"totalNumberOfElements":%1,"content":[{"id":1}]})")
-                    .arg(announced)
-                    .toUtf8());
+    TDemoFaults faults;
+    for (int page : {0, 1, -1}) // a ticket of its own on each page
+      faults.Bodies.append(
+          {"/api/ticket/list/open", page,
+           QString(R"({"totalNumberOfPages":1000000,"totalNumberOfElements":%1,"content":[{"id":%2}]})")
+               .arg(announced)
+               .arg(page + 2)
+               .toUtf8(),
+           200});
+    FService.SetFaults(faults);
     const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 1, "");
     EXPECT_EQ(result.Value.size(), requests) << announced;
     EXPECT_EQ(FService.Requests().size(), requests) << announced;
     EXPECT_EQ(result.Failed(), announced > requests) << announced;
   }
+}
+
+// One request at a time: after an answer whose status already failed the
+// query, no page of it is asked (its body is read while nothing else travels).
+TEST_F(TicketsList, NoPageIsAskedAfterAnAnswerThatFailedTheQuery)
+{
+  SignIn();
+  TDemoFaults faults;
+  faults.Bodies.append({"/api/ticket/list/open", 1, "<html>502 Bad Gateway</html>", 502});
+  FService.SetFaults(faults);
+  const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  EXPECT_TRUE(result.Failed());
+  EXPECT_TRUE(result.Failure->Reason.contains("answered HTTP 502")) << result.Failure->Reason.toStdString();
+  EXPECT_EQ(result.Value.size(), 500);
+  EXPECT_EQ(FService.Requests().size(), 2) << "pages 0 and 1, not 2";
+
+  // A ticket page under a refusing status fails the query all the same.
+  FService.ClearRequests();
+  faults.Bodies = {{"/api/ticket/list/open", 0,
+                    R"({"totalNumberOfPages":3,"totalNumberOfElements":1203,"content":[{"id":1}]})", 500}};
+  FService.SetFaults(faults);
+  EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 7, "").Failed());
+  EXPECT_EQ(FService.Requests().size(), 1);
+}
+
+// Offset paging while tickets are reassigned: a ticket that comes on two pages
+// of one query is kept once, where it came first.
+TEST_F(TicketsList, ATicketThatComesAgainOnALaterPageIsKeptOnce)
+{
+  SignIn();
+  FService.SetFaults([] {
+    TDemoFaults faults;
+    faults.Bodies = {{"/api/ticket/list/open", 0,
+                      R"({"totalNumberOfPages":2,"totalNumberOfElements":4,"content":[{"id":3},{"id":5}]})", 200},
+                     {"/api/ticket/list/open", 1,
+                      R"({"totalNumberOfPages":2,"totalNumberOfElements":4,"content":[{"id":5},{"id":3},{"id":9}]})",
+                      200}};
+    return faults;
+  }());
+  const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 1, "");
+  QList<qint64> ids;
+  for (const tyRestTicket &ticket : result.Value)
+    ids << ticket.id;
+  EXPECT_EQ(ids, (QList<qint64>{3, 5, 9}));
+  EXPECT_TRUE(TraceText().contains("2 tickets of page 1 came on an earlier page already and are kept once"));
+}
+
+// A saved token the service no longer knows, four requests in flight: every
+// request that meets the 401 waits for one renewal and is sent once more.
+TEST_F(TicketsList, ARevokedTokenIsRenewedOnceWhateverTheRequestsInFlight)
+{
+  FSettings.API.Token = "revoked-token";
+  FSettings.API.TokenRequest = NowDateTime();
+  ASSERT_FALSE(FRest->GetToken(FSettings).Failed()); // the saved token is reused
+  int renewals = 0;
+  FRest->SetTokenRefusedHandler([&] {
+    ++renewals;
+    FSettings.API.Token.clear();
+    return !FRest->GetToken(FSettings).Failed();
+  });
+  TDemoFaults faults;
+  faults.DelayMs = 20;
+  FService.SetFaults(faults);
+  FSettings.ParallelRequests = 4;
+  const QList<TTicketQuery> queries{{1, ""}, {2, ""}, {7, ""}, {1, "x"}, {2, "y"}};
+  int failed = 0;
+  FRest->GET_TicketsListsOpen(FSettings, queries,
+                              [&](qsizetype, TTicketQueryResult &&result) { failed += result.Failed; });
+  EXPECT_EQ(failed, 0);
+  EXPECT_EQ(renewals, 1);
+  qsizetype tokenRequests = 0;
+  qsizetype refused = 0;
+  for (const TDemoRequest &request : FService.Requests()) {
+    tokenRequests += request.Target == QLatin1String("/oauth/token");
+    refused += request.Status == 401;
+  }
+  EXPECT_EQ(tokenRequests, 1);
+  EXPECT_GE(refused, 4) << "four requests were in flight with the revoked token";
 }

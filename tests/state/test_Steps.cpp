@@ -126,7 +126,7 @@ TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
   SelectAll();
   FState->bbtGetTicketsClick(FProgress);
   ASSERT_EQ(FState->FTicketsGrid.rowCount(), 4);
-  const TDateTime extraction = FState->FExtractionTickets;
+  const QDateTime extraction = FState->FExtractionTickets;
 
   // The service refuses the token in force and any new one: a single token
   // request in the step, and every query fails.
@@ -232,4 +232,34 @@ TEST_F(StepsFixture, AStoredSelectionWithoutValidIdsIsASettingsErrorNotAQuery)
       << failures[0].toStdString();
   EXPECT_TRUE(failures[1].contains("id_1 of [Teams]")) << failures[1].toStdString();
   EXPECT_EQ(FState->FTickets.size(), 3);
+}
+
+// One ticket whose date cannot be read costs neither the report nor the other
+// tickets: it is listed, named in a WARNING, and the retrieval is incomplete.
+TEST_F(StepsFixture, AnUnreadableStampIsAWarningAndTheRestIsReported)
+{
+  SelectAll();
+  const QString recent = QDateTime::currentDateTimeUtc().addDays(-30).toString(Qt::ISODate);
+  TDemoFaults faults;
+  faults.Bodies.append(
+      {QStringLiteral("/api/ticket/list/open"), -1,
+       QStringLiteral(R"({"totalNumberOfPages":1,"totalNumberOfElements":2,"content":[)"
+                      R"({"id":11,"organization":{"id":1,"name":"Acme"},"assignedTeam":{"id":10,"name":"Desk"},)"
+                      R"("assignedUser":{"id":2,"name":"Bob"},"creationDate":"%1","lastUpdate":"-999999999-01-01T00:00:00"},)"
+                      R"({"id":12,"organization":{"id":1,"name":"Acme"},"assignedTeam":{"id":10,"name":"Desk"},)"
+                      R"("assignedUser":{"id":2,"name":"Bob"},"creationDate":"%1","lastUpdate":"%1"}]})")
+           .arg(recent)
+           .toUtf8(),
+       200});
+  FService.SetFaults(faults);
+  TUnattendedOptions options;
+  options.DryRun = true;
+  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
+  const QString log = ReadTextFile(FState->FLogFile);
+  EXPECT_TRUE(log.contains(" - WARNING Acme / ticket 11: its lastUpdate \"-999999999-01-01T00:00:00\" is not a date"))
+      << log.toStdString();
+  EXPECT_FALSE(log.contains("ERROR")) << log.toStdString();
+  EXPECT_TRUE(log.contains(" - * Without update: 2\n")) << "ticket 12, once per organization";
+  EXPECT_TRUE(log.contains(" - END"));
+  EXPECT_EQ(FState->FTicketsGrid.rowCount(), 4);
 }

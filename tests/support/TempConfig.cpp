@@ -1,5 +1,7 @@
 #include "TempConfig.h"
 
+#include <ctime>
+
 #include <QFile>
 
 TTempConfig::TTempConfig()
@@ -29,4 +31,20 @@ void WriteTextFile(const QString &path, const QByteArray &content)
   QFile file(path);
   if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
     file.write(content);
+}
+
+TScopedTimeZone::TScopedTimeZone(const char *zone)
+    : FPrevious(qgetenv("TZ")), FHadPrevious(qEnvironmentVariableIsSet("TZ"))
+{
+  qputenv("TZ", zone);
+  tzset();
+}
+
+TScopedTimeZone::~TScopedTimeZone()
+{
+  if (FHadPrevious)
+    qputenv("TZ", FPrevious);
+  else
+    qunsetenv("TZ");
+  tzset();
 }

@@ -35,6 +35,19 @@ private:
   QLocale FPrevious;
 };
 
+// Sets the process's time zone (TZ, as a machine in that zone has it) for the
+// life of the object.
+class TScopedTimeZone
+{
+public:
+  explicit TScopedTimeZone(const char *zone);
+  ~TScopedTimeZone();
+
+private:
+  QByteArray FPrevious;
+  bool FHadPrevious;
+};
+
 // Whole content of a text file, empty when missing.
 QString ReadTextFile(const QString &path);
 void WriteTextFile(const QString &path, const QByteArray &content);

@@ -31,6 +31,7 @@ tyRestTicket Ticket(std::int32_t id, const QString &title, const QString &create
 
 TEST(TicketsGrid, TenColumnsWithTypedCells)
 {
+  const TScopedTimeZone paris("Europe/Paris");
   TTicketsModel model;
   QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
   EXPECT_EQ(model.rowCount(), 0);
@@ -39,29 +40,33 @@ TEST(TicketsGrid, TenColumnsWithTypedCells)
   model.SetTickets({Ticket(4521, "Printer <b>down</b>", "2024-03-15T08:30:00.123Z", ""),
                     Ticket(17, "VPN", "2024-03-16T09:00:00.000Z", "2024-03-17T10:15:00.000+01:00")});
   ASSERT_EQ(model.rowCount(), 2);
-  EXPECT_EQ(model.data(model.index(0, TTicketsModel::colId), Qt::EditRole).typeId(), QMetaType::Int);
+  EXPECT_EQ(model.data(model.index(0, TTicketsModel::colId), Qt::EditRole).typeId(), QMetaType::LongLong);
   EXPECT_EQ(model.data(model.index(0, TTicketsModel::colId)).toInt(), 4521);
   EXPECT_EQ(model.data(model.index(0, TTicketsModel::colTitle)).toString(), "Printer <b>down</b>");
+  // Local time: the service's UTC moment as the clock in Paris shows it.
   EXPECT_EQ(model.data(model.index(0, TTicketsModel::colCreationDate), Qt::EditRole).toDateTime(),
-            QDateTime(QDate(2024, 3, 15), QTime(8, 30, 0, 123)));
-  // An empty time stamp shows what its conversion gives: 1 January 1899.
-  EXPECT_EQ(model.data(model.index(0, TTicketsModel::colLastUpdate), Qt::EditRole).toDateTime(),
-            QDateTime(QDate(1899, 1, 1), QTime(0, 0)));
+            QDateTime(QDate(2024, 3, 15), QTime(9, 30, 0, 123)));
+  // An empty time stamp is an unknown date: an empty cell, never 1 January 1899.
+  EXPECT_FALSE(model.data(model.index(0, TTicketsModel::colLastUpdate), Qt::EditRole).toDateTime().isValid());
+  EXPECT_EQ(model.data(model.index(0, TTicketsModel::colLastUpdate)).toString(), "");
   EXPECT_EQ(model.data(model.index(1, TTicketsModel::colLastUpdate), Qt::EditRole).toDateTime(),
             QDateTime(QDate(2024, 3, 17), QTime(10, 15)));
 }
 
-TEST(TicketsGrid, ABadTimeStampLeavesTheGridAsItWas)
+TEST(TicketsGrid, ABadTimeStampIsAnUnknownDateAndTheTicketIsListed)
 {
   TTicketsModel model;
-  model.SetTickets({Ticket(1, "kept", "2024-03-15", "")});
-  EXPECT_THROW(model.SetTickets({Ticket(2, "bad", "2024--1-01", "")}), ERangeError);
-  ASSERT_EQ(model.rowCount(), 1);
-  EXPECT_EQ(model.data(model.index(0, TTicketsModel::colTitle)).toString(), "kept");
+  model.SetTickets({Ticket(1, "kept", "2024-03-15", ""), Ticket(2, "bad", "-999999999-01-01T00:00:00", "2024--1-01")});
+  ASSERT_EQ(model.rowCount(), 2);
+  EXPECT_EQ(model.data(model.index(1, TTicketsModel::colTitle)).toString(), "bad");
+  EXPECT_EQ(model.data(model.index(1, TTicketsModel::colCreationDate)).toString(), "");
+  EXPECT_EQ(model.data(model.index(0, TTicketsModel::colCreationDate), Qt::EditRole).toDateTime(),
+            QDateTime(QDate(2024, 3, 15), QTime(0, 0)));
 }
 
 TEST(GridExport, WorkbookHoldsHeadersNumbersAndDates)
 {
+  const TScopedTimeZone utc("UTC");
   TTempConfig config;
   TTicketsModel model;
   model.SetTickets({Ticket(4521, QString::fromUtf8("Imprimante hors ligne – étage 2"), "2024-03-15T08:30:00.000Z",
@@ -81,8 +86,8 @@ TEST(GridExport, WorkbookHoldsHeadersNumbersAndDates)
   EXPECT_EQ(rows[1][1].toVariant(), QVariant(4521.0));
   EXPECT_EQ(rows[1][4].toString(), QString::fromUtf8("Imprimante hors ligne – étage 2"));
   EXPECT_EQ(rows[1][5].toString(), "2024-03-15T08:30:00"); // a date, not its text
-  // Before 1900: written as shown.
-  EXPECT_EQ(rows[1][9].toString(), model.data(model.index(0, TTicketsModel::colLastUpdate)).toString());
+  // An unknown date: written as shown, empty.
+  EXPECT_EQ(rows[1][9].toString(), "");
 }
 
 TEST(GridExport, UnwritablePlaceIsAnErrorNamingTheFile)
