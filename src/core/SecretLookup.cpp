@@ -76,7 +76,9 @@ void TSecretLookup::Write(TIniFile &ini, const TSetting<QString> &setting, const
   const QString key = KeyringKey(ini, setting);
   if (const auto known = FKnown.constFind(key); known != FKnown.constEnd() && *known == secret)
     return;
-  if (FSources.StoreInKeyring && ToKeyring(ini, setting, secret, warnings))
+  // An empty secret goes to the keyring only to replace the one it holds.
+  const bool toKeyring = FSources.StoreInKeyring && (!secret.isEmpty() || HeldInKeyring(ini, setting));
+  if (toKeyring && ToKeyring(ini, setting, secret, warnings))
     WriteKeyringMarker(ini, setting);
   else
     WriteSetting(ini, setting, secret);

@@ -37,8 +37,9 @@ struct TSecretSources
 //     reads as empty with a warning naming the key).
 // Writing stores nothing when the secret is what was last read or written, so a
 // secret from the credentials or the keyring never reaches the settings file.
-// A changed secret goes to the keyring when StoreInKeyring, the settings file
-// keeping only CKeyringMarker; when the keyring refuses or does not answer, or
+// A changed secret goes to the keyring when StoreInKeyring (an empty one only
+// when the keyring held the secret), the settings file keeping only
+// CKeyringMarker; when the keyring refuses or does not answer, or
 // without StoreInKeyring, it is stored enciphered in the settings file.
 // No secret is ever traced or put in a warning.
 class TSecretLookup

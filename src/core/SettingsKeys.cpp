@@ -12,7 +12,7 @@ namespace {
 // only when no keyring gave the secret), reads as empty with a warning.
 QString ReadSecret(const TIniFile &ini, const TSetting<QString> &setting, TSettingsWarnings &warnings)
 {
-  if (ini.ReadString(setting.Section, setting.Key, QString()) == CKeyringMarker) {
+  if (HeldInKeyring(ini, setting)) {
     const QString warning =
         QStringLiteral("The secret \"%1\" of section [%2] in \"%3\" is kept in the system keyring, which "
                        "did not give it (no session bus, keyring locked or not answering); it is taken as empty. "
@@ -72,6 +72,11 @@ void WriteSetting(TIniFile &ini, const TSetting<QString> &setting, const QString
 void WriteKeyringMarker(TIniFile &ini, const TSetting<QString> &setting)
 {
   ini.WriteString(setting.Section, setting.Key, CKeyringMarker);
+}
+
+bool HeldInKeyring(const TIniFile &ini, const TSetting<QString> &setting)
+{
+  return ini.ReadString(setting.Section, setting.Key, QString()) == CKeyringMarker;
 }
 
 std::int32_t ReadListCount(const TIniFile &ini, const TSettingsList &list)

@@ -188,8 +188,9 @@ void WriteSetting(TIniFile &ini, const TSetting<T> &setting, const std::type_ide
 
 QString ReadSetting(const TIniFile &ini, const TSetting<QString> &setting, TSettingsWarnings &warnings);
 void WriteSetting(TIniFile &ini, const TSetting<QString> &setting, const QString &value);
-// Marks a secret key as held by the system keyring.
+// Marks a secret key as held by the system keyring, and tells whether it is.
 void WriteKeyringMarker(TIniFile &ini, const TSetting<QString> &setting);
+bool HeldInKeyring(const TIniFile &ini, const TSetting<QString> &setting);
 
 // A count beyond this bound can only come from a damaged file; it is cut so that
 // reading stays quick.
