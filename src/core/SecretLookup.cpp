@@ -110,11 +110,10 @@ std::optional<QString> TSecretLookup::FromCredentials(const TSetting<QString> &s
     secret->chop(1);
   if (secret->endsWith(u'\r'))
     secret->chop(1);
+  // The shipped unit gives an empty credential (SetCredential=) for each secret
+  // that has no file of its own: the next source holds it.
   if (secret->isEmpty()) {
-    warnings.append(QStringLiteral("The credential file \"%1\" is empty; the secret \"%2\" of section [%3] is taken "
-                                   "from the keyring or the settings file. Write the secret into the file the "
-                                   "service's LoadCredential= names.")
-                        .arg(file.fileName(), setting.Key, setting.Section));
+    TraceValue(lcSettings(), "Empty credential file, not used", file.fileName());
     return std::nullopt;
   }
   TraceValue(lcSettings(), "Secret taken from the credential file", file.fileName());

@@ -28,8 +28,8 @@ struct TSecretSources
 
 // The one place that decides where each secret of the settings comes from and
 // goes to. Reading takes each secret from the first source that has it:
-//  1. the file named by its credential in the credentials folder (a missing file
-//     is skipped; an empty or unreadable one too, with a warning);
+//  1. the file named by its credential in the credentials folder (a missing or
+//     empty file is skipped; an unreadable one too, with a warning);
 //  2. the keyring, waiting at most the time-out; a keyring that does not answer
 //     in time is not asked again by this object, and the run goes on with the
 //     settings file's value, with a warning;
