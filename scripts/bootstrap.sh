@@ -10,6 +10,7 @@ packages=(
   libgtest-dev libbenchmark-dev libsimdjson-dev
   clang libclang-rt-14-dev time
   python3-aiosmtpd python3-openpyxl python3-html5lib ccache
+  qtkeychain-qt6-dev help2man dpkg-dev lintian desktop-file-utils appstream man-db systemd
 )
 
 missing=()
