@@ -7,7 +7,8 @@ packages=(
   g++ cmake ninja-build pkg-config
   qt6-base-dev qt6-svg-dev qt6-httpserver-dev qt6-websockets-dev
   libsimpleini-dev libssl-dev libcurl4-openssl-dev libxlsxwriter-dev
-  libgtest-dev libbenchmark-dev libsimdjson-dev
+  libgtest-dev libbenchmark-dev libsimdjson-dev libgumbo-dev
+  libgmime-3.0-dev libqt6sql6-sqlite
   clang libclang-rt-14-dev time
   python3-aiosmtpd python3-openpyxl python3-html5lib ccache
   qtkeychain-qt6-dev help2man dpkg-dev lintian desktop-file-utils appstream man-db systemd

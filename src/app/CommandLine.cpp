@@ -25,6 +25,10 @@ TCommandLine ParseCommandLine(const QStringList &arguments)
       line.Encrypt = true;
     else if (argument == QLatin1String("--dry-run"))
       line.DryRun = true;
+    else if (argument == QLatin1String("--resend")) {
+      line.Resend = true;
+      line.OtherArguments.append(argument); // only of use to the unattended run
+    }
     else
       line.OtherArguments.append(argument);
   }
@@ -50,10 +54,13 @@ QString UsageText(const QString &programName)
              "  --encrypt    read one secret line on standard input and print its stored\n"
              "               form, for the settings file of a headless installation\n"
              "  --dry-run    unattended run that writes the report files and sends nothing\n"
+             "  --resend     unattended run that sends again the mails already delivered\n"
+             "               today (by default a later run of the same day skips them)\n"
              "  --deadline MINUTES\n"
              "               unattended run that starts no request of the service after\n"
              "               MINUTES (default 20): what was not retrieved by then is\n"
-             "               reported as incomplete, and the report is still sent\n"
+             "               reported as incomplete, and the report is still sent; no\n"
+             "               mail starts after it either\n"
              "\n"
              "Settings: $XDG_CONFIG_HOME/Vellmor/vlmQuorvexITSM/%1.ini (default ~/.config).\n")
       .arg(programName);

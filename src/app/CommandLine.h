@@ -11,6 +11,7 @@ struct TCommandLine
   bool Verbose = false;    // echo the trace to stderr
   bool Encrypt = false;    // read a secret on stdin, print its stored form
   bool DryRun = false;     // unattended run that writes the report files and sends nothing
+  bool Resend = false;     // unattended run that sends again what was delivered today
   // Minutes after which the unattended run starts no more request of the
   // service ("--deadline MINUTES" or "--deadline=MINUTES").
   int DeadlineMinutes = CDefaultDeadlineMinutes;

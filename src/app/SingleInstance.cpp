@@ -1,19 +1,11 @@
 #include "SingleInstance.h"
 
-#include "core/AtomicFile.h"
-#include "core/Errors.h"
 #include "core/Trace.h"
 
 #include <QCryptographicHash>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QFileInfo>
-#include <QFile>
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -29,31 +21,8 @@ TSingleInstance::TSingleInstance(const QString &key, QObject *parent) : QObject(
   // The lock lies beside the settings file, so that every start on these
   // settings meets it, from a desktop session or from cron alike (their
   // environments differ: cron has no XDG_RUNTIME_DIR, for one).
-  const QFileInfo settings(key);
-  const QString lockPath = settings.absoluteFilePath() + QStringLiteral(".lock");
-  QString failure;
-  try {
-    MakePrivateFolder(settings.absolutePath());
-    FLockDescriptor = ::open(QFile::encodeName(lockPath).constData(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (FLockDescriptor < 0)
-      failure = QString::fromLocal8Bit(std::strerror(errno));
-  } catch (const EQuorvexError &error) {
-    failure = error.Message();
-  }
-  if (FLockDescriptor >= 0) {
-    FPrimary = ::flock(FLockDescriptor, LOCK_EX | LOCK_NB) == 0;
-    if (!FPrimary && errno != EWOULDBLOCK) {
-      failure = QString::fromLocal8Bit(std::strerror(errno));
-      FPrimary = true;
-    }
-  } else {
-    // No lock can be made there (a read-only folder, say): that says nothing of
-    // another instance, so this one goes on unguarded; the settings will tell
-    // the user what is wrong with the folder.
-    FPrimary = true;
-  }
-  if (!failure.isEmpty())
-    TraceValue(lcApp(), "Single-instance lock cannot be taken, running unguarded", lockPath + QStringLiteral(": ") + failure);
+  FLock = std::make_unique<TFileLock>(QFileInfo(key).absoluteFilePath() + QStringLiteral(".lock"));
+  FPrimary = FLock->IsHeld();
   if (!FPrimary)
     return;
 
@@ -75,13 +44,7 @@ TSingleInstance::TSingleInstance(const QString &key, QObject *parent) : QObject(
   });
 }
 
-TSingleInstance::~TSingleInstance()
-{
-  // Closing releases the lock; the file stays, as removing it could race with a
-  // start that has just opened it.
-  if (FLockDescriptor >= 0)
-    ::close(FLockDescriptor);
-}
+TSingleInstance::~TSingleInstance() = default;
 
 bool TSingleInstance::AskPrimaryToRaise() const
 {

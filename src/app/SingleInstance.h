@@ -1,7 +1,10 @@
 #pragma once
 
+#include "FileLock.h"
+
 #include <QObject>
 #include <QString>
+#include <memory>
 
 class QLocalServer;
 
@@ -33,7 +36,7 @@ signals:
 
 private:
   QString FServerName;
-  int FLockDescriptor = -1;
+  std::unique_ptr<TFileLock> FLock;
   QLocalServer *FServer = nullptr;
   bool FPrimary = false;
 };

@@ -3,6 +3,7 @@
 // the unattended run.
 
 #include "CommandLine.h"
+#include "FileLock.h"
 #include "SingleInstance.h"
 
 #include "core/AppInfo.h"
@@ -11,6 +12,7 @@
 #include "core/SecretCodec.h"
 #include "core/SecretLookup.h"
 #include "core/SystemKeyring.h"
+#include "core/StopRequest.h"
 #include "core/Trace.h"
 #include "gui/TfrmMain.h"
 #include "rest/dRest.h"
@@ -26,6 +28,7 @@
 #include <cstdio>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace {
@@ -71,28 +74,35 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
   // The settings' secrets need the key soon: it is derived while Qt starts.
   const std::jthread keyAhead = DeriveKeyAhead();
   const bool unattended = line.Unattended();
-  const bool window = DisplayAvailable();
   std::unique_ptr<QCoreApplication> application;
-  if (window)
+  if (DisplayAvailable())
     application = std::make_unique<QApplication>(argc, argv);
   else
     application = std::make_unique<QCoreApplication>(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("quorvex-followup"));
   QCoreApplication::setApplicationVersion(QStringLiteral(QUORVEX_VERSION));
-  if (window)
+  if (DisplayAvailable())
     QGuiApplication::setDesktopFileName(QStringLiteral("quorvex-followup"));
 
-  TSingleInstance instance(BaseFolder() + IniFileNameFor(exeFileName));
-  if (!instance.IsPrimary()) {
-    if (unattended) {
-      PrintLine(QStringLiteral("%1: another instance is running on the same settings; this run does nothing.")
-                    .arg(exeFileName));
-      return CExitOtherInstance;
-    }
+  const QString settings = BaseFolder() + IniFileNameFor(exeFileName);
+  // One unattended run at a time per settings file; a window left open does not
+  // count: the run goes on beside it, without a window of its own.
+  std::optional<TFileLock> runLock;
+  if (unattended)
+    runLock.emplace(settings + QStringLiteral(".run.lock"));
+  if (runLock && !runLock->IsHeld()) {
+    PrintLine(QStringLiteral("%1: another unattended run is under way on the same settings (%2); this run does "
+                             "nothing.")
+                  .arg(exeFileName, runLock->Path()));
+    return CExitOtherInstance;
+  }
+  TSingleInstance instance(settings);
+  if (!instance.IsPrimary() && !unattended) {
     // Another window is open on the same settings: bring it forward and leave.
     instance.AskPrimaryToRaise();
     return CExitOk;
   }
+  const bool window = DisplayAvailable() && instance.IsPrimary();
 
   // Nobody is there to answer a message box during an unattended run.
   const bool askPerson = window && !unattended;
@@ -109,6 +119,14 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
   TdmRest rest(network);
   TUnattendedOptions options;
   options.DryRun = line.DryRun;
+  options.Resend = line.Resend;
+  // A scheduler's stop (SIGTERM), a Ctrl+C or a closed terminal ends the run
+  // cleanly: what was sent is journaled and logged, the lock released.
+  TStopRequest stop;
+  if (unattended) {
+    InstallStopSignals(stop);
+    options.Stop = &stop;
+  }
   options.Deadline = QDeadlineTimer(std::chrono::minutes(line.DeadlineMinutes));
   options.Echo = PrintLine;
 

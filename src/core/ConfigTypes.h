@@ -43,6 +43,7 @@ struct tySMTPserver
   QString DefaultTo;
   QString DefaultCC;
   QString From;       // sender address of the report
+  std::int32_t MaxRecipients = 100; // the most recipients one upload names
 };
 
 // Who receives the report (Setting::Delivery).

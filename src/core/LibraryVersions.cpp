@@ -15,5 +15,6 @@ QList<QPair<QString, QString>> LibraryVersions()
       {QStringLiteral("libcurl"), QString::fromLatin1(curl->version)},
       {QStringLiteral("libxlsxwriter"), QString::fromLatin1(lxw_version())},
       {QStringLiteral("SimpleIni"), QStringLiteral(QUORVEX_SIMPLEINI_VERSION)},
+      {QStringLiteral("GMime"), QStringLiteral(QUORVEX_GMIME_VERSION)},
   };
 }

@@ -80,6 +80,17 @@ void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarning
   smtp.DefaultTo = ReadSetting(ini, DefaultTo, warnings);
   smtp.DefaultCC = ReadSetting(ini, DefaultCC, warnings);
   smtp.From = ReadSetting(ini, From, warnings);
+  smtp.MaxRecipients = ReadSetting(ini, MaxRecipients);
+  if (smtp.MaxRecipients < 1) {
+    const QString warning = QStringLiteral("The recipient limit %1 (key \"%2\" of section [%3] in \"%4\") is not a "
+                                           "positive number; %5 is used. Correct it in the settings file.")
+                                .arg(smtp.MaxRecipients)
+                                .arg(MaxRecipients.Key, Section, ini.FileName())
+                                .arg(MaxRecipients.Default);
+    TraceError(lcSettings(), warning);
+    warnings.append(warning);
+    smtp.MaxRecipients = MaxRecipients.Default;
+  }
 }
 
 void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarnings &warnings)

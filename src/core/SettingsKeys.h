@@ -89,6 +89,9 @@ inline const TSetting<QString> Password{Section, QStringLiteral("Password"), QSt
 inline const TSetting<QString> DefaultTo{Section, QStringLiteral("DefaultTo"), QString()};
 inline const TSetting<QString> DefaultCC{Section, QStringLiteral("DefaultCC"), QString()};
 inline const TSetting<QString> From{Section, QStringLiteral("From"), QString()};
+// Relays limit the recipients of one message (often to 100): more go as several
+// identical mails. Set by hand in the file; no dialog writes it.
+inline const TSetting<std::int32_t> MaxRecipients{Section, QStringLiteral("MaxRecipients"), 100};
 } // namespace Smtp
 
 namespace Delivery {

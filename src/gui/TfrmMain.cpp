@@ -166,7 +166,8 @@ void TfrmMain::bbtStatusAndPropertiesClick()
 void TfrmMain::bbtSendMailClick()
 {
   const QStringList mails = FState.bbtSendMailClick(
-      *FProgress, [this](const QStringList &to, const QStringList &cc) { return ConfirmRecipients(to, cc, this); });
+      *FProgress, [this](const QStringList &to, const QStringList &cc) { return ConfirmRecipients(to, cc, this); },
+      [this](const QStringList &earlier) { return ConfirmResend(earlier, this); });
   if (mails.isEmpty()) {
     statusBar()->showMessage(FState.FHtmlContent.isEmpty()
                                  ? tr("Nothing sent: generate the report first (\"Generate Mail\")")
@@ -176,7 +177,7 @@ void TfrmMain::bbtSendMailClick()
   const QString through = tr("through %1 at %2")
                               .arg(SmtpServerName(FState.FSmtp), QTime::currentTime().toString(QStringLiteral("HH:mm")));
   if (FState.FDelivery.Mode == TDeliveryMode::Report && mails.size() == 1 &&
-      !mails.first().startsWith(QLatin1String("Nothing"))) {
+      mails.first().startsWith(QLatin1String("Mail to"))) {
     QStringList receivers{FState.FSmtp.DefaultTo.trimmed()};
     if (!FState.FSmtp.DefaultCC.trimmed().isEmpty())
       receivers.append(FState.FSmtp.DefaultCC.trimmed());

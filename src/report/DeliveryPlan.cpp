@@ -1,6 +1,7 @@
 #include "DeliveryPlan.h"
 
-#include "MailSender.h"
+#include "MailAddress.h"
+#include "core/SettingsKeys.h"
 
 #include <QSet>
 
@@ -60,31 +61,33 @@ qsizetype TReportMail::RowCount() const
   return rows;
 }
 
-QList<TReportMail> PlanDelivery(const TReportInput &input, const tyDelivery &delivery, const tySMTPserver &smtp,
-                                TColourStore &colours, const TMailReport::TClock &now)
+TDeliveryPlan PlanDelivery(const TReportInput &input, const tyDelivery &delivery, const tySMTPserver &smtp,
+                           TColourStore &colours, const TMailReport::TClock &now)
 {
   TReportInput fullInput = input;
   fullInput.ListRecipients = delivery.Mode == TDeliveryMode::Report;
   return PlanDelivery(input, TMailReport(fullInput, colours, now).Generate(), delivery, smtp, colours, now);
 }
 
-QList<TReportMail> PlanDelivery(const TReportInput &input, TReportOutput fullReport, const tyDelivery &delivery,
-                                const tySMTPserver &smtp, TColourStore &colours, const TMailReport::TClock &now)
+TDeliveryPlan PlanDelivery(const TReportInput &input, TReportOutput fullReport, const tyDelivery &delivery,
+                           const tySMTPserver &smtp, TColourStore &colours, const TMailReport::TClock &now)
 {
+  TDeliveryPlan plan;
   TReportMail full;
   full.Report = std::move(fullReport);
   if (delivery.SkipWhenClear && NothingToReport(input, full.Report))
-    return {};
+    return plan;
 
-  const QStringList defaultTo = SplitAddresses(smtp.DefaultTo);
-  const QStringList defaultCc = SplitAddresses(smtp.DefaultCC);
+  const auto source = [](const auto &setting) { return QStringLiteral("[%1] %2").arg(setting.Section, setting.Key); };
+  const QStringList defaultTo = ParseAddressList(smtp.DefaultTo, source(Setting::Smtp::DefaultTo), plan.Warnings);
+  const QStringList defaultCc = ParseAddressList(smtp.DefaultCC, source(Setting::Smtp::DefaultCC), plan.Warnings);
   const QStringList computedTo = Distinct(full.Report.SlRecipientTo);
   const QStringList &computedCc = full.Report.SlRecipientCc;
-  QList<TReportMail> mails;
+  QList<TReportMail> digests;
   switch (delivery.Mode) {
   case TDeliveryMode::Report:
-    full.To = defaultTo;
-    full.Cc = defaultCc;
+    full.To = Distinct(defaultTo);
+    AddNew(full.Cc, defaultCc, full.To);
     break;
   case TDeliveryMode::Concerned:
     full.To = computedTo.isEmpty() ? Distinct(defaultTo) : computedTo;
@@ -98,15 +101,17 @@ QList<TReportMail> PlanDelivery(const TReportInput &input, TReportOutput fullRep
       TReportMail digest;
       digest.To = QStringList{address};
       digest.Report = TMailReport(DigestInput(input, full.Report, address), colours, now).Generate();
-      mails.append(digest);
+      digests.append(digest);
     }
     full.To = Distinct(defaultTo);
     AddNew(full.Cc, computedCc, full.To);
     AddNew(full.Cc, defaultCc, full.To);
     break;
   }
-  mails.append(full);
-  return mails;
+  // The full report goes first: the people who follow the whole desk get it
+  // even when a digest later meets a refusing server.
+  plan.Mails = QList<TReportMail>{full} + digests;
+  return plan;
 }
 
 void ConfirmationLists(const QList<TReportMail> &mails, TDeliveryMode mode, QStringList &to, QStringList &cc)

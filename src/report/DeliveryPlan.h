@@ -17,26 +17,36 @@ struct TReportMail
   qsizetype RowCount() const;
 };
 
+// The mails of a delivery, in sending order, and the settings' addresses that
+// could not be used (one line each, naming the key).
+struct TDeliveryPlan
+{
+  QList<TReportMail> Mails;
+  QStringList Warnings;
+};
+
 // The mails that deliver the report made from `input`, in sending order, by mode:
 // - report: the full report, listing the computed recipients at its end, To the
 //   default receiver "To", Cc the default "Cc";
 // - concerned: the full report To the computed primary addresses, Cc the computed
 //   copies then the default "To" and "Cc"; with no computed primary address, To
 //   the default "To" and Cc the computed copies then the default "Cc";
-// - personal: for each computed primary address, a digest of the rows that
-//   concern that person (in "Unassigned" the tickets of their teams, elsewhere
-//   the tickets assigned to them), To that address alone; then the full report
-//   To the default "To", Cc the computed copies then the default "Cc".
-// Outside "report" an address is never twice in a mail (compared without case)
-// and no report lists the computed recipients. With SkipWhenClear there is no
+// - personal: first the full report To the default "To", Cc the computed copies
+//   then the default "Cc"; then for each computed primary address, a digest of
+//   the rows that concern that person (in "Unassigned" the tickets of their
+//   teams, elsewhere the tickets assigned to them), To that address alone.
+// The default addresses are parsed as ParseAddressList does ([SMTP] DefaultTo
+// and DefaultCC); the computed ones were parsed when the operators were read.
+// An address is never twice in a mail (compared without case) and outside
+// "report" no report lists the computed recipients. With SkipWhenClear there is no
 // mail at all when the retrieval was complete and no section has a row. Every
 // report reads the clock `now`, so all agree on the ages.
-QList<TReportMail> PlanDelivery(const TReportInput &input, const tyDelivery &delivery, const tySMTPserver &smtp,
-                                TColourStore &colours, const TMailReport::TClock &now);
+TDeliveryPlan PlanDelivery(const TReportInput &input, const tyDelivery &delivery, const tySMTPserver &smtp,
+                           TColourStore &colours, const TMailReport::TClock &now);
 // The same, with the full report already made from `input` at `now` for this
 // mode (its recipients listed only in mode report): it is not made again.
-QList<TReportMail> PlanDelivery(const TReportInput &input, TReportOutput fullReport, const tyDelivery &delivery,
-                                const tySMTPserver &smtp, TColourStore &colours, const TMailReport::TClock &now);
+TDeliveryPlan PlanDelivery(const TReportInput &input, TReportOutput fullReport, const tyDelivery &delivery,
+                           const tySMTPserver &smtp, TColourStore &colours, const TMailReport::TClock &now);
 
 // What a person confirms before the mails go: the "To" and "CC" lists; in
 // personal mode one "To" line per receiver with the row count of their mail.

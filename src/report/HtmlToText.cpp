@@ -1,207 +1,215 @@
 #include "HtmlToText.h"
 
-#include <QHash>
-#include <QList>
-#include <QRegularExpression>
-#include <QSet>
+#include <QStringList>
+#include <gumbo.h>
+#include <memory>
 
 namespace {
 
-const QHash<QString, char32_t> &NamedEntities()
-{
-  static const QHash<QString, char32_t> entities{
-      {"nbsp", 0xA0},  {"amp", '&'},      {"lt", '<'},       {"gt", '>'},       {"quot", '"'},
-      {"apos", '\''},  {"copy", 0xA9},    {"reg", 0xAE},     {"trade", 0x2122}, {"euro", 0x20AC},
-      {"laquo", 0xAB}, {"raquo", 0xBB},   {"ndash", 0x2013}, {"mdash", 0x2014}, {"hellip", 0x2026},
-      {"bull", 0x2022}, {"middot", 0xB7}, {"deg", 0xB0},     {"eacute", 0xE9},  {"egrave", 0xE8},
-      {"ecirc", 0xEA}, {"agrave", 0xE0},  {"acirc", 0xE2},   {"ccedil", 0xE7},  {"ocirc", 0xF4},
-      {"ugrave", 0xF9}, {"uuml", 0xFC},   {"ouml", 0xF6},    {"auml", 0xE4},    {"szlig", 0xDF},
-      {"Eacute", 0xC9}, {"rsquo", 0x2019}, {"lsquo", 0x2018}, {"rdquo", 0x201D}, {"ldquo", 0x201C}};
-  return entities;
-}
+constexpr QChar CNoBreakSpace = QChar(0x00A0);
 
-// Entities and character references replaced by their characters; an unknown
-// entity stays as written.
-QString DecodeEntities(const QString &text)
+bool IsBlock(GumboTag tag)
 {
-  static const QRegularExpression entity(QStringLiteral("&(#[0-9]{1,7}|#[xX][0-9a-fA-F]{1,6}|[A-Za-z][A-Za-z0-9]*);"));
-  QString result;
-  qsizetype done = 0;
-  for (auto it = entity.globalMatch(text); it.hasNext();) {
-    const QRegularExpressionMatch match = it.next();
-    const QString name = match.captured(1);
-    char32_t code = 0;
-    bool ok = false;
-    if (name.startsWith(u"#x") || name.startsWith(u"#X"))
-      code = name.mid(2).toUInt(&ok, 16);
-    else if (name.startsWith(u'#'))
-      code = name.mid(1).toUInt(&ok, 10);
-    else if (const auto found = NamedEntities().constFind(name); found != NamedEntities().constEnd()) {
-      code = *found;
-      ok = true;
-    }
-    if (!ok || code == 0 || code > 0x10FFFF)
-      continue;
-    result += QStringView(text).mid(done, match.capturedStart() - done);
-    result += QString::fromUcs4(&code, 1);
-    done = match.capturedEnd();
+  switch (tag) {
+  case GUMBO_TAG_P: case GUMBO_TAG_DIV: case GUMBO_TAG_H1: case GUMBO_TAG_H2: case GUMBO_TAG_H3:
+  case GUMBO_TAG_H4: case GUMBO_TAG_H5: case GUMBO_TAG_H6: case GUMBO_TAG_TABLE: case GUMBO_TAG_BLOCKQUOTE:
+  case GUMBO_TAG_PRE: case GUMBO_TAG_HR: case GUMBO_TAG_DL: case GUMBO_TAG_CENTER: case GUMBO_TAG_ADDRESS:
+  case GUMBO_TAG_SECTION: case GUMBO_TAG_ARTICLE: case GUMBO_TAG_HEADER: case GUMBO_TAG_FOOTER: return true;
+  default: return false;
   }
-  result += QStringView(text).mid(done);
-  return result;
 }
 
-struct TTag
+int HeadingLevel(GumboTag tag)
 {
-  QString Name; // lower case
-  bool Closing = false;
-  QString Href;
-};
-
-TTag ParseTag(const QString &inside)
-{
-  static const QRegularExpression name(QStringLiteral("^\\s*(/?)\\s*([A-Za-z][A-Za-z0-9]*)"));
-  static const QRegularExpression href(
-      QStringLiteral("\\bhref\\s*=\\s*(?:\"([^\"]*)\"|'([^']*)'|([^\\s>]+))"), QRegularExpression::CaseInsensitiveOption);
-  TTag tag;
-  const QRegularExpressionMatch match = name.match(inside);
-  if (!match.hasMatch())
-    return tag;
-  tag.Closing = !match.capturedView(1).isEmpty();
-  tag.Name = match.captured(2).toLower();
-  if (tag.Name == u"a") {
-    const QRegularExpressionMatch link = href.match(inside);
-    tag.Href = DecodeEntities(link.captured(1) + link.captured(2) + link.captured(3)).trimmed();
+  switch (tag) {
+  case GUMBO_TAG_H1: return 1;
+  case GUMBO_TAG_H2: return 2;
+  case GUMBO_TAG_H3: return 3;
+  default: return 0;
   }
-  return tag;
 }
 
-// Writes the text while tags arrive, keeping track of pending blanks and line
-// breaks so that no line starts or ends with a blank.
+// Writes the text of a parsed tree: the current line, the lines of the current
+// block, and the blocks done.
 class TTextWriter
 {
 public:
+  void Node(const GumboNode &node)
+  {
+    switch (node.type) {
+    case GUMBO_NODE_DOCUMENT: Children(node.v.document.children); break;
+    case GUMBO_NODE_ELEMENT: Element(node); break;
+    case GUMBO_NODE_TEXT:
+    case GUMBO_NODE_CDATA:
+    case GUMBO_NODE_WHITESPACE: Text(QString::fromUtf8(node.v.text.text)); break;
+    case GUMBO_NODE_COMMENT:
+    case GUMBO_NODE_TEMPLATE: break;
+    }
+  }
+
+  QString Result()
+  {
+    EndBlock();
+    return FBlocks.join(QStringLiteral("\n\n")).replace(CNoBreakSpace, u' ');
+  }
+
+private:
+  void Children(const GumboVector &children)
+  {
+    for (unsigned i = 0; i < children.length; ++i)
+      Node(*static_cast<const GumboNode *>(children.data[i]));
+  }
+
+  void Element(const GumboNode &node)
+  {
+    const GumboElement &element = node.v.element;
+    switch (element.tag) {
+    case GUMBO_TAG_HEAD: case GUMBO_TAG_SCRIPT: case GUMBO_TAG_STYLE: case GUMBO_TAG_TITLE:
+    case GUMBO_TAG_TEMPLATE: return;
+    case GUMBO_TAG_BR: LineBreak(); return;
+    case GUMBO_TAG_UL: case GUMBO_TAG_OL: List(element); return;
+    case GUMBO_TAG_LI: Item(element); return;
+    case GUMBO_TAG_TR:
+      Break();
+      FCells = 0;
+      Children(element.children);
+      Break();
+      return;
+    case GUMBO_TAG_TD: case GUMBO_TAG_TH:
+      if (FCells++ > 0)
+        FLine += QStringLiteral(" | ");
+      FSpace = false;
+      Children(element.children);
+      return;
+    case GUMBO_TAG_A: Link(element); return;
+    default: break;
+    }
+    if (!IsBlock(element.tag)) {
+      Children(element.children);
+      return;
+    }
+    EndBlock();
+    FPre += element.tag == GUMBO_TAG_PRE;
+    Children(element.children);
+    FPre -= element.tag == GUMBO_TAG_PRE;
+    Break();
+    if (const int level = HeadingLevel(element.tag); level > 0 && !FLines.isEmpty())
+      FLines.last() = TextHeading(FLines.last(), level);
+    EndBlock();
+  }
+
+  // A list is a block of its own, or lines within the item that holds it.
+  void List(const GumboElement &element)
+  {
+    if (FLists.isEmpty())
+      EndBlock();
+    else
+      Break();
+    FLists.append(element.tag == GUMBO_TAG_OL ? 1 : 0);
+    Children(element.children);
+    FLists.removeLast();
+    Break();
+    if (FLists.isEmpty())
+      EndBlock();
+  }
+
+  void Item(const GumboElement &element)
+  {
+    Break();
+    const qsizetype depth = std::max<qsizetype>(FLists.size(), 1);
+    int *number = FLists.isEmpty() ? nullptr : &FLists.last();
+    const QString marker = number && *number > 0 ? QString::number((*number)++) + QStringLiteral(". ") : QStringLiteral("- ");
+    FLine = QString(2 * (depth - 1), u' ') + marker;
+    FSpace = false;
+    Children(element.children);
+    Break();
+  }
+
+  void Link(const GumboElement &element)
+  {
+    const qsizetype start = FLine.size();
+    Children(element.children);
+    const GumboAttribute *href = gumbo_get_attribute(&element.attributes, "href");
+    const QString address = href ? QString::fromUtf8(href->value).trimmed() : QString();
+    const QString text = FLine.mid(start).trimmed();
+    if (address.isEmpty() || address.startsWith(u'#') || address == text)
+      return;
+    FLine += (FLine.isEmpty() || FLine.endsWith(u' ') ? QStringLiteral("<") : QStringLiteral(" <")) + address + u'>';
+  }
+
   void Text(const QString &text)
   {
     for (const QChar c : text) {
-      if (c.isSpace() && c != QChar::Nbsp)
+      if (FPre > 0 && c == u'\n') {
+        LineBreak();
+      } else if (FPre == 0 && (c == u' ' || c == u'\t' || c == u'\n' || c == u'\r' || c == u'\f')) {
         FSpace = true;
-      else
-        Put(c == QChar::Nbsp ? QString(u' ') : QString(c));
+      } else {
+        if (FSpace && !FLine.isEmpty() && !FLine.endsWith(u' '))
+          FLine += u' ';
+        FSpace = false;
+        FLine += c;
+      }
     }
   }
 
-  void Tag(const TTag &tag)
+  // Ends the line, even an empty one.
+  void LineBreak()
   {
-    static const QSet<QString> paragraphs{"p", "h1", "h2", "h3", "h4", "h5", "h6", "table", "ul", "ol", "blockquote", "pre"};
-    static const QSet<QString> lines{"div", "tr", "thead", "tbody", "tfoot", "section", "header", "footer",
-                                     "dl", "dt", "dd", "form", "body", "caption"};
-    if (tag.Name == u"br") {
-      ++FBreaks;
-      FSpace = false;
-    } else if (tag.Name == u"hr") {
-      Break(1);
-      Put(QStringLiteral("----------"));
-      Break(1);
-    } else if (tag.Name == u"li" && !tag.Closing) {
-      Break(1);
-      const bool numbered = !FLists.isEmpty() && FLists.last() >= 0;
-      Put(numbered ? QString::number(++FLists.last()) + QStringLiteral(". ") : QStringLiteral("- "));
-    } else if ((tag.Name == u"td" || tag.Name == u"th") && !tag.Closing) {
-      FSpace = false;
-      if (FCellsInRow++ > 0)
-        Put(QStringLiteral(" | "));
-    } else if (tag.Name == u"a") {
-      Link(tag);
-    } else if (paragraphs.contains(tag.Name) || lines.contains(tag.Name)) {
-      Break(paragraphs.contains(tag.Name) ? 2 : 1);
-    }
-    if (tag.Name == u"tr")
-      FCellsInRow = 0;
-    if (tag.Name == u"ul" || tag.Name == u"ol") {
-      if (!tag.Closing)
-        FLists.append(tag.Name == u"ol" ? 0 : -1);
-      else if (!FLists.isEmpty())
-        FLists.removeLast();
-    }
-  }
-
-  QString Result() const { return FOut; }
-
-private:
-  void Break(int count)
-  {
-    FBreaks = std::max(FBreaks, count);
+    while (FLine.endsWith(u' '))
+      FLine.chop(1);
+    FLines.append(FLine);
+    FLine.clear();
     FSpace = false;
   }
 
-  void Put(const QString &text)
+  // Ends the line when it holds anything.
+  void Break()
   {
-    if (!FOut.isEmpty()) {
-      if (FBreaks > 0)
-        FOut += QString(FBreaks, u'\n');
-      else if (FSpace && !FOut.endsWith(u'\n'))
-        FOut += u' ';
-    }
-    FBreaks = 0;
+    if (!FLine.isEmpty())
+      LineBreak();
     FSpace = false;
-    FOut += text;
   }
 
-  // "text <address>" for a link whose text is not its address already.
-  void Link(const TTag &tag)
+  void EndBlock()
   {
-    if (!tag.Closing) {
-      FHref = tag.Href;
-      FLinkStart = FOut.size();
-      return;
-    }
-    const QString text = FOut.mid(FLinkStart).trimmed();
-    if (!FHref.isEmpty() && text != FHref && !FHref.startsWith(u'#')) {
-      FSpace = true;
-      Put(u'<' + FHref + u'>');
-    }
-    FHref.clear();
+    Break();
+    while (!FLines.isEmpty() && FLines.first().trimmed().isEmpty())
+      FLines.removeFirst();
+    while (!FLines.isEmpty() && FLines.last().trimmed().isEmpty())
+      FLines.removeLast();
+    if (!FLines.isEmpty())
+      FBlocks.append(FLines.join(u'\n'));
+    FLines.clear();
   }
 
-  QString FOut;
-  bool FSpace = false;
-  int FBreaks = 0;
-  int FCellsInRow = 0;
-  QList<int> FLists; // per open list: -1 bulleted, else the last number given
-  QString FHref;
-  qsizetype FLinkStart = 0;
+  QStringList FBlocks;
+  QStringList FLines;
+  QString FLine;
+  bool FSpace = false;  // blanks met since the last character written
+  int FPre = 0;         // depth of <pre> elements, where blanks are kept
+  int FCells = 0;       // cells already written on the current table row
+  QList<int> FLists;    // per open list: the next item's number, 0 when unnumbered
 };
 
 } // namespace
 
 QString HtmlToText(const QString &html)
 {
-  static const QSet<QString> silent{"head", "script", "style", "title", "template"};
+  const QByteArray utf8 = html.toUtf8();
+  GumboOptions options = kGumboDefaultOptions;
+  options.fragment_context = GUMBO_TAG_BODY;
+  const auto destroy = [&options](GumboOutput *output) { gumbo_destroy_output(&options, output); };
+  const std::unique_ptr<GumboOutput, decltype(destroy)> output(
+      gumbo_parse_with_options(&options, utf8.constData(), static_cast<std::size_t>(utf8.size())), destroy);
   TTextWriter writer;
-  qsizetype pos = 0;
-  while (pos < html.size()) {
-    const qsizetype open = html.indexOf(u'<', pos);
-    writer.Text(DecodeEntities(html.mid(pos, open < 0 ? -1 : open - pos)));
-    if (open < 0)
-      break;
-    if (QStringView(html).mid(open).startsWith(u"<!--")) {
-      const qsizetype end = html.indexOf(QStringLiteral("-->"), open + 4);
-      pos = end < 0 ? html.size() : end + 3;
-      continue;
-    }
-    const qsizetype close = html.indexOf(u'>', open);
-    if (close < 0)
-      break;
-    const TTag tag = ParseTag(html.mid(open + 1, close - open - 1));
-    pos = close + 1;
-    if (!tag.Closing && silent.contains(tag.Name)) {
-      const qsizetype end = html.indexOf(QStringLiteral("</") + tag.Name, pos, Qt::CaseInsensitive);
-      const qsizetype after = end < 0 ? -1 : html.indexOf(u'>', end);
-      pos = after < 0 ? html.size() : after + 1;
-      continue;
-    }
-    if (!tag.Name.isEmpty())
-      writer.Tag(tag);
-  }
+  writer.Node(*output->root);
   return writer.Result();
+}
+
+QString TextHeading(const QString &text, int level)
+{
+  if (level > 2)
+    return text;
+  return text + u'\n' + QString(text.size(), level == 1 ? u'=' : u'-');
 }

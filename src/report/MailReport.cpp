@@ -1,34 +1,24 @@
 #include "MailReport.h"
 
-#include "HtmlSafety.h"
 #include "core/Errors.h"
 #include "core/uTools.h"
 #include "tickets/ColourStore.h"
 #include "tickets/Selection.h"
 
-#include <QRegularExpression>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace {
 
 const QString CReportTitle = QStringLiteral("Quorvex ITSM tickets follow-up");
 const QString CActive = QStringLiteral("ACTIVE");
-const QString CNotChecked = QStringLiteral("    <p><strong>This could not be checked: the retrieval of the tickets "
-                                           "was incomplete.</strong></p>");
+const QString CNotChecked =
+    QStringLiteral("This could not be checked: the retrieval of the tickets was incomplete.");
 constexpr double CMillisecondsPerDay = 86400000.0;
 
-QString Safe(const QString &serviceText) { return NeutraliseActiveHtml(serviceText); }
-
-// Texts from the service joined by ", ", each neutralised on its own so that
-// nothing one leaves open reaches the next.
-QString SafeList(const QStringList &serviceTexts)
-{
-  QStringList safe;
-  for (const QString &text : serviceTexts)
-    safe.append(Safe(text));
-  return safe.join(QStringLiteral(", "));
-}
+// Values of the service joined by ", ", as HTML that shows them as text.
+QString EscapedList(const QStringList &serviceTexts) { return serviceTexts.join(QStringLiteral(", ")).toHtmlEscaped(); }
 
 // Whole units in a span of days, truncated toward zero, as a 32-bit number.
 std::int32_t WholeUnits(double days, double unitsPerDay)
@@ -91,6 +81,124 @@ QStringList Names(const auto &records)
   return names;
 }
 
+// The columns of the tables, each declared once for the HTML and the text.
+enum class TColumn { Organization, Ticket, Title, AssignedTeam, AssignedUser, CreationDate, LastUpdate, Priority, Status };
+
+struct TColumnSpec
+{
+  TColumn Column;
+  QString Header;
+  bool NoWrap;       // the HTML cell does not wrap
+  bool Centred;      // the HTML cell is centred
+  bool KeepTogether; // its spaces are no-break spaces in the HTML
+};
+
+const TColumnSpec CColumns[] = {
+    {TColumn::Organization, QStringLiteral("Organization"), true, false, false},
+    {TColumn::Ticket, QStringLiteral("Ticket"), true, false, false},
+    {TColumn::Title, QStringLiteral("Title"), false, false, false},
+    {TColumn::AssignedTeam, QStringLiteral("Assigned Team"), true, false, false},
+    {TColumn::AssignedUser, QStringLiteral("Assigned User"), true, false, true},
+    {TColumn::CreationDate, QStringLiteral("Creation Date"), false, true, true},
+    {TColumn::LastUpdate, QStringLiteral("Last Update"), false, true, true},
+    {TColumn::Priority, QStringLiteral("Priority"), false, true, false},
+    {TColumn::Status, QStringLiteral("Status"), true, true, false},
+};
+
+struct TSectionColumn
+{
+  const TColumnSpec *Spec;
+  TAge Age;
+};
+
+QList<TSectionColumn> SectionColumns(TReportSection section)
+{
+  const auto [withAssignedUser, creationAge, updateAge] = SectionLayout(section);
+  QList<TSectionColumn> columns;
+  for (const TColumnSpec &spec : CColumns)
+    if (spec.Column != TColumn::AssignedUser || withAssignedUser)
+      columns.append({&spec, spec.Column == TColumn::CreationDate ? creationAge
+                             : spec.Column == TColumn::LastUpdate ? updateAge
+                                                                  : TAge::None});
+  return columns;
+}
+
+// What a cell shows, as plain text: the value, the address it links to, the age.
+struct TCell
+{
+  QString Text;
+  QString Address = {};
+  QString Age = {};
+  std::optional<TColor> Background = {};
+};
+
+QString HtmlCell(const TColumnSpec &spec, const TCell &cell)
+{
+  QString content = cell.Text.toHtmlEscaped();
+  if (spec.KeepTogether)
+    content = Str2Html(content);
+  if (!cell.Address.isEmpty())
+    content = QStringLiteral("<a href=\"") + cell.Address.toHtmlEscaped() + QStringLiteral("\" target=\"_blank\">") +
+              content + QStringLiteral("</a>");
+  if (!cell.Age.isEmpty())
+    content += QStringLiteral("<br><strong>(") + Str2Html(cell.Age) + QStringLiteral(")</strong>");
+  QString open = QStringLiteral("          <td");
+  if (spec.Centred)
+    open += QStringLiteral(" align=\"center\"");
+  if (spec.NoWrap)
+    open += QStringLiteral(" nowrap");
+  if (cell.Background)
+    open += QStringLiteral(" color=") + ColorToHtml1(GetContrastedColor(*cell.Background)) +
+            QStringLiteral(" bgcolor=") + ColorToHtml1(*cell.Background);
+  return open + u'>' + content + QStringLiteral("</td>");
+}
+
+QString TextCell(const TCell &cell)
+{
+  QString text = cell.Text;
+  if (!cell.Address.isEmpty())
+    text += QStringLiteral(" <") + cell.Address + u'>';
+  if (!cell.Age.isEmpty())
+    text += QStringLiteral(" (") + cell.Age + u')';
+  return text;
+}
+
+// What `column` shows for `ticket`: the one place that reads a row's values.
+TCell TicketCell(const TSectionColumn &column, const tyRestTicket &ticket, const QString &serviceUrl,
+                 TColourStore &colours, TDateTime now)
+{
+  switch (column.Spec->Column) {
+  case TColumn::Organization: return {ticket.organization.name};
+  case TColumn::Ticket: {
+    static const QHash<QString, QString> typeNames{{QStringLiteral("INCIDENT"), QStringLiteral("Incident")},
+                                                   {QStringLiteral("REQUEST"), QStringLiteral("Request")},
+                                                   {QStringLiteral("CHANGE"), QStringLiteral("Change")},
+                                                   {QStringLiteral("PROBLEM"), QStringLiteral("Problem")}};
+    const QString id = QString::number(ticket.id);
+    return {typeNames.value(ticket._type) + u' ' + id, serviceUrl + QStringLiteral("/operators/tickets/all/") + id};
+  }
+  case TColumn::Title: return {ticket.title};
+  case TColumn::AssignedTeam: return {ticket.assignedTeam.name};
+  case TColumn::AssignedUser: return {ticket.assignedUser.name};
+  case TColumn::CreationDate:
+  case TColumn::LastUpdate: {
+    const TDateTime moment = RestTimestamp2DateTime(
+        column.Spec->Column == TColumn::CreationDate ? ticket.creationDate : ticket.lastUpdate);
+    TCell cell{DateTimeToStr(moment)};
+    if (column.Age != TAge::None)
+      cell.Age = QStringLiteral("%1 %2").arg(AgeOf(moment, now, column.Age))
+                     .arg(column.Age == TAge::Hours ? QStringLiteral("hours") : QStringLiteral("days"));
+    return cell;
+  }
+  case TColumn::Priority: {
+    const QString text = colours.GetPriorityText(ticket.priority.reference);
+    return {text, {}, {}, colours.GetSavedColor(Setting::PriorityColours, text)};
+  }
+  case TColumn::Status: break;
+  }
+  return {ticket.status._reference, {}, {}, colours.GetSavedColor(Setting::StatusColours, ticket.status._reference)};
+}
+
 } // namespace
 
 TMailReport::TMailReport(const TReportInput &input, TColourStore &colours, TClock now)
@@ -107,6 +215,7 @@ TReportOutput TMailReport::Generate()
   FCurrentTime = FNow();
   FOut = TReportOutput();
   FOut.CurrentTime = FCurrentTime;
+  FText = TReportText();
   Mail_01_AddHeader();
   Mail_02_AddTitle();
   Mail_03_AddUnassigned();
@@ -114,22 +223,27 @@ TReportOutput TMailReport::Generate()
   Mail_05_Gt10Exchanges();
   CompleteRecipients();
   Mail_06_AddFooter();
+  FOut.Text = FText.Text();
   return FOut;
 }
 
 void TMailReport::AddLines(const QStringList &lines, const QString &placeholder, const QString &value)
 {
+  QStringList filled;
   for (const QString &line : lines)
-    FOut.HtmlContent.append(placeholder.isEmpty() ? line
-                                                  : QString(line).replace(placeholder, value, Qt::CaseInsensitive));
+    filled.append(placeholder.isEmpty() ? line : QString(line).replace(placeholder, value, Qt::CaseInsensitive));
+  FOut.HtmlContent.append(filled);
+  FText.HtmlBlock(filled);
 }
 
 void TMailReport::AddAllClear(const QStringList &lines)
 {
   if (FIn.RetrievalWarning.isEmpty())
     AddLines(lines);
-  else
-    FOut.HtmlContent.append(CNotChecked);
+  else {
+    FOut.HtmlContent.append(QStringLiteral("    <p><strong>") + CNotChecked + QStringLiteral("</strong></p>"));
+    FText.Paragraph({CNotChecked});
+  }
 }
 
 void TMailReport::Mail_01_AddHeader()
@@ -172,56 +286,32 @@ void TMailReport::Mail_02_AddTitle()
   const QTime time = extraction.time();
   const QString timestamp = NumStr(date.day(), 2) + u'.' + NumStr(date.month(), 2) + u'.' + NumStr(date.year(), 4) +
                             QStringLiteral(" - ") + NumStr(time.hour(), 2) + u':' + NumStr(time.minute(), 2);
+  const QString incompleteMark = incomplete ? QStringLiteral(" (incomplete)") : QString();
+  const QStringList organizations = Names(FIn.SelectedOrganizations);
+  const QStringList teams = Names(FIn.SelectedTeams);
   FOut.HtmlContent << QStringLiteral("  <body>") << QStringLiteral("    <h1>Quorvex ITSM tickets follow-up</h1>");
-  if (!FIn.RetrievalWarning.isEmpty())
-    FOut.HtmlContent << QStringLiteral("    <p><strong>WARNING: %1</strong></p>").arg(FIn.RetrievalWarning.toHtmlEscaped());
+  FText.Heading(CReportTitle, 1);
+  if (incomplete) {
+    const QString warning = QStringLiteral("WARNING: ") + FIn.RetrievalWarning;
+    FOut.HtmlContent << QStringLiteral("    <p><strong>") + warning.toHtmlEscaped() + QStringLiteral("</strong></p>");
+    FText.Paragraph({warning});
+  }
+  if (!FIn.RecipientsWarning.isEmpty()) {
+    const QString warning = QStringLiteral("WARNING: ") + FIn.RecipientsWarning;
+    FOut.HtmlContent << QStringLiteral("    <p><strong>") + warning.toHtmlEscaped() + QStringLiteral("</strong></p>");
+    FText.Paragraph({warning});
+  }
   FOut.HtmlContent << QStringLiteral("    <h2>Parameters</h2>") << QStringLiteral("    <p><b>Organization(s)</b><br>")
-                   << QStringLiteral("    ") + SafeList(Names(FIn.SelectedOrganizations)) +
-                          QStringLiteral("</p>")
+                   << QStringLiteral("    ") + EscapedList(organizations) + QStringLiteral("</p>")
                    << QStringLiteral("    <p><b>Team(s)</b><br>")
-                   << QStringLiteral("    ") + SafeList(Names(FIn.SelectedTeams)) +
-                          QStringLiteral("</p>")
+                   << QStringLiteral("    ") + EscapedList(teams) + QStringLiteral("</p>")
                    << QStringLiteral("    <p><b>Extraction</b><br>")
-                   << QStringLiteral("    ") + timestamp + QStringLiteral("&nbsp;CET") +
-                          (incomplete ? QStringLiteral(" (incomplete)") : QString()) + QStringLiteral("</p>");
-}
-
-QString TMailReport::GetHtmlTicketLink(const tyRestTicket &ticket) const
-{
-  static const QHash<QString, QString> typeNames{{QStringLiteral("INCIDENT"), QStringLiteral("Incident")},
-                                                 {QStringLiteral("REQUEST"), QStringLiteral("Request")},
-                                                 {QStringLiteral("CHANGE"), QStringLiteral("Change")},
-                                                 {QStringLiteral("PROBLEM"), QStringLiteral("Problem")}};
-  const QString id = QString::number(ticket.id);
-  return QStringLiteral("<a href=\"") + FIn.ServiceUrl + QStringLiteral("/operators/tickets/all/") + id +
-         QStringLiteral("\" target=\"_blank\">") + typeNames.value(ticket._type) + u' ' + id + QStringLiteral("</a>");
-}
-
-QString TMailReport::GetHtmlTdPriority(const tyRestTicket &ticket)
-{
-  const QString text = FColours.GetPriorityText(ticket.priority.reference);
-  const TColor background = FColours.GetSavedColor(Setting::PriorityColours, text);
-  return QStringLiteral("<td align=\"center\" color=") + ColorToHtml1(GetContrastedColor(background)) +
-         QStringLiteral(" bgcolor=") + ColorToHtml1(background) + u'>' + Safe(text) + QStringLiteral("</td>");
-}
-
-QString TMailReport::GetHtmlTdStatus(const tyRestTicket &ticket)
-{
-  const TColor background = FColours.GetSavedColor(Setting::StatusColours, ticket.status._reference);
-  return QStringLiteral("<td align=\"center\" nowrap color=") + ColorToHtml1(GetContrastedColor(background)) +
-         QStringLiteral(" bgcolor=") + ColorToHtml1(background) + u'>' + Safe(ticket.status._reference) +
-         QStringLiteral("</td>");
-}
-
-QString TMailReport::DateCell(const QString &timestamp, TAge age) const
-{
-  const TDateTime moment = RestTimestamp2DateTime(timestamp);
-  QString cell = QStringLiteral("          <td align=\"center\">") + Str2Html(DateTimeToStr(moment));
-  if (age != TAge::None)
-    cell += QStringLiteral("<br><strong>(%1&nbsp;%2)</strong>")
-                .arg(AgeOf(moment, FCurrentTime, age))
-                .arg(age == TAge::Hours ? QStringLiteral("hours") : QStringLiteral("days"));
-  return cell + QStringLiteral("</td>");
+                   << QStringLiteral("    ") + timestamp + QStringLiteral("&nbsp;CET") + incompleteMark +
+                          QStringLiteral("</p>");
+  FText.Heading(QStringLiteral("Parameters"), 2);
+  FText.Paragraph({QStringLiteral("Organization(s)"), organizations.join(QStringLiteral(", "))});
+  FText.Paragraph({QStringLiteral("Team(s)"), teams.join(QStringLiteral(", "))});
+  FText.Paragraph({QStringLiteral("Extraction"), timestamp + QStringLiteral(" CET") + incompleteMark});
 }
 
 const TReportRows &TMailReport::SectionRows(TReportSection section,
@@ -240,34 +330,29 @@ const TReportRows &TMailReport::SectionRows(TReportSection section,
 void TMailReport::AddTable(TReportSection section)
 {
   const TReportRows &rows = FOut.Rows.at(static_cast<std::size_t>(section));
-  const auto [withAssignedUser, creationAge, updateAge] = SectionLayout(section);
-  QStringList headers{QStringLiteral("Organization"), QStringLiteral("Ticket"), QStringLiteral("Title"),
-                      QStringLiteral("Assigned&nbsp;Team")};
-  if (withAssignedUser)
-    headers << QStringLiteral("Assigned&nbsp;User");
-  headers << QStringLiteral("Creation&nbsp;Date") << QStringLiteral("Last&nbsp;Update") << QStringLiteral("Priority")
-          << QStringLiteral("Status");
-
+  const QList<TSectionColumn> columns = SectionColumns(section);
+  QStringList headers;
   QStringList &html = FOut.HtmlContent;
   html << QStringLiteral("    <table style=\"width: 100%\" border=\"1\">") << QStringLiteral("      <thead>")
        << QStringLiteral("        <tr>");
-  for (const QString &header : headers)
-    html << QStringLiteral("          <td align=\"center\">") + header + QStringLiteral("</td>");
+  for (const TSectionColumn &column : columns) {
+    headers << column.Spec->Header;
+    html << QStringLiteral("          <td align=\"center\">") + Str2Html(column.Spec->Header) + QStringLiteral("</td>");
+  }
   html << QStringLiteral("        </tr>") << QStringLiteral("      </thead>") << QStringLiteral("      <tbody>");
+  QList<QStringList> textRows;
   for (const tyRestTicket &ticket : rows) {
-    html << QStringLiteral("        <tr>")
-         << QStringLiteral("          <td nowrap>") + Safe(ticket.organization.name) + QStringLiteral("</td>")
-         << QStringLiteral("          <td nowrap>") + GetHtmlTicketLink(ticket) + QStringLiteral("</td>")
-         << QStringLiteral("          <td>") + Safe(ticket.title) + QStringLiteral("</td>")
-         << QStringLiteral("          <td nowrap>") + Safe(ticket.assignedTeam.name) + QStringLiteral("</td>");
-    if (withAssignedUser)
-      html << QStringLiteral("          <td nowrap>") + Str2Html(Safe(ticket.assignedUser.name)) +
-                  QStringLiteral("</td>");
-    html << DateCell(ticket.creationDate, creationAge) << DateCell(ticket.lastUpdate, updateAge)
-         << QStringLiteral("          ") + GetHtmlTdPriority(ticket)
-         << QStringLiteral("          ") + GetHtmlTdStatus(ticket) << QStringLiteral("        </tr>");
+    html << QStringLiteral("        <tr>");
+    QStringList &textRow = textRows.emplaceBack();
+    for (const TSectionColumn &column : columns) {
+      const TCell cell = TicketCell(column, ticket, FIn.ServiceUrl, FColours, FCurrentTime);
+      html << HtmlCell(*column.Spec, cell);
+      textRow << TextCell(cell);
+    }
+    html << QStringLiteral("        </tr>");
   }
   html << QStringLiteral("      </tbody>") << QStringLiteral("    </table>");
+  FText.Table(headers, textRows);
 }
 
 bool TMailReport::IsUnassignedLate(const tyRestTicket &ticket) const
@@ -382,18 +467,26 @@ void TMailReport::CompleteRecipients()
 
 void TMailReport::Mail_06_AddFooter()
 {
-  AddLines(FIn.HtmlTexts.Why, QStringLiteral("%QUORVEX_ITSM%"), FIn.ServiceUrl);
-  if (FIn.ListRecipients)
-    FOut.HtmlContent
-        << QStringLiteral("    <h2>DEBUG</h2>")
-        << QStringLiteral("    <p>Here is the list of email recipients if the program was not running in debug mode.</p>")
-        << QStringLiteral("    <p><b>SendTo:</b><br>")
-        << QStringLiteral("    ") + SafeList(FOut.SlRecipientTo) + QStringLiteral("</p>")
-        << QStringLiteral("    <p><b>CC:</b><br>")
-        << QStringLiteral("    ") + SafeList(FOut.SlRecipientCc) + QStringLiteral("</p>");
+  // The service's address is the user's setting, written into the block's HTML escaped.
+  AddLines(FIn.HtmlTexts.Why, QStringLiteral("%QUORVEX_ITSM%"), FIn.ServiceUrl.toHtmlEscaped());
+  if (FIn.ListRecipients) {
+    const QString intro =
+        QStringLiteral("Here is the list of email recipients if the program was not running in debug mode.");
+    FOut.HtmlContent << QStringLiteral("    <h2>DEBUG</h2>") << QStringLiteral("    <p>") + intro + QStringLiteral("</p>")
+                     << QStringLiteral("    <p><b>SendTo:</b><br>")
+                     << QStringLiteral("    ") + EscapedList(FOut.SlRecipientTo) + QStringLiteral("</p>")
+                     << QStringLiteral("    <p><b>CC:</b><br>")
+                     << QStringLiteral("    ") + EscapedList(FOut.SlRecipientCc) + QStringLiteral("</p>");
+    FText.Heading(QStringLiteral("DEBUG"), 2);
+    FText.Paragraph({intro});
+    FText.Paragraph({QStringLiteral("SendTo:"), FOut.SlRecipientTo.join(QStringLiteral(", "))});
+    FText.Paragraph({QStringLiteral("CC:"), FOut.SlRecipientCc.join(QStringLiteral(", "))});
+  }
+  const QString documentation = QStringLiteral(QUORVEX_DOC_URL);
   FOut.HtmlContent
       << QStringLiteral("    <p>&nbsp;</p>") << QStringLiteral("    <p>&nbsp;</p>")
       << QStringLiteral("    <p align=\"center\">This email was generated by <a href=\"%1\" target=\"_blank\">%2</a>.</p>")
-             .arg(QStringLiteral(QUORVEX_DOC_URL), CReportTitle)
+             .arg(documentation.toHtmlEscaped(), CReportTitle)
       << QStringLiteral("  </body>") << QStringLiteral("</html>");
+  FText.Paragraph({QStringLiteral("This email was generated by %1 <%2>.").arg(CReportTitle, documentation)});
 }

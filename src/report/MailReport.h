@@ -2,6 +2,7 @@
 
 #include "core/TDateTime.h"
 #include "report/HtmlTexts.h"
+#include "report/ReportText.h"
 #include "rest/uTypes.h"
 
 #include <QStringList>
@@ -53,6 +54,9 @@ struct TReportInput
   // complete, so the report is not an "all clear", and a section without
   // tickets says that it could not be checked.
   QString RetrievalWarning;
+  // When set, a warning paragraph says that the people concerned could not be
+  // computed (the operators could not be read), and why.
+  QString RecipientsWarning;
   // Which of the rows that meet a section's rule the report keeps (a person's
   // digest); when empty, all of them.
   std::function<bool(TReportSection section, const tyRestTicket &ticket)> KeepsRow;
@@ -103,6 +107,8 @@ private:
 struct TReportOutput
 {
   QStringList HtmlContent;
+  // The plain-text alternative: the same parts in the same order, one line per row.
+  QString Text;
   QStringList SlRecipientTo; // keys while building, addresses at the end
   QStringList SlRecipientCc;
   tyRestOperators RecipientTo;
@@ -114,7 +120,9 @@ struct TReportOutput
   TDateTime CurrentTime = 0; // the clock reading every age counts from
 };
 
-// Builds the HTML report line by line. The sections read colours and priority
+// Builds the HTML report line by line, and its plain text beside it. Every value
+// that comes from the service is written as text (escaped in the HTML); only the
+// user's text blocks are HTML. The sections read colours and priority
 // codes through `colours`; `now` gives the current time for the ages.
 class TMailReport
 {
@@ -135,22 +143,19 @@ public:
   void CompleteRecipients();
   void Mail_06_AddFooter();
 
-  QString GetHtmlTicketLink(const tyRestTicket &ticket) const;
-  QString GetHtmlTdPriority(const tyRestTicket &ticket);
-  QString GetHtmlTdStatus(const tyRestTicket &ticket);
-
   const TReportOutput &Output() const { return FOut; }
 
 private:
   bool IsUnassignedLate(const tyRestTicket &ticket) const;
   bool IsWithoutUpdate(const tyRestTicket &ticket) const;
+  // One of the user's text blocks, in the HTML and in the text; `value` replaces
+  // `placeholder` (any case) in it.
   void AddLines(const QStringList &lines, const QString &placeholder = QString(), const QString &value = QString());
   // The tickets of FIn that meet a section's rule and that the report keeps.
   const TReportRows &SectionRows(TReportSection section, const std::function<bool(const tyRestTicket &)> &rule);
   void AddTable(TReportSection section);
   // The section's "everything is OK" block, unless the retrieval was incomplete.
   void AddAllClear(const QStringList &lines);
-  QString DateCell(const QString &timestamp, TAge age) const;
   void TakeTeam(std::int32_t teamId);
   void TakeUser(std::int32_t userId);
 
@@ -159,4 +164,5 @@ private:
   TClock FNow;
   TDateTime FCurrentTime = 0; // the clock as read when the report began
   TReportOutput FOut;
+  TReportText FText;
 };

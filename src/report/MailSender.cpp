@@ -1,40 +1,35 @@
 #include "MailSender.h"
 
-#include "MailCapture.h"
 #include "SmtpIdentity.h"
 
-#include "core/Errors.h"
 #include "core/ExtraAuthorities.h"
 #include "core/Trace.h"
 
-#include <QDateTime>
 #include <QFile>
 #include <QLoggingCategory>
-#include <QRegularExpression>
-#include <QUuid>
 #include <algorithm>
-#include <chrono>
 #include <condition_variable>
-#include <curl/curl.h>
 #include <mutex>
 #include <sys/socket.h>
 #include <thread>
-#include <memory>
 
 Q_LOGGING_CATEGORY(lcMail, "quorvex.mail")
+
+// Debian 12's libcurl (7.88) spells the option with three L.
+#ifndef CURLOPT_MAIL_RCPT_ALLOWFAILS
+#define CURLOPT_MAIL_RCPT_ALLOWFAILS CURLOPT_MAIL_RCPT_ALLLOWFAILS
+#endif
 
 namespace {
 
 constexpr long CConnectTimeoutSeconds = 30;
 constexpr std::int32_t CImplicitTlsPort = 465;
+// How long the goodbye (QUIT) may take before the connection is cut.
+constexpr std::chrono::seconds CGoodbyeTimeout{10};
 
 struct TCurlCleanup
 {
   void operator()(CURL *curl) const { curl_easy_cleanup(curl); }
-};
-struct TMimeFree
-{
-  void operator()(curl_mime *mime) const { curl_mime_free(mime); }
 };
 
 // A curl string list that frees itself.
@@ -52,24 +47,66 @@ private:
   curl_slist *FList = nullptr;
 };
 
-// What is known of a failed exchange besides libcurl's own text.
+// What the server said during one upload, read from libcurl's transcript.
 struct TTranscript
 {
-  // Last error reply of the server (4xx or 5xx); the "221 Bye" of the QUIT that
-  // follows a failure says nothing about it.
-  QString LastError;
+  QString Recipient;                // the RCPT TO whose reply comes next
+  QList<TRefusedRecipient> Refused; // RCPT TO refused, with their replies
+  QString LastError;                // last error reply (4xx or 5xx) of the server
 };
+
+bool IsFinalReplyLine(const QString &line) { return line.size() == 3 || (line.size() > 3 && line.at(3) == u' '); }
 
 int OnCurlDebug(CURL *, curl_infotype type, char *data, size_t size, void *userData)
 {
-  if (type != CURLINFO_HEADER_IN)
-    return 0;
+  auto *transcript = static_cast<TTranscript *>(userData);
   const QString line = QString::fromUtf8(data, static_cast<qsizetype>(size)).trimmed();
-  if (line.startsWith(u'4') || line.startsWith(u'5'))
-    static_cast<TTranscript *>(userData)->LastError = line;
-  if (!line.isEmpty())
-    qCDebug(lcMail).noquote() << "S:" << line;
+  if (type == CURLINFO_HEADER_OUT && line.startsWith(QLatin1String("RCPT TO:<"), Qt::CaseInsensitive)) {
+    transcript->Recipient = line.mid(9, line.indexOf(u'>') - 9);
+    return 0;
+  }
+  if (type != CURLINFO_HEADER_IN || line.isEmpty())
+    return 0;
+  qCDebug(lcMail).noquote() << "S:" << line;
+  const bool error = line.startsWith(u'4') || line.startsWith(u'5');
+  if (error)
+    transcript->LastError = line;
+  if (!transcript->Recipient.isEmpty() && IsFinalReplyLine(line)) {
+    if (error)
+      transcript->Refused.append({transcript->Recipient, line, line.startsWith(u'4')});
+    transcript->Recipient.clear();
+  }
   return 0;
+}
+
+struct TProgressData
+{
+  const std::function<bool()> *StopRequested;
+  bool Stopped = false;
+};
+
+int OnCurlProgress(void *userData, curl_off_t, curl_off_t, curl_off_t, curl_off_t)
+{
+  auto *progress = static_cast<TProgressData *>(userData);
+  if (*progress->StopRequested && (*progress->StopRequested)())
+    progress->Stopped = true;
+  return progress->Stopped ? 1 : 0;
+}
+
+struct TUpload
+{
+  const QByteArray *Bytes;
+  qsizetype Position = 0;
+};
+
+size_t OnCurlRead(char *buffer, size_t size, size_t count, void *userData)
+{
+  auto *upload = static_cast<TUpload *>(userData);
+  const qsizetype length = std::min<qsizetype>(static_cast<qsizetype>(size * count),
+                                                upload->Bytes->size() - upload->Position);
+  std::copy_n(upload->Bytes->constData() + upload->Position, length, buffer);
+  upload->Position += length;
+  return static_cast<size_t>(length);
 }
 
 // The system's authorities followed by those of QUORVEX_EXTRA_CA_CERTS; empty when
@@ -100,34 +137,7 @@ QByteArray TrustedAuthorities(CURL *curl, const tySMTPserver &smtp)
   return pem;
 }
 
-QByteArray AngleAddress(const QString &address) { return '<' + address.toUtf8() + '>'; }
-
-// The part of a mail address after "@", or "localhost" when there is none.
-QString DomainOf(const QString &address)
-{
-  const qsizetype at = address.lastIndexOf(u'@');
-  const QString domain = at < 0 ? QString() : address.mid(at + 1).trimmed();
-  return domain.isEmpty() ? QStringLiteral("localhost") : domain;
-}
-
-// Line breaks as SMTP wants them.
-QByteArray CrLf(const QString &text)
-{
-  QString lines = text;
-  lines.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n');
-  return lines.replace(u'\n', QStringLiteral("\r\n")).toUtf8();
-}
-
-void AddPart(curl_mime *mime, const QString &body, const char *type)
-{
-  curl_mimepart *part = curl_mime_addpart(mime);
-  const QByteArray bytes = CrLf(body);
-  curl_mime_data(part, bytes.constData(), static_cast<size_t>(bytes.size()));
-  curl_mime_type(part, type);
-  curl_mime_encoder(part, "quoted-printable");
-}
-
-// Raises the error of a libcurl call made while preparing the mail.
+// Raises the error of a libcurl call made while preparing the conversation.
 void Check(CURLcode code, const QString &server, const char *what)
 {
   if (code != CURLE_OK)
@@ -135,55 +145,27 @@ void Check(CURLcode code, const QString &server, const char *what)
                          .arg(server, QLatin1String(what), QString::fromUtf8(curl_easy_strerror(code))));
 }
 
-} // namespace
-
-QStringList SplitAddresses(const QString &addresses)
+// A failure that a later try may overcome: the server said "try later" (4xx),
+// or the connection could not be made or was lost. A time-out is not: the
+// server may have taken the mail and a second try could deliver it twice.
+bool IsTemporary(CURLcode code, const QString &lastError)
 {
-  static const QRegularExpression separators(QStringLiteral("[,;]"));
-  QStringList result;
-  for (const QString &address : addresses.split(separators)) {
-    const QString trimmed = address.trimmed();
-    if (!trimmed.isEmpty())
-      result.append(trimmed);
+  if (!lastError.isEmpty())
+    return lastError.startsWith(u'4');
+  switch (code) {
+  case CURLE_COULDNT_CONNECT:
+  case CURLE_SEND_ERROR:
+  case CURLE_RECV_ERROR:
+  case CURLE_GOT_NOTHING:
+    return true;
+  default:
+    return false;
   }
-  return result;
 }
-
-QByteArray EncodeHeaderText(const QString &text)
-{
-  bool ascii = true;
-  for (const QChar c : text)
-    ascii = ascii && c.unicode() >= 0x20 && c.unicode() < 0x7F;
-  if (ascii)
-    return text.toLatin1();
-  // 45 bytes of UTF-8 give 60 Base64 characters: with "=?UTF-8?B?" and "?=" a
-  // word stays within 75. Characters are never cut in the middle.
-  constexpr qsizetype CWordBytes = 45;
-  QList<QByteArray> words;
-  QByteArray chunk;
-  for (qsizetype i = 0; i < text.size();) {
-    const qsizetype length = text.at(i).isHighSurrogate() && i + 1 < text.size() ? 2 : 1;
-    const QByteArray character = text.mid(i, length).toUtf8();
-    if (chunk.size() + character.size() > CWordBytes) {
-      words.append(chunk);
-      chunk.clear();
-    }
-    chunk += character;
-    i += length;
-  }
-  words.append(chunk);
-  QByteArray encoded;
-  for (const QByteArray &word : words)
-    encoded += (encoded.isEmpty() ? "" : "\r\n ") + QByteArray("=?UTF-8?B?") + word.toBase64() + "?=";
-  return encoded;
-}
-
-namespace {
 
 // libcurl says goodbye (QUIT) when the handle is cleaned up, and waits for the
 // answer under a time-out of its own (two minutes) that no option of the
-// transfer reaches: a server silent at that point would double the exchange's
-// time. Once `left` has passed, the connection is cut instead.
+// transfer reaches. Once `left` has passed, the connection is cut instead.
 void CleanUpWithin(std::unique_ptr<CURL, TCurlCleanup> &handle, std::chrono::milliseconds left)
 {
   curl_socket_t socket = CURL_SOCKET_BAD;
@@ -206,127 +188,140 @@ void CleanUpWithin(std::unique_ptr<CURL, TCurlCleanup> &handle, std::chrono::mil
   watchdog.join();
 }
 
-// One SMTP exchange with the server of `smtp`, or with `capture` for a dry run,
-// ended within `timeout`.
-void Transfer(const tySMTPserver &smtp, const TMailMessage &message, TMailCapture *capture,
-              std::chrono::milliseconds timeout)
+} // namespace
+
+struct TSmtpConnection::TState
 {
-  const auto started = std::chrono::steady_clock::now();
-  const QString server = capture ? QStringLiteral("the dry run's copy") : SmtpServerName(smtp);
-  TraceValue(lcMail(), "Server", server);
-  TraceValue(lcMail(), "Subject", message.Subject);
-  if (message.To.isEmpty())
-    throw ESmtpError(QStringLiteral("Unable to send the mail through %1: no recipient").arg(server));
-  Check(StartMailSending(), server, "start-up");
+  tySMTPserver Smtp;
+  std::function<bool()> StopRequested;
+  QString Server;
+  std::unique_ptr<CURL, TCurlCleanup> Handle;
+  QByteArray Url;
+  QByteArray From;
+  QByteArray User;
+  QByteArray Password;
+  QByteArray Authorities;
+  char ErrorText[CURL_ERROR_SIZE] = {};
 
-  std::unique_ptr<CURL, TCurlCleanup> handle(curl_easy_init());
-  if (!handle)
-    throw ESmtpError(QStringLiteral("Unable to send the mail through %1: libcurl cannot start").arg(server));
-  CURL *curl = handle.get();
-
-  const bool secure = smtp.UseSSL && !capture;
-  const bool implicitTls = secure && smtp.Port == CImplicitTlsPort;
-  const QString host = capture ? QStringLiteral("127.0.0.1") : smtp.Server.trimmed();
-  const QString url = QStringLiteral("%1://%2:%3")
-                          .arg(implicitTls ? QStringLiteral("smtps") : QStringLiteral("smtp"),
-                               host.contains(u':') ? u'[' + host + u']' : host)
-                          .arg(capture ? capture->Port() : smtp.Port);
-  const QString from = SenderAddress(smtp);
-
-  TCurlList recipients;
-  for (const QString &address : message.To + message.Cc)
-    recipients.Append(AngleAddress(address));
-
-  const QString now = QDateTime::currentDateTime().toString(Qt::RFC2822Date);
-  TCurlList headers;
-  headers.Append("Date: " + now.toLatin1());
-  headers.Append("From: " + from.toUtf8());
-  headers.Append("To: " + message.To.join(QStringLiteral(", ")).toUtf8());
-  if (!message.Cc.isEmpty())
-    headers.Append("Cc: " + message.Cc.join(QStringLiteral(", ")).toUtf8());
-  headers.Append("Subject: " + EncodeHeaderText(message.Subject));
-  headers.Append("Message-ID: <" + QUuid::createUuid().toString(QUuid::WithoutBraces).toLatin1() + '@' +
-                 DomainOf(from).toUtf8() + '>');
-  headers.Append("Auto-Submitted: auto-generated");
-  headers.Append("X-Auto-Response-Suppress: All");
-
-  const std::unique_ptr<curl_mime, TMimeFree> mime(curl_mime_init(curl));
-  const bool mixed = !message.Attachments.isEmpty();
-  curl_mime *bodies = mime.get();
-  if (mixed && !message.Html.isEmpty()) {
-    // The two renderings stay alternatives of each other, beside the attachments.
-    bodies = curl_mime_init(curl);
-    curl_mimepart *part = curl_mime_addpart(mime.get());
-    Check(curl_mime_subparts(part, bodies), server, "message");
-    Check(curl_mime_type(part, "multipart/alternative"), server, "message");
+  // The handle, made and set up once for every mail of the conversation.
+  CURL *Prepare()
+  {
+    if (Handle)
+      return Handle.get();
+    Check(StartMailSending(), Server, "start-up");
+    Handle.reset(curl_easy_init());
+    if (!Handle)
+      throw ESmtpError(QStringLiteral("Unable to send the mail through %1: libcurl cannot start").arg(Server));
+    CURL *curl = Handle.get();
+    const bool implicitTls = Smtp.UseSSL && Smtp.Port == CImplicitTlsPort;
+    const QString host = Smtp.Server.trimmed();
+    Url = QStringLiteral("%1://%2:%3")
+              .arg(implicitTls ? QStringLiteral("smtps") : QStringLiteral("smtp"),
+                   host.contains(u':') ? u'[' + host + u']' : host)
+              .arg(Smtp.Port)
+              .toUtf8();
+    From = '<' + SenderAddress(Smtp).toUtf8() + '>';
+    User = Smtp.UserName.toUtf8();
+    Password = Smtp.Password.toUtf8();
+    // Certificates matter only when TLS is used; a plain send never reads them.
+    Authorities = Smtp.UseSSL ? TrustedAuthorities(curl, Smtp) : QByteArray();
+    Check(curl_easy_setopt(curl, CURLOPT_URL, Url.constData()), Server, "address");
+    Check(curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, ErrorText), Server, "error text");
+    Check(curl_easy_setopt(curl, CURLOPT_VERBOSE, 1L), Server, "transcript");
+    Check(curl_easy_setopt(curl, CURLOPT_DEBUGFUNCTION, OnCurlDebug), Server, "transcript");
+    const long startTls = Smtp.UseSSL && !implicitTls ? CURLUSESSL_ALL : CURLUSESSL_NONE;
+    Check(curl_easy_setopt(curl, CURLOPT_USE_SSL, startTls), Server, "STARTTLS");
+    Check(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 1L), Server, "certificate check");
+    Check(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 2L), Server, "certificate check");
+    if (!Authorities.isEmpty()) {
+      curl_blob blob{Authorities.data(), static_cast<size_t>(Authorities.size()), CURL_BLOB_COPY};
+      Check(curl_easy_setopt(curl, CURLOPT_CAINFO_BLOB, &blob), Server, "certificate authorities");
+    }
+    Check(curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, CConnectTimeoutSeconds), Server, "timeout");
+    Check(curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L), Server, "signals");
+    if (!Smtp.UserName.trimmed().isEmpty()) {
+      Check(curl_easy_setopt(curl, CURLOPT_USERNAME, User.constData()), Server, "user name");
+      Check(curl_easy_setopt(curl, CURLOPT_PASSWORD, Password.constData()), Server, "password");
+    }
+    Check(curl_easy_setopt(curl, CURLOPT_MAIL_FROM, From.constData()), Server, "sender");
+    Check(curl_easy_setopt(curl, CURLOPT_MAIL_RCPT_ALLOWFAILS, 1L), Server, "recipient failures");
+    Check(curl_easy_setopt(curl, CURLOPT_UPLOAD, 1L), Server, "upload");
+    Check(curl_easy_setopt(curl, CURLOPT_READFUNCTION, OnCurlRead), Server, "upload");
+    Check(curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L), Server, "progress");
+    Check(curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, OnCurlProgress), Server, "progress");
+    return curl;
   }
-  AddPart(bodies, message.Text, "text/plain; charset=UTF-8");
-  if (!message.Html.isEmpty())
-    AddPart(bodies, message.Html, "text/html; charset=UTF-8");
-  for (const TMailAttachment &attachment : message.Attachments) {
-    curl_mimepart *part = curl_mime_addpart(mime.get());
-    Check(curl_mime_data(part, attachment.Data.constData(), static_cast<size_t>(attachment.Data.size())), server,
-          "attachment");
-    Check(curl_mime_filename(part, attachment.FileName.toUtf8().constData()), server, "attachment");
-    Check(curl_mime_type(part, attachment.Type.constData()), server, "attachment");
-    Check(curl_mime_encoder(part, "base64"), server, "attachment");
-  }
-  if (mixed)
-    headers.Append("Content-Type: multipart/mixed");
-  else if (!message.Html.isEmpty())
-    headers.Append("Content-Type: multipart/alternative");
+};
 
-  const QByteArray urlBytes = url.toUtf8();
-  const QByteArray fromBytes = AngleAddress(from);
-  const QByteArray user = smtp.UserName.toUtf8();
-  const QByteArray password = smtp.Password.toUtf8();
-  // Certificates matter only when TLS is used; a plain send never reads them.
-  const QByteArray authorities = secure ? TrustedAuthorities(curl, smtp) : QByteArray();
-  char errorText[CURL_ERROR_SIZE] = {};
-  TTranscript transcript;
-
-  Check(curl_easy_setopt(curl, CURLOPT_URL, urlBytes.constData()), server, "address");
-  Check(curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, errorText), server, "error text");
-  Check(curl_easy_setopt(curl, CURLOPT_VERBOSE, 1L), server, "transcript");
-  Check(curl_easy_setopt(curl, CURLOPT_DEBUGFUNCTION, OnCurlDebug), server, "transcript");
-  Check(curl_easy_setopt(curl, CURLOPT_DEBUGDATA, &transcript), server, "transcript");
-  const long startTls = secure && !implicitTls ? CURLUSESSL_ALL : CURLUSESSL_NONE;
-  Check(curl_easy_setopt(curl, CURLOPT_USE_SSL, startTls), server, "STARTTLS");
-  Check(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 1L), server, "certificate check");
-  Check(curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 2L), server, "certificate check");
-  if (!authorities.isEmpty()) {
-    curl_blob blob{const_cast<char *>(authorities.constData()), static_cast<size_t>(authorities.size()),
-                   CURL_BLOB_COPY};
-    Check(curl_easy_setopt(curl, CURLOPT_CAINFO_BLOB, &blob), server, "certificate authorities");
-  }
-  Check(curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, CConnectTimeoutSeconds), server, "timeout");
-  Check(curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, static_cast<long>(timeout.count())), server, "timeout");
-  Check(curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L), server, "signals");
-  if (capture && !capture->Attach(curl))
-    throw ESmtpError(QStringLiteral("Unable to prepare %1: libcurl refuses the connection options").arg(server));
-  if (!capture && !smtp.UserName.trimmed().isEmpty()) {
-    Check(curl_easy_setopt(curl, CURLOPT_USERNAME, user.constData()), server, "user name");
-    Check(curl_easy_setopt(curl, CURLOPT_PASSWORD, password.constData()), server, "password");
-  }
-  Check(curl_easy_setopt(curl, CURLOPT_MAIL_FROM, fromBytes.constData()), server, "sender");
-  Check(curl_easy_setopt(curl, CURLOPT_MAIL_RCPT, recipients.List()), server, "recipients");
-  Check(curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers.List()), server, "headers");
-  Check(curl_easy_setopt(curl, CURLOPT_MIMEPOST, mime.get()), server, "message");
-
-  const CURLcode result = curl_easy_perform(curl);
-  const auto spent = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - started);
-  CleanUpWithin(handle, std::max(std::chrono::milliseconds(0), timeout - spent));
-  if (result == CURLE_OK)
-    return;
-  QString reason = errorText[0] ? QString::fromUtf8(errorText) : QString::fromUtf8(curl_easy_strerror(result));
-  if (!transcript.LastError.isEmpty())
-    reason += QStringLiteral(" (the server replied: ") + transcript.LastError + u')';
-  const QString error = QStringLiteral("Unable to send the mail through %1: %2").arg(server, reason);
-  TraceError(lcMail(), error);
-  throw ESmtpError(error);
+TSmtpConnection::TSmtpConnection(const tySMTPserver &smtp, std::function<bool()> stopRequested)
+    : F(std::make_unique<TState>())
+{
+  F->Smtp = smtp;
+  F->StopRequested = std::move(stopRequested);
+  F->Server = SmtpServerName(smtp);
 }
 
-} // namespace
+TSmtpConnection::~TSmtpConnection()
+{
+  if (F->Handle)
+    CleanUpWithin(F->Handle, CGoodbyeTimeout);
+}
+
+TSmtpResult TSmtpConnection::Send(const QByteArray &mail, const QStringList &envelope, std::chrono::milliseconds timeout)
+{
+  const TraceScope trace(lcMail(), "TSmtpConnection.Send");
+  TraceValue(lcMail(), "Server", F->Server);
+  TSmtpResult result;
+  if (envelope.isEmpty()) {
+    result.Error = QStringLiteral("Unable to send the mail through %1: no recipient").arg(F->Server);
+    return result;
+  }
+  TTranscript transcript;
+  TUpload upload{&mail};
+  TProgressData progress{&F->StopRequested};
+  TCurlList recipients;
+  for (const QString &address : envelope)
+    recipients.Append('<' + address.toUtf8() + '>');
+  CURLcode code = CURLE_OK;
+  try {
+    CURL *curl = F->Prepare();
+    F->ErrorText[0] = 0;
+    Check(curl_easy_setopt(curl, CURLOPT_DEBUGDATA, &transcript), F->Server, "transcript");
+    Check(curl_easy_setopt(curl, CURLOPT_READDATA, &upload), F->Server, "upload");
+    Check(curl_easy_setopt(curl, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(mail.size())), F->Server, "upload");
+    Check(curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &progress), F->Server, "progress");
+    Check(curl_easy_setopt(curl, CURLOPT_MAIL_RCPT, recipients.List()), F->Server, "recipients");
+    Check(curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, static_cast<long>(timeout.count())), F->Server, "timeout");
+    code = curl_easy_perform(curl);
+  } catch (const ESmtpError &error) {
+    result.Error = error.Message();
+    return result;
+  }
+  result.Refused = transcript.Refused;
+  for (TRefusedRecipient &refused : result.Refused)
+    refused.Reply = QStringLiteral("%1 replied: %2").arg(F->Server, refused.Reply);
+  if (code == CURLE_OK) {
+    for (const QString &address : envelope)
+      if (std::none_of(result.Refused.cbegin(), result.Refused.cend(),
+                       [&address](const TRefusedRecipient &refused) { return refused.Address == address; }))
+        result.Accepted.append(address);
+    return result;
+  }
+  result.Stopped = progress.Stopped;
+  result.Temporary = !result.Stopped && IsTemporary(code, transcript.LastError);
+  QString reason = result.Stopped ? QStringLiteral("stopped before the server confirmed it")
+                   : F->ErrorText[0] ? QString::fromUtf8(F->ErrorText)
+                                     : QString::fromUtf8(curl_easy_strerror(code));
+  if (!transcript.LastError.isEmpty())
+    reason += QStringLiteral(" (the server replied: ") + transcript.LastError + u')';
+  result.Error = QStringLiteral("Unable to send the mail through %1: %2").arg(F->Server, reason);
+  TraceError(lcMail(), result.Error);
+  // Unless the server itself refused, the conversation may be in any state:
+  // the next mail starts a new one.
+  if (transcript.LastError.isEmpty())
+    CleanUpWithin(F->Handle, std::chrono::seconds(0));
+  return result;
+}
 
 CURLcode StartMailSending()
 {
@@ -334,16 +329,16 @@ CURLcode StartMailSending()
   return started;
 }
 
-void SendMail(const tySMTPserver &smtp, const TMailMessage &message, std::chrono::seconds timeout)
+void SendMail(const tySMTPserver &smtp, const QByteArray &mail, const QStringList &envelope)
 {
-  const TraceScope trace(lcMail(), "SendMail");
-  Transfer(smtp, message, nullptr, timeout);
-}
-
-QByteArray RenderMail(const tySMTPserver &smtp, const TMailMessage &message)
-{
-  const TraceScope trace(lcMail(), "RenderMail");
-  TMailCapture capture;
-  Transfer(smtp, message, &capture, CSmtpTimeout);
-  return capture.Message();
+  TSmtpConnection connection(smtp);
+  const TSmtpResult result = connection.Send(mail, envelope);
+  if (!result.Error.isEmpty())
+    throw ESmtpError(result.Error);
+  if (!result.Refused.isEmpty()) {
+    QStringList refused;
+    for (const TRefusedRecipient &recipient : result.Refused)
+      refused.append(recipient.Address + QStringLiteral(" (") + recipient.Reply + u')');
+    throw ESmtpError(QStringLiteral("%1 refused: %2").arg(SmtpServerName(smtp), refused.join(QStringLiteral(", "))));
+  }
 }

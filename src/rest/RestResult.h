@@ -2,6 +2,7 @@
 
 #include "RestFailure.h"
 
+#include <QStringList>
 #include <optional>
 #include <variant>
 
@@ -15,6 +16,9 @@ struct [[nodiscard]] TRestResult
 {
   T Value{};
   std::optional<TRestFailure> Failure;
+  // What the call could read but not wholly (operators left out of a page...),
+  // one line each for the run log's WARNING lines.
+  QStringList Warnings;
 
   bool Failed() const { return Failure.has_value(); }
 };

@@ -1,5 +1,7 @@
 #include "RestTransport.h"
 
+#include "core/StopRequest.h"
+
 #include "RestErrors.h"
 #include "core/Errors.h"
 #include "core/ExtraAuthorities.h"
@@ -145,7 +147,9 @@ TRestTransport::TAnswer TRestTransport::Wait(TPending &pending)
 void TRestTransport::Start(const TRequest &request, TDone done)
 {
   const QString refusal =
-      FDeadline.hasExpired()
+      FStop && FStop->IsRequested()
+          ? QStringLiteral("the run was stopped (%1), so it was not requested").arg(FStop->Reason())
+      : FDeadline.hasExpired()
           ? QStringLiteral("the run's time limit had passed, so it was not requested; allow more time with "
                            "--deadline MINUTES")
           : FAuthoritiesError;
@@ -175,8 +179,14 @@ void TRestTransport::Start(const TRequest &request, TDone done)
     QList<QSslError> SslErrors;
     bool TooBig = false;
     bool TimedOut = false;
+    bool Stopped = false;
   };
   const auto state = std::make_shared<TState>();
+  if (FStop)
+    QObject::connect(FStop, &TStopRequest::Stopped, reply, [state, reply] {
+      state->Stopped = true;
+      reply->abort();
+    });
   QObject::connect(reply, &QNetworkReply::sslErrors, reply,
                    [state](const QList<QSslError> &errors) { state->SslErrors.append(errors); });
   QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [state, reply](qint64 received, qint64 announced) {
@@ -199,9 +209,11 @@ void TRestTransport::Start(const TRequest &request, TDone done)
     timer->stop();
     reply->deleteLater();
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (state->TimedOut || state->TooBig || !status.isValid() || BrokenOff(reply->error())) {
+    if (state->Stopped || state->TimedOut || state->TooBig || !status.isValid() || BrokenOff(reply->error())) {
       const QString reason =
-          state->TimedOut
+          state->Stopped
+              ? QStringLiteral("the run was stopped (%1) before %2 answered").arg(FStop->Reason(), HostOf(url))
+          : state->TimedOut
               ? QStringLiteral("no answer from %1 within %2 s (time-out); check the network, or try again later")
                     .arg(HostOf(url))
                     .arg(wait.count() / 1000.0)
@@ -210,7 +222,7 @@ void TRestTransport::Start(const TRequest &request, TDone done)
                     .arg(HostOf(url))
                     .arg(CMaxAnswerBytes >> 20)
               : TransportReason(url, *reply);
-      const QString details = state->TimedOut || state->TooBig
+      const QString details = state->Stopped || state->TimedOut || state->TooBig
                                   ? url.toString()
                                   : url.toString() + QStringLiteral(": ") + TransportDetails(*reply, state->SslErrors);
       done({std::nullopt, reason, details});

@@ -13,6 +13,7 @@
 #include <optional>
 
 class QNetworkAccessManager;
+class TStopRequest;
 
 // HTTP exchanges with the service: started and answered through the event loop,
 // or synchronous from the caller's view (a local event loop runs while the reply
@@ -86,6 +87,9 @@ public:
   // After `deadline` no request starts (it fails at once, as for a network
   // error), and none waits for its answer beyond it. Forever by default.
   void SetDeadline(QDeadlineTimer deadline) { FDeadline = deadline; }
+  // Once `stop` is requested no request starts, and those in flight are cut;
+  // their failure says why. The request outlives the transport.
+  void SetStopRequest(const TStopRequest *stop) { FStop = stop; }
 
 private:
   // Qt's manager opens at most six connections to a host and queues the rest:
@@ -100,4 +104,5 @@ private:
   QString FAuthoritiesError;
   std::chrono::milliseconds FTimeout = CDefaultTimeout;
   QDeadlineTimer FDeadline{QDeadlineTimer::Forever};
+  const TStopRequest *FStop = nullptr;
 };

@@ -93,6 +93,8 @@ public:
   void SetTimeout(std::chrono::milliseconds timeout) { FTransport.SetTimeout(timeout); }
   // No request starts after `deadline` (the call fails as for a network error).
   void SetDeadline(QDeadlineTimer deadline) { FTransport.SetDeadline(deadline); }
+  // Once `stop` is requested no request starts and those in flight are cut.
+  void SetStopRequest(const TStopRequest *stop) { FTransport.SetStopRequest(stop); }
 
 private:
   void BeginCall();

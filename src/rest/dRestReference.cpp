@@ -214,6 +214,7 @@ TRestResult<tyRestOperators> TdmRest::GET_OperatorsList(const tyQuorvexITSM &set
   const TraceScope trace(lcRest(), "TdmRest.GET_OperatorsList");
   BeginCall();
   tyRestOperators result;
+  qint64 leftOut = 0;
   try {
     const QString url = QueryUrl(settings, COperatorsPath);
     const TOperatorsAhead ahead = std::exchange(FOperatorsAhead, {});
@@ -230,19 +231,35 @@ TRestResult<tyRestOperators> TdmRest::GET_OperatorsList(const tyQuorvexITSM &set
       Fail(CInvalidJson);
       return Finish(std::move(result));
     }
+    // An error answer in JSON is not an empty list: nobody could be computed.
+    if (FLastStatus / 100 != 2) {
+      Fail(QStringLiteral("Erreur API : HTTP %1").arg(FLastStatus));
+      return Finish(std::move(result));
+    }
     if (!document.isObject())
       throw ERestFormatError(QStringLiteral("The answer of %1 is not a JSON object").arg(url));
-    const QJsonArray items = document.object().value(QStringLiteral("content")).toArray();
-    if (items.isEmpty())
-      return Finish(std::move(result));
+    const QJsonValue content = document.object().value(QStringLiteral("content"));
+    const qint64 announced = document.object().value(QStringLiteral("totalNumberOfElements")).toInteger(0);
+    // No list is an empty one only when no operator is announced either.
+    if (!content.isArray() && announced != 0)
+      throw ERestFormatError(QStringLiteral("The answer of %1 has no operator list (\"content\")").arg(url));
+    const QJsonArray items = content.toArray();
     TraceValue(lcRest(), "ContentArray.Count", items.size());
     result.reserve(items.size());
     for (const QJsonValue &item : items)
       result.append(OperatorFromJson(item.toObject()));
+    leftOut = announced - items.size();
   } catch (const EQuorvexError &error) {
     FailOn(error);
   }
-  return Finish(std::move(result));
+  TRestResult<tyRestOperators> finished = Finish(std::move(result));
+  if (leftOut > 0)
+    finished.Warnings.append(QStringLiteral("The operator list of %1 announces %2 more operator(s) than its page of "
+                                            "%3 holds: they were left out, and are not mailed")
+                                 .arg(ServerOf(QueryUrl(settings, COperatorsPath)))
+                                 .arg(leftOut)
+                                 .arg(finished.Value.size()));
+  return finished;
 }
 
 void TdmRest::StartOperatorsListAhead(const tyQuorvexITSM &settings)

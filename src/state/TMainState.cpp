@@ -6,8 +6,12 @@
 #include "core/Errors.h"
 #include "core/Settings.h"
 #include "core/Trace.h"
+#include "core/RunLog.h"
 #include "core/uTools.h"
+#include "report/FollowUpStore.h"
 #include "report/HtmlTexts.h"
+#include "report/OperatorAddresses.h"
+#include "tickets/Selection.h"
 #include "rest/dRest.h"
 #include "tickets/ColourSettings.h"
 #include "tickets/ColourStore.h"
@@ -101,7 +105,14 @@ void TMainState::InitFichIniLocation()
 
 void TMainState::SetRequestDeadline(QDeadlineTimer deadline)
 {
+  FDeadline = deadline;
   FRest.SetDeadline(deadline);
+}
+
+void TMainState::SetStopRequest(const TStopRequest *stop)
+{
+  FStop = stop;
+  FRest.SetStopRequest(stop);
 }
 
 QString TMainState::TraceLogFile() const
@@ -180,6 +191,25 @@ void TMainState::Warn(const QStringList &warnings) const
     return;
   for (const QString &warning : warnings)
     FWarningSink(warning);
+}
+
+void TMainState::NoteWarnings(const QStringList &warnings)
+{
+  for (const QString &warning : warnings) {
+    TraceError(lcApp(), warning);
+    FslLog.append(LogLine(QStringLiteral(" - WARNING ") + warning));
+  }
+  if (!FAutomatic)
+    Warn(warnings);
+}
+
+void TMainState::TakeOperators(TRestResult<tyRestOperators> &&result, const QString &what)
+{
+  NoteWarnings(result.Warnings);
+  FOperators = Noted(std::move(result), what);
+  NoteWarnings(KeepUsableAddresses(FOperators));
+  if (!FOperators.isEmpty())
+    FTeamsOperators = UpdateListTeamsOperators(FOperators);
 }
 
 bool TMainState::ServiceConfigured() const

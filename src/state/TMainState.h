@@ -18,7 +18,9 @@
 #include <utility>
 
 class TColourStore;
+class TFollowUpStore;
 class TLoadingProgress;
+class TStopRequest;
 class TdmRest;
 
 // Everything the main window owns for the program's lifetime, and the steps that
@@ -40,6 +42,8 @@ public:
   using TOpenFile = std::function<void(const QString &path)>;
   // Asks a person whether the mails may go to these "To" and "CC" lists.
   using TConfirmMails = std::function<bool(const QStringList &to, const QStringList &cc)>;
+  // Asks a person whether mails already delivered today (one line each) go again.
+  using TConfirmResend = std::function<bool(const QStringList &earlier)>;
   // The API settings dialog, on a copy of the settings.
   using TEditApi = std::function<bool(tyQuorvexITSM &settings)>;
 
@@ -85,13 +89,17 @@ public:
   // interactive run also writes the .to, .cc and .html files and opens the page.
   void bbtGenerateMailClick(const TOpenFile &openFile = {});
   // "Send Mail": the last generated report, delivered as FDelivery says
-  // (PlanDelivery), off this thread while `progress` names the server; a dry
-  // run writes the mails as <base>_1.eml, ... instead. In modes concerned and
+  // (PlanDelivery, DeliverReport) while `progress` names the server, and
+  // journaled in the store beside the settings; a dry run writes the mails as
+  // <base>_1.eml, ... instead and journals nothing. In modes concerned and
   // personal an interactive run first asks `confirm`, and sends nothing when
-  // refused. Adds one run-log line per mail (or "Nothing to report") to FslLog
-  // and returns their texts; nothing when no report was generated or the
-  // person refused.
-  QStringList bbtSendMailClick(TLoadingProgress &progress, const TConfirmMails &confirm = {});
+  // refused; when the journal says some of the mails were delivered today it
+  // asks `confirmResend` (else they are skipped). Adds one run-log line per mail
+  // (or "Nothing to report") to FslLog and returns their texts; nothing when no
+  // report was generated or the person refused. Each mail or recipient finally
+  // not served is one of the step's failures.
+  QStringList bbtSendMailClick(TLoadingProgress &progress, const TConfirmMails &confirm = {},
+                               const TConfirmResend &confirmResend = {});
 
   // Path of the report page written by an interactive or dry run.
   QString ReportFile() const { return OutputBase() + QStringLiteral(".html"); }
@@ -112,8 +120,16 @@ public:
   // FormCreate. Without it the settings file holds them.
   void SetSecretSources(TSecretSources sources) { FSecrets.SetSources(std::move(sources)); }
 
-  // No request of the service starts after `deadline`.
+  // No request of the service nor mail starts after `deadline`.
   void SetRequestDeadline(QDeadlineTimer deadline);
+  // Once `stop` is requested no request nor mail starts, and those under way
+  // are cut. The request outlives this state.
+  void SetStopRequest(const TStopRequest *stop);
+  // Mails the journal says were delivered today go again.
+  void SetResend(bool resend) { FResend = resend; }
+  // Why the people concerned by the last report could not be computed (the
+  // operators query failed); empty when they were.
+  const QString &RecipientsUnknown() const { return FRecipientsUnknown; }
 
   // Trace log path: the settings folder + the executable name with ".log".
   QString TraceLogFile() const;
@@ -158,6 +174,15 @@ private:
   // refused token again, an unattended run only once in all.
   void BeginServiceStep();
   void Failed(const QString &what, const TRestFailure &failure);
+  // Run-time warnings (an address that cannot be used, a damaged store): a
+  // WARNING line of the run log, and shown to a person in an interactive run.
+  void NoteWarnings(const QStringList &warnings);
+  // The operators of a service call, their addresses parsed (an address that
+  // cannot be used is dropped with a warning naming the operator) and linked
+  // to their teams; a failure noted under `what`.
+  void TakeOperators(TRestResult<tyRestOperators> &&result, const QString &what);
+  // The store beside the settings, opened at first use; none when it cannot be.
+  TFollowUpStore *Store();
   // The value of a service call, its failure (if any) noted under `what`.
   template <class T> T Noted(TRestResult<T> &&result, const QString &what)
   {
@@ -191,4 +216,9 @@ private:
   TReportInput FReportInput; // what the last generated report was made from
   TDateTime FReportTime = 0; // and the clock reading its ages count from
   TReportOutput FReport;     // and the report itself
+  QString FRecipientsUnknown; // why the last report's recipients could not be computed
+  QDeadlineTimer FDeadline{QDeadlineTimer::Forever};
+  const TStopRequest *FStop = nullptr;
+  bool FResend = false;
+  std::unique_ptr<TFollowUpStore> FStore;
 };

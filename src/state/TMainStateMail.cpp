@@ -3,11 +3,12 @@
 #include "TMainState.h"
 
 #include "core/RunLog.h"
-#include "core/OffThread.h"
 #include "core/Trace.h"
+#include "report/DeliveryJournal.h"
 #include "report/DeliveryPlan.h"
+#include "report/FollowUpStore.h"
+#include "report/MailAddress.h"
 #include "report/MailReport.h"
-#include "report/MailSender.h"
 #include "report/ReportFiles.h"
 #include "report/ReportSending.h"
 #include "report/SmtpIdentity.h"
@@ -23,10 +24,12 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
   BeginServiceStep();
   // The recipients come from the service's operators; without a token the query
   // could only be refused (the retrieval has said why).
+  FRecipientsUnknown.clear();
   if (FTeamsOperators.isEmpty() && ServiceConfigured() && FRest.TokenOk()) {
-    FOperators = Noted(FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list (the report's recipients)"));
-    if (!FOperators.isEmpty())
-      FTeamsOperators = UpdateListTeamsOperators(FOperators);
+    const qsizetype failuresBefore = FStepFailures.size();
+    TakeOperators(FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list (the report's recipients)"));
+    if (FStepFailures.size() > failuresBefore)
+      FRecipientsUnknown = FStepFailures.last().Text();
   }
 
   TReportInput input;
@@ -52,6 +55,9 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
   } else if (FRetrievalAttempt == 0) {
     input.RetrievalWarning = QStringLiteral("the tickets have not been retrieved (\"Get tickets\")");
   }
+  if (!FRecipientsUnknown.isEmpty())
+    input.RecipientsWarning = QStringLiteral("the people concerned could not be computed, so this report goes to "
+                                             "the default recipients only (") + FRecipientsUnknown + u')';
 
   // Only a report that goes to the default receivers lists the computed ones.
   input.ListRecipients = FDelivery.Mode == TDeliveryMode::Report;
@@ -77,9 +83,11 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
     openFile(page);
 }
 
-QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConfirmMails &confirm)
+QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConfirmMails &confirm,
+                                         const TConfirmResend &confirmResend)
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSendMailClick");
+  FStepFailures.clear();
   constexpr qsizetype CMinimumReportLines = 5; // fewer: no report generated yet
   if (FHtmlContent.size() < CMinimumReportLines)
     return {};
@@ -87,36 +95,64 @@ QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConf
   // Within an unattended run nothing changes between the two steps: the report
   // generated is the one delivered. A person may have changed colours since.
   const TMailReport::TClock clock = [now] { return now; };
-  const QList<TReportMail> mails = FAutomatic ? PlanDelivery(FReportInput, FReport, FDelivery, FSmtp, Colours(), clock)
-                                              : PlanDelivery(FReportInput, FDelivery, FSmtp, Colours(), clock);
+  const TDeliveryPlan plan = FAutomatic ? PlanDelivery(FReportInput, FReport, FDelivery, FSmtp, Colours(), clock)
+                                        : PlanDelivery(FReportInput, FDelivery, FSmtp, Colours(), clock);
+  NoteWarnings(plan.Warnings);
   // Each mail reaches the log as soon as it is delivered, even when a later one fails.
   QStringList texts;
   auto delivered = [this, &texts](const QString &text) {
     texts.append(text);
     FslLog.append(LogLine(QStringLiteral(" - * ") + text));
   };
-  if (mails.isEmpty()) {
+  if (plan.Mails.isEmpty()) {
     delivered(QStringLiteral("Nothing to report: no mail sent"));
     return texts;
   }
   if (!FAutomatic && confirm && FDelivery.Mode != TDeliveryMode::Report) {
     QStringList to;
     QStringList cc;
-    ConfirmationLists(mails, FDelivery.Mode, to, cc);
+    ConfirmationLists(plan.Mails, FDelivery.Mode, to, cc);
     if (!confirm(to, cc))
       return {};
   }
   TDeliveryOptions options;
+  options.Mode = FDelivery.Mode;
   options.AttachWorkbook = FDelivery.AttachWorkbook;
-  if (FDryRun)
-    options.DryRunBase = OutputBase();
+  options.MaxRecipients = FSmtp.MaxRecipients;
+  options.Resend = FResend;
+  options.Deadline = FDeadline;
+  options.Stop = FStop;
   options.Delivered = delivered;
+  std::optional<TDeliveryJournal> journal;
+  if (FDryRun) {
+    options.DryRunBase = OutputBase();
+  } else if (TFollowUpStore *store = Store()) {
+    journal.emplace(*store);
+    options.Journal = &*journal;
+    if (!FAutomatic && confirmResend && !options.Resend) {
+      const QStringList earlier = DeliveredEarlier(plan.Mails, FDelivery.Mode, *journal, QDate::currentDate());
+      if (!earlier.isEmpty())
+        options.Resend = confirmResend(earlier);
+    }
+  }
   progress.LoadingShow(1);
   const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
   progress.LoadingSetTitle(FDryRun ? QStringLiteral("Writing the mails…")
                                    : QStringLiteral("Sending to %1…").arg(SmtpServerName(FSmtp)));
-  StartMailSending();
-  RunOffThread([&] { DeliverReport(FSmtp, mails, options, Colours()); });
-  TraceValue(lcApp(), "Mails", static_cast<int>(mails.size()));
+  const TDeliveryResult result = DeliverReport(FSmtp, plan.Mails, options, Colours());
+  NoteWarnings(result.Warnings);
+  for (const TDeliveryFailure &failure : result.Failures)
+    FStepFailures.append(TStepFailure{failure.What, failure.Reason, QString()});
+  TraceValue(lcApp(), "Mails", static_cast<int>(plan.Mails.size()));
   return texts;
+}
+
+TFollowUpStore *TMainState::Store()
+{
+  if (!FStore) {
+    QStringList warnings;
+    FStore = TFollowUpStore::Open(OutputBase() + QStringLiteral(".db"), warnings);
+    NoteWarnings(warnings);
+  }
+  return FStore.get();
 }

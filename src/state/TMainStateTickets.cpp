@@ -225,13 +225,12 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
       }
       if (FOperators.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Operators"));
-        FOperators = Noted(FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list"));
+        TakeOperators(FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list"));
         if (FOperators.isEmpty()) {
           ++errors;
         } else {
           progress.LoadingSetAnimation(3);
           progress.LoadingSetTitle(QStringLiteral("Get Operators / Teams"));
-          FTeamsOperators = UpdateListTeamsOperators(FOperators);
           progress.LoadingSetAnimation(2);
         }
       }

@@ -2,6 +2,7 @@
 
 #include "TMainState.h"
 #include "core/Errors.h"
+#include "core/StopRequest.h"
 #include "core/RunLog.h"
 #include "core/TextFiles.h"
 #include "core/Trace.h"
@@ -68,6 +69,9 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
   state.FAutomatic = true;
   state.FDryRun = options.DryRun;
   state.SetRequestDeadline(options.Deadline);
+  state.SetStopRequest(options.Stop);
+  state.SetResend(options.Resend);
+  auto stopped = [&options] { return options.Stop && options.Stop->IsRequested(); };
 
   TLogEcho echo(log, options);
   echo.Flush();
@@ -79,10 +83,14 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     if (!state.RetrievalFailures().isEmpty())
       status = CExitIncomplete;
     LogFailures(state, state.RetrievalFailures());
+    if (stopped())
+      throw EQuorvexError(QStringLiteral("Stopped by %1 during the retrieval: no report was sent").arg(options.Stop->Reason()));
     log.append(LogLine(QStringLiteral(" - Generate email")));
     echo.Flush();
     state.bbtGenerateMailClick();
     LogFailures(state, state.TakeStepFailures());
+    if (!state.RecipientsUnknown().isEmpty() && status == CExitOk)
+      status = CExitIncomplete;
     log.append(LogLine(QStringLiteral(" - * Unassigned: ") + QString::number(state.FNbUnassigned)));
     log.append(LogLine(QStringLiteral(" - * Without update: ") + QString::number(state.FNbWithoutUpdate)));
     log.append(LogLine(QStringLiteral(" - * >10 exchanges: ") + QString::number(state.FNbGt10Exch)));
@@ -91,6 +99,14 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     log.append(LogLine(QStringLiteral(" - Send email")));
     echo.Flush();
     state.bbtSendMailClick(progress);
+    const TStepFailures notServed = state.TakeStepFailures();
+    LogFailures(state, notServed);
+    if (stopped())
+      Fail(state, notServed.isEmpty()
+                      ? QStringLiteral("Stopped by %1 after every mail was sent").arg(options.Stop->Reason())
+                      : QStringLiteral("Stopped by %1: the mails and recipients above were not served").arg(options.Stop->Reason()));
+    if (!notServed.isEmpty() || stopped())
+      status = CExitStepFailed;
     log.append(LogLine(QStringLiteral(" - END")));
   } catch (const EQuorvexError &error) {
     Fail(state, error.Message());

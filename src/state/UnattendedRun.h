@@ -6,12 +6,13 @@
 
 class TLoadingProgress;
 class TMainState;
+class TStopRequest;
 
 // Exit statuses of the program, for the scheduler that starts it.
 enum TExitStatus : int {
   CExitOk = 0,            // done
-  CExitStepFailed = 2,    // a step failed: nothing, or not everything, was sent
-  CExitIncomplete = 3,    // report sent, but the retrieval was incomplete (and the report says so)
+  CExitStepFailed = 2,    // a step failed or the run was stopped: nothing, or not everything, was sent
+  CExitIncomplete = 3,    // report sent, but the retrieval or the recipients were incomplete (and the report says so)
   CExitOtherInstance = 4, // another instance runs on the same settings
 };
 
@@ -22,6 +23,11 @@ struct TUnattendedOptions
   // After it no request of the service starts: what was not retrieved by then
   // makes the retrieval incomplete, and the report is still built and sent.
   QDeadlineTimer Deadline{QDeadlineTimer::Forever};
+  // Once requested (SIGTERM...), nothing new starts: the run logs what was and
+  // was not sent and ends with CExitStepFailed.
+  const TStopRequest *Stop = nullptr;
+  // Sends again the mails the journal says were delivered today.
+  bool Resend = false;
   // Shows whether the program works on its own (the window's red image).
   std::function<void(bool automatic)> ShowAutomaticMode;
   // Receives each line of the run log as soon as it is written (progress on

@@ -119,6 +119,24 @@ TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)
       << FWindow->statusBar()->currentMessage().toStdString();
   EXPECT_EQ(server.Messages().size(), 1);
 
+  // The same report again the same day: the person is asked, and Escape skips it.
+  QString asked;
+  CloseNextMessageBox(&asked);
+  QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
+  EXPECT_EQ(asked, "1 mail(s) of this report were already delivered today to the same people.");
+  EXPECT_TRUE(FWindow->statusBar()->currentMessage().startsWith("Already sent at "))
+      << FWindow->statusBar()->currentMessage().toStdString();
+  EXPECT_EQ(server.Messages().size(), 1);
+  QTimer::singleShot(0, [] {
+    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    for (QAbstractButton *button : box->buttons())
+      if (button->text() == "Send again")
+        QTest::mouseClick(button, Qt::LeftButton);
+  });
+  QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
+  EXPECT_EQ(server.Messages().size(), 2);
+
   FState.FTicketsGrid.SetTickets({Ticket(1, "one", false), Ticket(2, "two", false)});
   QTest::mouseClick(FWindow->bbtGenerateMail, Qt::LeftButton); // any step brings the buttons up to date
   ASSERT_TRUE(FWindow->bbtSaveGrid->isEnabled());
@@ -155,7 +173,9 @@ TEST_F(MainWindow, MailIsSentOffTheWindowThreadWithEveryButtonOff)
   CloseNextMessageBox(&shown);
   QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
   EXPECT_TRUE(seen);
-  EXPECT_TRUE(shown.startsWith(QStringLiteral("Unable to send the mail through 127.0.0.1:%1").arg(silent.serverPort())))
+  EXPECT_TRUE(shown.contains(QStringLiteral("Mail to 1 recipient(s), 0 row(s) (leads@vellmor.example): Unable to send "
+                                           "the mail through 127.0.0.1:%1")
+                                 .arg(silent.serverPort())))
       << shown.toStdString();
   EXPECT_EQ(VisibleProgress(FWindow.get()), nullptr);
   EXPECT_TRUE(FWindow->bbtSendMail->isEnabled());

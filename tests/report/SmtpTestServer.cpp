@@ -31,6 +31,7 @@ TSmtpTestServer::TSmtpTestServer(const TOptions &options)
   FProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   if (options.StallAfterData)
     arguments << QStringLiteral("--stall-after-data");
+  arguments << options.Faults;
   FProcess.start(QStringLiteral(QUORVEX_SYSTEM_PYTHON), arguments);
   while (FProcess.waitForReadyRead(10000) || FProcess.canReadLine()) {
     if (!FProcess.canReadLine())

@@ -21,8 +21,11 @@ public:
     int Port = 0; // 0: any free port
     QString User; // empty: no login asked
     QString Password;
-    QStringList RefusedRecipients;
+    QStringList RefusedRecipients; // "address" (550) or "address=450" / "=501"
     bool StallAfterData = false; // takes the whole message, then never answers
+    // Further faults, as smtp_test_server.py takes them: "--delay", "2",
+    // "--max-recipients", "3", "--fail-data", "1", "--drop-at", "2".
+    QStringList Faults;
   };
 
   explicit TSmtpTestServer(const TOptions &options);

@@ -1,14 +1,18 @@
 #!/usr/bin/env python3
-"""Parses a report as a browser does (html5lib) and prints every element of its
-body that could run: script-like elements, event attributes, script or data
-addresses. Exits 1 when it finds any. (The head is the report's own.)"""
+"""Parses a report as a browser does (html5lib) and prints, as JSON, what it reads
+in the body: "active", every element or attribute that could run (script-like
+elements, event attributes, script or data addresses); "skeleton", every element
+with its attribute names, in document order; "rows", the text of each table row's
+cells; "paragraphs", the text of each paragraph. No-break spaces read as spaces.
+Exits 1 when anything could run. (The head is the report's own.)"""
+import json
 import re
 import sys
 
 import html5lib
 
 RUNNING_ELEMENTS = {"script", "iframe", "object", "embed", "applet", "frame", "frameset", "base", "meta",
-                    "link", "form", "svg", "math", "style", "textarea", "noscript", "template"}
+                    "link", "form", "svg", "math", "style", "textarea", "noscript", "template", "img"}
 FORBIDDEN_SCHEME = re.compile(r"^(javascript|vbscript|data):", re.IGNORECASE)
 
 
@@ -17,23 +21,29 @@ def address(value):
     return re.sub(r"[\x00-\x20]", "", value)
 
 
+def text(element):
+    return "".join(element.itertext()).replace("\xa0", " ")
+
+
 def main():
     with open(sys.argv[1], encoding=sys.argv[2] if len(sys.argv) > 2 else "utf-8") as source:
         document = html5lib.parse(source.read(), namespaceHTMLElements=False)
-    found = []
-    for element in document.find("body").iter():
+    body = document.find("body")
+    active, skeleton = [], []
+    for element in body.iter():
         if not isinstance(element.tag, str):
             continue
+        skeleton.append(" ".join([element.tag] + sorted(element.attrib)))
         if element.tag.lower() in RUNNING_ELEMENTS:
-            found.append("element <%s>" % element.tag)
+            active.append("element <%s>" % element.tag)
         for name, value in element.attrib.items():
-            if name.lower().startswith("on"):
-                found.append("<%s %s=%r>" % (element.tag, name, value))
-            if FORBIDDEN_SCHEME.match(address(value)) or "javascript:" in address(value).lower():
-                found.append("<%s %s=%r>" % (element.tag, name, value))
-    for line in found:
-        print(line)
-    return 1 if found else 0
+            if name.lower().startswith("on") or FORBIDDEN_SCHEME.match(address(value)) or \
+                    "javascript:" in address(value).lower():
+                active.append("<%s %s=%r>" % (element.tag, name, value))
+    print(json.dumps({"active": active, "skeleton": skeleton,
+                      "rows": [[text(cell) for cell in row.findall("td")] for row in body.iter("tr")],
+                      "paragraphs": [text(p) for p in body.iter("p")]}))
+    return 1 if active else 0
 
 
 if __name__ == "__main__":

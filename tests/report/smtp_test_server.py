@@ -23,20 +23,52 @@ from aiosmtpd.controller import Controller
 from aiosmtpd.smtp import AuthResult
 
 
+REPLIES = {
+    "550": "550 5.1.1 <%s>: mailbox unavailable",
+    "501": "501 5.1.3 <%s>: bad recipient address syntax",
+    "450": "450 4.2.1 <%s>: mailbox busy, try again later",
+}
+
+
 class Recorder:
-    def __init__(self, folder, refused, stall):
+    """The relay's faults are its options: refused recipients (ADDRESS or
+    ADDRESS=CODE), a delay before each reply, a limit of recipients per message,
+    temporary refusals of DATA, a connection dropped at a given message."""
+
+    def __init__(self, folder, args):
         self.folder = pathlib.Path(folder)
-        self.refused = set(refused)
-        self.stall = stall
+        self.refused = dict((r.split("=") + ["550"])[:2] for r in args.refuse)
+        self.stall = args.stall_after_data
+        self.delay = args.delay
+        self.max_recipients = args.max_recipients
+        self.fail_data = args.fail_data
+        self.drop_at = args.drop_at
+        self.data_count = 0
         self.count = 0
 
+    async def handle_MAIL(self, server, session, envelope, address, mail_options):
+        await asyncio.sleep(self.delay)
+        envelope.mail_from = address
+        envelope.mail_options.extend(mail_options)
+        return "250 OK"
+
     async def handle_RCPT(self, server, session, envelope, address, rcpt_options):
+        await asyncio.sleep(self.delay)
         if address in self.refused:
-            return "550 5.1.1 <%s>: mailbox unavailable" % address
+            return REPLIES[self.refused[address]] % address
+        if self.max_recipients and len(envelope.rcpt_tos) >= self.max_recipients:
+            return "452 4.5.3 Too many recipients"
         envelope.rcpt_tos.append(address)
         return "250 OK"
 
     async def handle_DATA(self, server, session, envelope):
+        await asyncio.sleep(self.delay)
+        self.data_count += 1
+        if self.data_count in self.drop_at:
+            server.transport.close()
+            return "421 closing"
+        if self.data_count <= self.fail_data:
+            return "451 4.3.0 temporary failure, try again"
         if self.stall:
             # A server that takes the whole message and then never answers.
             await asyncio.sleep(3600)
@@ -57,7 +89,8 @@ class Recorder:
             else:
                 leaf["data"] = base64.b64encode(content).decode()
             parts.append(leaf)
-        summary = {"mail_from": envelope.mail_from, "rcpt_tos": envelope.rcpt_tos,
+        summary = {"mail_from": envelope.mail_from, "rcpt_tos": envelope.rcpt_tos, "peer": session.peer[1],
+                   "raw": envelope.original_content.decode("utf-8", "replace"),
                    "tls": session.ssl is not None or server.transport.get_extra_info("ssl_object") is not None,
                    "authenticated": bool(session.authenticated),
                    "content_type": message.get_content_type(), "headers": headers, "parts": parts}
@@ -78,6 +111,10 @@ def main():
     parser.add_argument("--password")
     parser.add_argument("--refuse", action="append", default=[])
     parser.add_argument("--stall-after-data", action="store_true")
+    parser.add_argument("--delay", type=float, default=0)
+    parser.add_argument("--max-recipients", type=int, default=0)
+    parser.add_argument("--fail-data", type=int, default=0, help="answer 451 to the first N DATA")
+    parser.add_argument("--drop-at", type=int, action="append", default=[], help="drop the connection at DATA N")
     parser.add_argument("--out", required=True)
     args = parser.parse_args()
     # Refused handshakes and logins are what some tests are about: no tracebacks.
@@ -108,7 +145,7 @@ def main():
         options["auth_required"] = True
         options["auth_require_tls"] = args.mode == "starttls"
 
-    controller = Controller(Recorder(args.out, args.refuse, args.stall_after_data), **options)
+    controller = Controller(Recorder(args.out, args), **options)
     controller.start()
     print("READY %d" % port, flush=True)
     sys.stdin.read()

@@ -1,10 +1,11 @@
-#include "report/HtmlSafety.h"
 #include "report/MailReport.h"
 #include "report/ReportFiles.h"
 #include "support/TempConfig.h"
 #include "tickets/ColourStore.h"
 
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <gtest/gtest.h>
 
@@ -135,12 +136,12 @@ TEST_F(MailReportTest, UnassignedTableLineByLine)
   const QStringList html = Generate().HtmlContent;
   const qsizetype start = html.indexOf("<p>U-with</p>");
   ASSERT_GE(start, 0);
-  // The service's text stays HTML; dates, age and colours come from the rules.
+  // The service's text is shown as text; dates, age and colours come from the rules.
   const QStringList row{
       "          <td nowrap>Acme</td>",
       "          <td nowrap><a href=\"https://acme.itsm.example/operators/tickets/all/4521\" target=\"_blank\"> "
       "4521</a></td>",
-      "          <td>Printer <b>down</b> & out</td>",
+      "          <td>Printer &lt;b&gt;down&lt;/b&gt; &amp; out</td>",
       "          <td nowrap>Desk</td>",
       "          <td align=\"center\">14/11/2026&nbsp;02:30:00<br><strong>(3&nbsp;hours)</strong></td>",
       "          <td align=\"center\">14/11/2026</td>",
@@ -238,7 +239,10 @@ TEST_F(MailReportTest, IncompleteRetrievalIsNeverAnAllClear)
   FIn.RetrievalWarning = "the retrieval was incomplete: the tickets of Beta could not be read";
   FIn.ExtractionTickets = 0; // no retrieval ever gave tickets
   FIn.RetrievalAttempt = CNow - 1.0 / 24;
-  const QStringList html = Generate().HtmlContent;
+  const TReportOutput out = Generate();
+  const QStringList &html = out.HtmlContent;
+  EXPECT_TRUE(out.Text.contains("\n\nWARNING: the retrieval was incomplete: the tickets of Beta could not be read\n\n"));
+  EXPECT_EQ(out.Text.count("This could not be checked: the retrieval of the tickets was incomplete."), 2);
   const qsizetype warning =
       html.indexOf("    <p><strong>WARNING: the retrieval was incomplete: the tickets of Beta could not be read</strong></p>");
   ASSERT_GE(warning, 0);
@@ -256,71 +260,139 @@ TEST_F(MailReportTest, IncompleteRetrievalIsNeverAnAllClear)
   EXPECT_EQ(listed.count(notChecked), 1);
 }
 
-TEST(HtmlSafety, ServiceTextStaysHtmlButCannotRun)
+// The plain-text alternative: the parts of the HTML in the same order, one line
+// per row with its ages, the text blocks read as HTML, the service's text as it is.
+TEST_F(MailReportTest, PlainTextHasThePartsOfTheReportAndOneLinePerRow)
 {
-  const QList<QPair<QString, QString>> rows{
-      {"<b>R&D</b> <i>x</i>", "<b>R&D</b> <i>x</i>"},
-      {"online = yes, javascript: is text", "online = yes, javascript: is text"},
-      {"x<script>alert(1)</script>", "x&lt;script>alert(1)&lt;/script>"},
-      {"<IFRAME src=x></iframe>", "&lt;IFRAME src=x>&lt;/iframe>"},
-      {"<img src=x onerror=\"alert(1)\">", "<img src=\"x\" data-blocked-onerror=\"alert(1)\">"},
-      // A ">" inside a quoted value does not end the tag; a value glued to the next.
-      {"<img alt=\">\" src=x onerror=alert(1)>", "<img alt=\">\" src=\"x\" data-blocked-onerror=\"alert(1)\">"},
-      {"<img src='x'onerror=alert(1)>", "<img src=\"x\" data-blocked-onerror=\"alert(1)\">"},
-      // Script and data addresses, also spelt with entities or broken by tabs.
-      {"<a href=\"JavaScript:go()\">go</a>", "<a href=\"blocked:go()\">go</a>"},
-      {"<a href=\"&#106;avascript:go()\">x</a>", "<a href=\"blocked:go()\">x</a>"},
-      {"<a href=\"javascript&colon;go()\">x</a>", "<a href=\"blocked:go()\">x</a>"},
-      {"<a href=\"java\tscript:go()\">x</a>", "<a href=\"blocked:go()\">x</a>"},
-      {"<a href=\"java&#x09;script:go()\">x</a>", "<a href=\"blocked:go()\">x</a>"},
-      {"<a href=\"vbscript:go\">x</a>", "<a href=\"blocked:go\">x</a>"},
-      {"<a href=\" data:text/html,x\">x</a>", "<a href=\"blocked:text/html,x\">x</a>"},
-      {"<a title=\"&#34;&amp;\" href=\"https://x/\">x</a>", "<a title=\"&#34;&amp;\" href=\"https://x/\">x</a>"},
-      // Whatever the text leaves open stays inside it.
-      {"a<b", "a&lt;b"},
-      {"<img src=x alt='", "&lt;img src=x alt='"},
-      {"<img src=x onerror=alert(1)//", "&lt;img src=x onerror=alert(1)//"},
-      {"x <!-- y", "x &lt;!-- y"},
-      {"<b><a href=x>bold", "<b><a href=\"x\">bold</a></b>"},
-      {"</td></tr></table>end", "&lt;/td>&lt;/tr>&lt;/table>end"},
-      {"<textarea>", "&lt;textarea>"},
-  };
-  for (const auto &[text, safe] : rows)
-    EXPECT_EQ(NeutraliseActiveHtml(text), safe) << text.toStdString();
+  FIn.HtmlTexts.Unassigned_With = {"<p>U-with <a href=\"https://kb.example/a\">kb</a></p>", "<ol><li>one</li></ol>"};
+  FIn.TeamsOperators = {{10, 1}};
+  FIn.Operators = {Operator(1, "ann@example.org")};
+  tyRestTicket urgent = Ticket(7, "REQUEST");
+  urgent.title = "Password reset <urgent>";
+  urgent.creationDate = "2026-11-14T02:30:00.000Z";
+  tyRestTicket broken = Stale(8, 20.5);
+  broken.title = "Line one\r\nline two\tand more";
+  broken.assignedUser = {1, "Ann Lee"};
+  FIn.Tickets = {urgent, broken};
+  const QString text = Generate().Text;
+  EXPECT_EQ(text, QString(R"(Quorvex ITSM tickets follow-up
+==============================
+
+Parameters
+----------
+
+Organization(s)
+Acme, Beta
+
+Team(s)
+Desk
+
+Extraction
+14.11.2026 - 06:00 CET
+
+Unassigned after 15 minutes
+---------------------------
+
+U-with kb <https://kb.example/a>
+
+1. one
+
+Organization | Ticket | Title | Assigned Team | Creation Date | Last Update | Priority | Status
+Acme | Request 7 <https://acme.itsm.example/operators/tickets/all/7> | Password reset <urgent> | Desk | 14/11/2026 02:30:00 (3 hours) | 14/11/2026 05:30:00 | P1 | New
+
+W-title %NBDAYS%
+----------------
+
+W-with 14
+
+Organization | Ticket | Title | Assigned Team | Assigned User | Creation Date | Last Update | Priority | Status
+Acme | Incident 8 <https://acme.itsm.example/operators/tickets/all/8> | Line one  line two and more | Desk | Ann Lee | 14/11/2026 05:00:00 | 24/10/2026 18:00:00 (20 days) | P1 | New
+
+Why x <https://acme.itsm.example>
+
+DEBUG
+-----
+
+Here is the list of email recipients if the program was not running in debug mode.
+
+SendTo:
+ann@example.org
+
+CC:
+
+This email was generated by Quorvex ITSM tickets follow-up <%1>.)")
+                      .arg(QUORVEX_DOC_URL));
 }
 
-// Hostile texts in adjacent rows and in the title, read back by a browser's
-// parser: nothing in the report can run.
-TEST_F(MailReportTest, NoServiceTextCanRunInTheReportABrowserReads)
+// Hostile texts in every field the service fills, read back by a browser's parser:
+// each is shown as its own text, nothing in the report can run, and the report has
+// the elements and attributes of one made from plain values.
+TEST_F(MailReportTest, ServiceTextIsShownAsTextInTheReportABrowserReads)
 {
   const QStringList hostile{
-      "<img src=x alt='", "' onerror=alert(10) >", "<a href=\"data:text/html,<script>alert(1)</script>\">x",
-      "<embed src=\"data:image/svg+xml,<svg onload=alert(1)>\">", "<svg><script>alert(1)</script>",
-      "<style>", "<textarea>", "<!--", "-->", "<a href='javascript:alert(1)'>", "<b onmouseover=alert(1)>",
-      "<img src=\"x\" onerror=\"alert(1)\"", "\" onfocus=\"alert(1)", "<math><mtext><img src=x onerror=alert(1)>",
-      "<iframe srcdoc=\"<script>alert(1)</script>\">", "<a href=\"&#x6A;avascript:alert(1)\">"};
-  QList<tyRestOrganization> organizations;
-  for (qsizetype i = 0; i < hostile.size(); ++i) {
-    tyRestTicket ticket = Stale(static_cast<std::int32_t>(i + 1), 30);
-    ticket.assignedUser = {0, ""};
-    ticket.title = hostile[i];
-    ticket.organization.name = hostile[(i + 1) % hostile.size()];
-    ticket.assignedTeam = {10, hostile[(i + 2) % hostile.size()]};
-    ticket.status._reference = hostile[(i + 3) % hostile.size()];
-    FIn.Tickets.append(ticket);
-    organizations.append({static_cast<std::int32_t>(i + 1), hostile[i], false, false, true});
-  }
-  FIn.SelectedOrganizations = organizations;
+      "<img src=\"https://evil.example/pixel.png\">", "Password reset <urgent>", "<img/src=x/onerror=alert(36)>",
+      "<a href=\"&#32;data:text/html,<script>alert(1)</script>\">x</a>", "<img src=x alt='", "' onerror=alert(10) >",
+      "<svg><script>alert(1)</script>", "<style>", "<textarea>", "<!--", "-->", "<b onmouseover=alert(1)>bold",
+      "\" onfocus=\"alert(1)", "<math><mtext><img src=x onerror=alert(1)>", "</td></tr></table>after",
+      "R&D &amp; <b>Ops</b>"};
+  const QStringList hostileAddresses{"\"<img/src=x/onerror=alert(36)>\"@example.test",
+                                     "\"</p><a href='javascript:alert(1)'>x</a>\"@example.test",
+                                     "\"<b>cc</b>\"@example.test"};
+  const qsizetype n = hostile.size();
+  const auto fill = [this, n](const QStringList &values, const QStringList &addresses) {
+    FIn.Tickets.clear();
+    FIn.SelectedOrganizations.clear();
+    for (qsizetype i = 0; i < n; ++i) {
+      tyRestTicket ticket = Stale(static_cast<std::int32_t>(i + 1), 30);
+      ticket.title = values[i];
+      ticket.organization.name = values[(i + 1) % n];
+      ticket.assignedTeam = {10, values[(i + 2) % n]};
+      ticket.status._reference = values[(i + 3) % n];
+      ticket.assignedUser = {static_cast<std::int32_t>(100 + i % 2), values[(i + 4) % n]};
+      ticket.priority.reference = values[(i + 5) % n];
+      FIn.Tickets.append(ticket);
+      FIn.SelectedOrganizations.append({static_cast<std::int32_t>(i + 1), values[i], false, false, true});
+    }
+    FIn.SelectedTeams = {tyRestTeam{10, {}, values[0], {}, {}}};
+    FIn.TeamsOperators = {{10, 200}};
+    FIn.Operators = {Operator(100, addresses[0]), Operator(101, addresses[1]), Operator(200, addresses[2])};
+  };
+  const auto read = [this](const TReportOutput &out) {
+    SaveReportFiles(FConfig.File("report"), out);
+    QProcess checker;
+    checker.start(QStringLiteral(QUORVEX_SYSTEM_PYTHON), {QStringLiteral(QUORVEX_REPORT_SAFETY_CHECK),
+                                                          FConfig.File("report.html"), QStringLiteral("utf-16")});
+    EXPECT_TRUE(checker.waitForFinished(60000));
+    EXPECT_EQ(checker.exitCode(), 0) << checker.readAllStandardError().toStdString();
+    return QJsonDocument::fromJson(checker.readAllStandardOutput()).object().toVariantMap();
+  };
+  QStringList plain;
+  for (qsizetype i = 0; i < n; ++i)
+    plain.append(QStringLiteral("Value %1").arg(i));
+  fill(plain, {"a@example.test", "b@example.test", "c@example.test"});
+  const QVariantMap plainReading = read(Generate());
+  fill(hostile, hostileAddresses);
   const TReportOutput out = Generate();
-  ASSERT_EQ(out.NbUnassigned, hostile.size());
-  const QString path = FConfig.File("report.html");
-  SaveReportFiles(FConfig.File("report"), out);
-  QProcess checker;
-  checker.start(QStringLiteral(QUORVEX_SYSTEM_PYTHON),
-                {QStringLiteral(QUORVEX_REPORT_SAFETY_CHECK), path, QStringLiteral("utf-16")});
-  ASSERT_TRUE(checker.waitForFinished(60000));
-  EXPECT_EQ(checker.exitCode(), 0) << checker.readAllStandardOutput().toStdString()
-                                   << checker.readAllStandardError().toStdString();
+  ASSERT_EQ(out.NbWithoutUpdate, n);
+  const QVariantMap reading = read(out);
+
+  EXPECT_EQ(reading["active"].toStringList(), QStringList());
+  EXPECT_EQ(reading["skeleton"].toStringList(), plainReading["skeleton"].toStringList());
+  const QVariantList rows = reading["rows"].toList();
+  ASSERT_EQ(rows.size(), n + 1); // the header row, then the tickets
+  for (qsizetype i = 0; i < n; ++i) {
+    const QStringList cells = rows[i + 1].toStringList();
+    const QStringList shown{cells.value(0), cells.value(2), cells.value(3), cells.value(4), cells.value(8)};
+    EXPECT_EQ(shown, (QStringList{hostile[(i + 1) % n], hostile[i], hostile[(i + 2) % n], hostile[(i + 4) % n],
+                                  hostile[(i + 3) % n]}));
+    EXPECT_TRUE(out.Text.contains(hostile[i])) << hostile[i].toStdString(); // and in the plain text
+  }
+  QStringList primary = hostileAddresses.mid(0, 2);
+  primary.sort();
+  const QStringList paragraphs = reading["paragraphs"].toStringList();
+  for (const QString &shown : {"Organization(s)\n    " + hostile.join(", "), "Team(s)\n    " + hostile[0],
+                               "SendTo:\n    " + primary.join(", "), "CC:\n    " + hostileAddresses[2]})
+    EXPECT_TRUE(paragraphs.contains(shown)) << shown.toStdString();
 }
 
 TEST_F(MailReportTest, InteractiveFilesUseTheirOwnEncodings)

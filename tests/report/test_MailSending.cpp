@@ -1,4 +1,6 @@
 #include "SmtpTestServer.h"
+#include "report/MailAddress.h"
+#include "report/MailMessage.h"
 #include "report/MailSender.h"
 #include "report/DeliveryPlan.h"
 #include "report/SmtpIdentity.h"
@@ -25,16 +27,28 @@ QStringList Report()
           "    <h1>Quorvex ITSM tickets follow-up</h1>", "    <p>Équipe &amp; réseau</p>", "  </body>", "</html>"};
 }
 
-// The report to the default receivers, as "Send Mail" sends it in mode "report".
-void SendReport(const tySMTPserver &smtp, const QStringList &lines)
+// The report to the default receivers, as "Send Mail" sends it in mode "report";
+// what could not be delivered, one line each.
+QStringList SendReport(const tySMTPserver &smtp, const QStringList &lines)
 {
   TReportMail mail;
-  mail.To = SplitAddresses(smtp.DefaultTo);
-  mail.Cc = SplitAddresses(smtp.DefaultCC);
+  QStringList warnings;
+  mail.To = ParseAddressList(smtp.DefaultTo, "To", warnings);
+  mail.Cc = ParseAddressList(smtp.DefaultCC, "Cc", warnings);
   mail.Report.HtmlContent = lines;
+  mail.Report.Text = QStringLiteral("Quorvex ITSM tickets follow-up\n\nÉquipe & réseau");
   TTempConfig config;
   TColourStore colours(config.File("colours.ini"));
-  DeliverReport(smtp, {mail}, {}, colours);
+  QStringList failures;
+  for (const TDeliveryFailure &failure : DeliverReport(smtp, {mail}, {}, colours).Failures)
+    failures.append(failure.What + ": " + failure.Reason);
+  return failures;
+}
+
+// Sends a plain mail in one conversation, as the gateway test does.
+void SendPlain(const tySMTPserver &smtp, const TMailMessage &mail)
+{
+  SendMail(smtp, BuildMail(mail, SenderAddress(smtp), QDateTime::currentDateTime()), mail.To);
 }
 
 QStringList Strings(const QJsonValue &array)
@@ -123,19 +137,19 @@ TEST_F(StartTlsSendingTest, ServerRefusalsCarryTheServersWords)
   const QString server = QStringLiteral("127.0.0.1:%1").arg(FServer->Port());
 
   FSmtp.Password = "wrong";
-  const QString login = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
-  EXPECT_TRUE(login.startsWith("Unable to send the mail through " + server + ": ")) << login.toStdString();
+  const QString login = SendReport(FSmtp, Report()).join("\n");
+  EXPECT_TRUE(login.contains("Unable to send the mail through " + server + ": ")) << login.toStdString();
   EXPECT_TRUE(login.contains("535")) << login.toStdString();
 
   FSmtp.Password = CPassword;
   FSmtp.DefaultCC = "nobody@vellmor.example";
-  const QString recipient = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
+  const QString recipient = SendReport(FSmtp, Report()).join("\n");
   EXPECT_TRUE(recipient.contains(server)) << recipient.toStdString();
   EXPECT_TRUE(recipient.contains("550 5.1.1 <nobody@vellmor.example>: mailbox unavailable")) << recipient.toStdString();
 
   FSmtp.UseSSL = false;
   FSmtp.DefaultCC.clear();
-  const QString clear = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
+  const QString clear = SendReport(FSmtp, Report()).join("\n");
   EXPECT_TRUE(clear.contains(server)) << clear.toStdString();
   EXPECT_TRUE(clear.contains("530")) << clear.toStdString();
 }
@@ -144,13 +158,13 @@ TEST_F(StartTlsSendingTest, UntrustedCertificateIsRefusedAndUnreadableExtraCerti
 {
   qunsetenv("QUORVEX_EXTRA_CA_CERTS");
   const qsizetype before = FServer->Messages().size();
-  const QString error = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
+  const QString error = SendReport(FSmtp, Report()).join("\n");
   EXPECT_TRUE(error.contains(QStringLiteral("127.0.0.1:%1").arg(FServer->Port()))) << error.toStdString();
   EXPECT_TRUE(error.contains("certificate", Qt::CaseInsensitive)) << error.toStdString();
   EXPECT_EQ(FServer->Messages().size(), before);
 
   qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem");
-  const QString unreadable = MessageRaised<ESmtpError>([&] { SendReport(FSmtp, Report()); });
+  const QString unreadable = SendReport(FSmtp, Report()).join("\n");
   EXPECT_TRUE(unreadable.contains("QUORVEX_EXTRA_CA_CERTS cannot be read from /nonexistent/ca.pem"))
       << unreadable.toStdString();
 }
@@ -170,7 +184,7 @@ TEST(PlainSendingTest, GatewayTestAndEncodedSubjectWithoutEncryption)
   mail.To = {"a@vellmor.example"};
   mail.Subject = QStringLiteral("Suivi des tickets – équipe réseau");
   mail.Text = "line 1\n.\nline 3";
-  SendMail(smtp, mail);
+  SendPlain(smtp, mail);
   qputenv("QUORVEX_EXTRA_CA_CERTS", authorities);
 
   const QList<QJsonObject> messages = server.Messages();
@@ -218,7 +232,9 @@ TEST(PlainSendingTest, AServerSilentAfterTheMessageCostsNoMoreThanTheTimeOut)
   mail.Text = "y";
   QElapsedTimer clock;
   clock.start();
-  const QString error = MessageRaised<ESmtpError>([&] { SendMail(smtp, mail, std::chrono::seconds(3)); });
+  const QString error = TSmtpConnection(smtp).Send(BuildMail(mail, "a@vellmor.example", QDateTime::currentDateTime()),
+                                                   mail.To, std::chrono::seconds(3))
+                            .Error;
   // Before, the goodbye alone could wait two more minutes for its answer.
   EXPECT_LT(clock.elapsed(), 6000);
   EXPECT_TRUE(error.contains("Timeout", Qt::CaseInsensitive) || error.contains("timed out", Qt::CaseInsensitive))

@@ -50,9 +50,9 @@ QStringList RestFixture::ErrorLines() const
   return errors;
 }
 
-void RestFixture::ReplaceBody(const QString &path, const QByteArray &body, int page)
+void RestFixture::ReplaceBody(const QString &path, const QByteArray &body, int page, int status)
 {
   TDemoFaults faults;
-  faults.Bodies.append({path, page, body, 200});
+  faults.Bodies.append({path, page, body, status});
   FService.SetFaults(faults);
 }

@@ -27,8 +27,9 @@ protected:
   QString TraceText() const;
   // The trace lines that report an error.
   QStringList ErrorLines() const;
-  // A body replacing the service's answer for a path (and a page of the ticket list).
-  void ReplaceBody(const QString &path, const QByteArray &body, int page = -1);
+  // A body (and status) replacing the service's answer for a path (and a page of
+  // the ticket list).
+  void ReplaceBody(const QString &path, const QByteArray &body, int page = -1, int status = 200);
 
   TTempConfig FConfig;
   TDemoService FService{RestTestData()};

@@ -79,6 +79,7 @@ TEST_F(ReferenceQueries, OrganizationLackingAMemberStopsTheReadingThere)
 
 // Each answer that cannot be read has its own error line (none when it is merely
 // not a list of objects) and makes the query fail; an empty list does neither.
+// An operators answer refused by its status is never an empty list of people.
 TEST_F(ReferenceQueries, BadAnswersFailWithTheirOwnErrorLines)
 {
   const struct
@@ -88,6 +89,7 @@ TEST_F(ReferenceQueries, BadAnswersFailWithTheirOwnErrorLines)
     QString error; // beginning of the only error line, or empty for none
     bool failed;
     qsizetype records;
+    int status = 200;
   } rows[] = {
       {"/api/repository/objects", R"({"id":5})", "", true, 0},
       {"/api/repository/objects", "", "Réponse API vide.", true, 0},
@@ -106,17 +108,22 @@ TEST_F(ReferenceQueries, BadAnswersFailWithTheirOwnErrorLines)
       {"/api/operators/list", R"({"totalNumberOfElements":0})", "", false, 0},
       {"/api/operators/list", "[1]", "Erreur API : The answer of https://", true, 0},
       {"/api/operators/list", "{oops", "Réponse JSON invalide.", true, 0},
+      {"/api/operators/list", R"({"totalNumberOfElements":3})", "Erreur API : The answer of https://", true, 0},
+      {"/api/operators/list", R"({"error":"internal"})", "Erreur API : HTTP 500", true, 0, 500},
+      {"/api/operators/list", R"({"error":"forbidden"})", "Erreur API : HTTP 403", true, 0, 403},
+      {"/api/operators/list", R"({"content":[]})", "Erreur API : HTTP 404", true, 0, 404},
   };
   for (const auto &row : rows) {
     RestartTrace();
-    ReplaceBody(row.path, row.body);
+    ReplaceBody(row.path, row.body, -1, row.status);
     const auto [records, failure] = Ask(row.path);
     const std::string context = (row.path + " answering " + row.body).toStdString();
     EXPECT_EQ(records, row.records) << context;
     EXPECT_EQ(failure.has_value(), row.failed) << context;
     if (failure) {
-      EXPECT_TRUE(failure->Reason.startsWith("the answer of " + FService.Instance() + " was not understood"))
-          << context;
+      EXPECT_TRUE(row.status == 200 ? failure->Reason.startsWith("the answer of " + FService.Instance() + " was not understood")
+                                    : failure->Reason.contains(QString::number(row.status)))
+          << context << ": " << failure->Reason.toStdString();
     }
     const QStringList errors = ErrorLines();
     EXPECT_EQ(errors.size(), row.error.isEmpty() ? 0 : 1) << context;

@@ -3,6 +3,8 @@
 #include "gui/DialogLayout.h"
 
 #include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QListWidget>
 #include <QVBoxLayout>
 
@@ -40,4 +42,21 @@ bool ConfirmRecipients(const QStringList &to, const QStringList &cc, QWidget *pa
 {
   TfrmConfirmRecipients dialog(to, cc, parent);
   return dialog.exec() == QDialog::Accepted;
+}
+
+bool ConfirmResend(const QStringList &earlier, QWidget *parent)
+{
+  QMessageBox box(QMessageBox::Question, QStringLiteral("Send Mail"),
+                  QStringLiteral("%1 mail(s) of this report were already delivered today to the same people.")
+                      .arg(earlier.size()),
+                  QMessageBox::NoButton, parent);
+  box.setObjectName(QStringLiteral("boxConfirmResend"));
+  box.setInformativeText(QStringLiteral("Send them again? Otherwise they are skipped and only the others go."));
+  box.setDetailedText(earlier.join(u'\n'));
+  QPushButton *again = box.addButton(QStringLiteral("Send again"), QMessageBox::AcceptRole);
+  QPushButton *skip = box.addButton(QStringLiteral("Skip them"), QMessageBox::RejectRole);
+  box.setDefaultButton(skip);
+  box.setEscapeButton(skip);
+  box.exec();
+  return box.clickedButton() == again;
 }

@@ -18,3 +18,7 @@ public:
 
 // Shows the confirmation; true when the person chose OK.
 bool ConfirmRecipients(const QStringList &to, const QStringList &cc, QWidget *parent = nullptr);
+
+// The journal says these mails (one line each) were already delivered today:
+// true to send them again, false (Escape too) to skip them.
+bool ConfirmResend(const QStringList &earlier, QWidget *parent = nullptr);

@@ -1,0 +1,202 @@
+// Deliveries against a relay that refuses, delays, drops or limits recipients,
+// and the journal that keeps a rerun from mailing the same people twice.
+
+#include "SmtpTestServer.h"
+#include "core/StopRequest.h"
+#include "report/DeliveryJournal.h"
+#include "report/DeliveryPlan.h"
+#include "report/FollowUpStore.h"
+#include "report/ReportSending.h"
+#include "support/TempConfig.h"
+#include "tickets/ColourStore.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+namespace {
+
+// `count` mails of `recipients` addresses each (r<mail>-<n>@example.test).
+QList<TReportMail> Mails(int count, int recipients = 1)
+{
+  QList<TReportMail> mails;
+  for (int i = 1; i <= count; ++i) {
+    TReportMail mail;
+    for (int n = 1; n <= recipients; ++n)
+      mail.To.append(QStringLiteral("r%1-%2@example.test").arg(i).arg(n));
+    mail.Report.HtmlContent = {"<p>report</p>"};
+    mail.Report.Text = "report";
+    mails.append(mail);
+  }
+  return mails;
+}
+
+class DeliveryTest : public ::testing::Test
+{
+protected:
+  // Starts the relay with these faults (see smtp_test_server.py).
+  void Relay(const QStringList &refused, const QStringList &faults = {})
+  {
+    TSmtpTestServer::TOptions options;
+    options.RefusedRecipients = refused;
+    options.Faults = faults;
+    FServer = std::make_unique<TSmtpTestServer>(options);
+    ASSERT_TRUE(FServer->Started()) << FServer->Failure().toStdString();
+    FSmtp.Server = "127.0.0.1";
+    FSmtp.Port = FServer->Port();
+    FSmtp.UseSSL = false;
+    FSmtp.From = "followup@example.test";
+    FOptions.RetryPause = std::chrono::milliseconds(10);
+  }
+
+  TDeliveryResult Deliver(const QList<TReportMail> &mails) { return DeliverReport(FSmtp, mails, FOptions, FColours); }
+
+  // Every recipient the relay delivered to, in order.
+  QStringList Received() const
+  {
+    QStringList received;
+    for (const QJsonObject &message : FServer->Messages())
+      for (const QJsonValue &address : message["rcpt_tos"].toArray())
+        received.append(address.toString());
+    return received;
+  }
+
+  static QStringList Failures(const TDeliveryResult &result)
+  {
+    QStringList failures;
+    for (const TDeliveryFailure &failure : result.Failures)
+      failures.append(failure.What + ": " + failure.Reason);
+    return failures;
+  }
+
+  TTempConfig FConfig;
+  TColourStore FColours{FConfig.File("q.ini")};
+  std::unique_ptr<TSmtpTestServer> FServer;
+  tySMTPserver FSmtp;
+  TDeliveryOptions FOptions;
+};
+
+TEST_F(DeliveryTest, ARefusedRecipientNeitherStopsTheOthersNorTheNextMails)
+{
+  Relay({"r1-5@example.test", "r1-9@example.test=501", "r20-1@example.test"});
+  const TDeliveryResult result = Deliver(Mails(1, 12) + Mails(36).mid(1));
+  EXPECT_EQ(result.MailsSent, 35);                  // every mail but the one whose only recipient is refused
+  EXPECT_EQ(Received().size(), 12 - 2 + 35 - 1);   // and every recipient but the three refused
+  EXPECT_FALSE(Received().contains("r1-5@example.test"));
+  const QString server = QStringLiteral("127.0.0.1:%1").arg(FServer->Port());
+  EXPECT_EQ(Failures(result),
+            (QStringList{"Mail to r1-5@example.test: " + server +
+                             " replied: 550 5.1.1 <r1-5@example.test>: mailbox unavailable",
+                         "Mail to r1-9@example.test: " + server +
+                             " replied: 501 5.1.3 <r1-9@example.test>: bad recipient address syntax",
+                         "Mail to r20-1@example.test: " + server +
+                             " replied: 550 5.1.1 <r20-1@example.test>: mailbox unavailable"}));
+  // One conversation carries the mails; libcurl ends it only after the upload
+  // whose every recipient was refused, and the next mails go on a second one.
+  QSet<int> peers;
+  for (const QJsonObject &message : FServer->Messages())
+    peers.insert(message["peer"].toInt());
+  EXPECT_EQ(peers.size(), 2);
+}
+
+TEST_F(DeliveryTest, TemporaryFailuresAreTriedThreeTimesInAll)
+{
+  // A busy mailbox stays busy: three tries, then named with its reply.
+  Relay({"r1-2@example.test=450"}, {"--fail-data", "1", "--drop-at", "3"});
+  const TDeliveryResult result = Deliver(Mails(1, 3) + Mails(2).mid(1));
+  // The first DATA is refused (451) and tried again; the connection drops at the
+  // third DATA, which goes again on a new one.
+  EXPECT_EQ(Received(), (QStringList{"r1-1@example.test", "r1-3@example.test", "r2-1@example.test"}));
+  ASSERT_EQ(result.Failures.size(), 1);
+  EXPECT_EQ(result.Failures[0].What, "Mail to r1-2@example.test");
+  EXPECT_TRUE(result.Failures[0].Reason.contains("450 4.2.1")) << result.Failures[0].Reason.toStdString();
+}
+
+TEST_F(DeliveryTest, RecipientsBeyondTheRelaysLimitGoAsIdenticalMails)
+{
+  Relay({}, {"--max-recipients", "3"});
+  FOptions.MaxRecipients = 3;
+  const TDeliveryResult result = Deliver(Mails(1, 10));
+  EXPECT_TRUE(result.Failures.isEmpty()) << Failures(result).join('\n').toStdString();
+  const QList<QJsonObject> messages = FServer->Messages();
+  ASSERT_EQ(messages.size(), 4);
+  EXPECT_EQ(Received().size(), 10);
+  for (const QJsonObject &message : messages)
+    EXPECT_EQ(message["raw"].toString(), messages[0]["raw"].toString()); // the same bytes, Message-ID included
+}
+
+TEST_F(DeliveryTest, ARerunOfTheSameDaySendsOnlyWhatWasNotDelivered)
+{
+  Relay({"r2-1@example.test"});
+  QStringList warnings;
+  const auto store = TFollowUpStore::Open(FConfig.File("journal.db"), warnings);
+  ASSERT_TRUE(store);
+  TDeliveryJournal journal(*store);
+  FOptions.Journal = &journal;
+  const QList<TReportMail> mails = Mails(3, 2);
+  Deliver(mails);
+  ASSERT_EQ(Received().size(), 5);
+
+  const TDeliveryResult rerun = Deliver(mails);
+  EXPECT_EQ(Received().size(), 5); // nobody served twice; the refused one tried again
+  EXPECT_EQ(rerun.Texts.filter("Already sent at ").size(), 2) << rerun.Texts.join('\n').toStdString();
+  EXPECT_EQ(rerun.Failures.size(), 1);
+  EXPECT_EQ(DeliveredEarlier(mails, TDeliveryMode::Report, journal, QDate::currentDate()).size(), 2);
+
+  // Other rows are another mail; a resend sends everything again.
+  QList<TReportMail> changed = mails;
+  changed[0].Report.Rows[0] = TReportRows(tyRestTickets(1));
+  changed[0].Report.Rows[0].Append(0);
+  Deliver(changed.mid(0, 1));
+  EXPECT_EQ(Received().size(), 7);
+  FOptions.Resend = true;
+  Deliver(mails);
+  EXPECT_EQ(Received().size(), 12);
+  EXPECT_TRUE(warnings.isEmpty());
+}
+
+TEST_F(DeliveryTest, ADamagedStoreIsMovedAsideAndMadeAnew)
+{
+  WriteTextFile(FConfig.File("journal.db"), QByteArray(4096, 'x'));
+  QStringList warnings;
+  const auto store = TFollowUpStore::Open(FConfig.File("journal.db"), warnings);
+  ASSERT_TRUE(store);
+  ASSERT_EQ(warnings.size(), 1);
+  EXPECT_TRUE(warnings[0].contains("was moved aside as " + FConfig.File("journal.db.damaged-")))
+      << warnings[0].toStdString();
+  EXPECT_EQ(QFile::permissions(FConfig.File("journal.db")) & 0x0077, 0); // nobody else reads it
+  TDeliveryJournal journal(*store);
+  journal.BeginRun("report", QDateTime::currentDateTime());
+  EXPECT_GE(journal.Plan(1, "k", {"a@example.test"}, "0:1"), 0);
+  EXPECT_TRUE(journal.Warnings().isEmpty());
+}
+
+TEST_F(DeliveryTest, AStopOrThePassedDeadlineStartsNoFurtherMail)
+{
+  Relay({}, {"--delay", "0.2"});
+  TStopRequest stop;
+  FOptions.Stop = &stop;
+  QElapsedTimer clock;
+  clock.start();
+  // The request comes while the second mail is on its way.
+  QTimer::singleShot(1500, &stop, [&stop] { stop.Request("SIGTERM"); });
+  const TDeliveryResult stopped = Deliver(Mails(10));
+  const qint64 stoppedAfter = clock.elapsed();
+  EXPECT_GE(stopped.MailsSent, 1);
+  EXPECT_LT(stopped.MailsSent, 10);
+  EXPECT_EQ(stopped.Failures.size(), 10 - stopped.MailsSent);
+  EXPECT_TRUE(stopped.Failures.last().Reason.contains("not sent: the run was stopped (SIGTERM)"))
+      << stopped.Failures.last().Reason.toStdString();
+  std::printf("stopped %lld ms after the start, %d of 10 mails sent\n", static_cast<long long>(stoppedAfter),
+              stopped.MailsSent);
+
+  FOptions.Stop = nullptr;
+  FOptions.Deadline = QDeadlineTimer(1500);
+  const TDeliveryResult late = Deliver(Mails(10));
+  EXPECT_LT(late.MailsSent, 10);
+  EXPECT_EQ(late.Failures.size(), 10 - late.MailsSent);
+  EXPECT_TRUE(late.Failures.last().Reason.contains("time limit had passed")) << late.Failures.last().Reason.toStdString();
+}
+
+} // namespace

@@ -1,0 +1,167 @@
+#include "report/DeliveryPlan.h"
+#include "report/MailAddress.h"
+#include "report/OperatorAddresses.h"
+#include "support/TempConfig.h"
+#include "tickets/ColourStore.h"
+#include "tickets/Selection.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const TDateTime CNow = EncodeDate(2026, 11, 24) + EncodeTime(7, 0, 0, 0);
+
+TEST(MailAddress, OnlyOneWellFormedMailboxBecomesAnAddrSpec)
+{
+  const struct
+  {
+    QString text;
+    QString address; // the addr-spec, or empty when refused
+    QString refusal; // part of the reason
+  } cases[] = {
+      {"alice@example.test", "alice@example.test", ""},
+      {"  Alice@Example.test ", "Alice@Example.test", ""},
+      {"\"Alice\" <alice@example.test>", "alice@example.test", ""},
+      {"alice@example.test (desk)", "alice@example.test", ""},
+      {"alice@example.test>\r\nRSET\r\nMAIL FROM:<noreply@example.test>\r\nRCPT TO:<evil@attacker.test>", "",
+       "control character"},
+      {QStringLiteral("alice@example.test") + QChar(0) + "evil@attacker.test", "", "control character"},
+      {"alice@example.test\tx", "", "control character"},
+      {"alice@example.test, evil@attacker.test", "", "more than one address"},
+      {"team: alice@example.test, bob@example.test;", "", "group"},
+      {"<@relay.example:alice@example.test>", "", "source route"},
+      {"alice", "", "no local part or no domain"},
+      {"alice@", "", "not a mail address"},
+      {"", "", "not a mail address"},
+      {QString(250, 'a') + "@example.test", "", "longer than 254 octets"},
+  };
+  for (const auto &c : cases) {
+    const TParsedAddress parsed = ParseMailbox(c.text);
+    EXPECT_EQ(parsed.Address.value_or(QString()), c.address) << c.text.toStdString();
+    EXPECT_TRUE(parsed.Refusal.contains(c.refusal)) << c.text.toStdString() << ": " << parsed.Refusal.toStdString();
+  }
+}
+
+TEST(MailAddress, ListsTypedInTheSettingsNameEachEntryTheyDrop)
+{
+  QStringList warnings;
+  EXPECT_EQ(ParseAddressList(" a@x.test; B@y.test ,, \"C\" <c@z.test>;bad\r\nRCPT TO:<e@v.test>,x", "[SMTP] DefaultTo",
+                             warnings),
+            (QStringList{"a@x.test", "B@y.test", "c@z.test"}));
+  ASSERT_EQ(warnings.size(), 2);
+  EXPECT_EQ(warnings[0], "[SMTP] DefaultTo: the address \"bad\\x0d\\x0aRCPT TO:<e@v.test>\" is not used: it holds a "
+                         "control character (a line break, NUL or the like)");
+  EXPECT_TRUE(warnings[1].startsWith("[SMTP] DefaultTo: the address \"x\" is not used"));
+}
+
+TEST(MailAddress, OperatorsKeepOnlyUsableAddressesAndTheOthersAreNamed)
+{
+  tyRestOperators operators(3);
+  operators[0].id = 7;
+  operators[0].login = "alice";
+  operators[0].notificationEmail = "alice@example.test>\r\nRCPT TO:<evil@attacker.test>";
+  operators[1].id = 8;
+  operators[1].notificationEmail = "\"Bob\" <Bob@example.test>";
+  operators[2].id = 9;
+  const QStringList warnings = KeepUsableAddresses(operators);
+  EXPECT_EQ((QStringList{operators[0].notificationEmail, operators[1].notificationEmail, operators[2].notificationEmail}),
+            (QStringList{"", "Bob@example.test", ""}));
+  ASSERT_EQ(warnings.size(), 1);
+  EXPECT_TRUE(warnings[0].startsWith("Operator 7 (alice), field notificationEmail: the address \"alice@example.test>"
+                                     "\\x0d\\x0aRCPT TO:<evil@attacker.test>\" is not used"))
+      << warnings[0].toStdString();
+}
+
+// Team 10 holds Ann and Bob; ticket 1 is unassigned in it, ticket 2 is Bob's
+// and without update.
+class DeliveryPlanTest : public ::testing::Test
+{
+protected:
+  DeliveryPlanTest()
+  {
+    auto ticket = [](std::int32_t id, std::int32_t user, double daysSinceUpdate) {
+      tyRestTicket t;
+      t.id = id;
+      t._type = "INCIDENT";
+      t.assignedTeam = {10, "Desk"};
+      t.assignedUser = {user, user ? "Bob" : ""};
+      t.creationDate = QDateTimeFromDateTime(CNow - 2).toString(Qt::ISODate);
+      t.lastUpdate = QDateTimeFromDateTime(CNow - daysSinceUpdate).toString(Qt::ISODate);
+      return t;
+    };
+    FIn.Tickets = {ticket(1, 0, 1), ticket(2, 2, 30)};
+    FIn.ExtractionTickets = CNow;
+    FIn.NbMinutes = 15;
+    FIn.NbDays = 14;
+    FIn.SelectedTeams = {tyRestTeam{10, {}, "Desk", {}, {}}};
+    tyRestOperator ann;
+    ann.id = 1;
+    ann.notificationEmail = "ann@example.test";
+    ann.status = "ACTIVE";
+    ann.teams = {{10, "Desk"}};
+    tyRestOperator bob = ann;
+    bob.id = 2;
+    bob.notificationEmail = "bob@example.test";
+    FIn.Operators = {ann, bob};
+    FIn.TeamsOperators = UpdateListTeamsOperators(FIn.Operators);
+    FSmtp.DefaultTo = "leads@example.test, Leads@Example.test";
+    FSmtp.DefaultCC = "LEADS@example.test; boss@example.test; ann@example.test";
+  }
+
+  TDeliveryPlan Plan(TDeliveryMode mode)
+  {
+    tyDelivery delivery;
+    delivery.Mode = mode;
+    return PlanDelivery(FIn, delivery, FSmtp, FColours, [] { return CNow; });
+  }
+
+  TTempConfig FConfig;
+  TColourStore FColours{FConfig.File("q.ini")};
+  TReportInput FIn;
+  tySMTPserver FSmtp;
+};
+
+// Each mail: "To | Cc | rows".
+QStringList Mails(const TDeliveryPlan &plan)
+{
+  QStringList mails;
+  for (const TReportMail &mail : plan.Mails)
+    mails.append(mail.To.join(',') + " | " + mail.Cc.join(',') + " | " + QString::number(mail.RowCount()));
+  return mails;
+}
+
+TEST_F(DeliveryPlanTest, EachModeAddressesEveryoneOnceWhateverTheCase)
+{
+  EXPECT_EQ(Mails(Plan(TDeliveryMode::Report)),
+            QStringList{"leads@example.test | boss@example.test,ann@example.test | 2"});
+  EXPECT_EQ(Mails(Plan(TDeliveryMode::Concerned)),
+            QStringList{"ann@example.test,bob@example.test | leads@example.test,boss@example.test | 2"});
+  // The full report first, then one digest per person with their rows only.
+  EXPECT_EQ(Mails(Plan(TDeliveryMode::Personal)),
+            (QStringList{"leads@example.test | boss@example.test,ann@example.test | 2", "ann@example.test |  | 1",
+                         "bob@example.test |  | 2"}));
+}
+
+TEST_F(DeliveryPlanTest, WithoutAnyoneConcernedTheDefaultsReceiveTheReport)
+{
+  FIn.Operators.clear();
+  FIn.TeamsOperators.clear();
+  FSmtp.DefaultTo = "leads@example.test;\"x\r\nRCPT TO:<e@v.test>\"@example.test";
+  const TDeliveryPlan concerned = Plan(TDeliveryMode::Concerned);
+  EXPECT_EQ(Mails(concerned), QStringList{"leads@example.test | boss@example.test,ann@example.test | 2"});
+  ASSERT_EQ(concerned.Warnings.size(), 1);
+  EXPECT_TRUE(concerned.Warnings[0].startsWith("[SMTP] DefaultTo: the address")) << concerned.Warnings[0].toStdString();
+  EXPECT_EQ(Mails(Plan(TDeliveryMode::Personal)), QStringList{"leads@example.test | boss@example.test,ann@example.test | 2"});
+}
+
+TEST_F(DeliveryPlanTest, SkipWhenClearSendsNothingOnlyForACompleteEmptyReport)
+{
+  tyDelivery delivery;
+  delivery.SkipWhenClear = true;
+  FIn.Tickets.clear();
+  EXPECT_TRUE(PlanDelivery(FIn, delivery, FSmtp, FColours, [] { return CNow; }).Mails.isEmpty());
+  FIn.RetrievalWarning = "incomplete";
+  EXPECT_EQ(PlanDelivery(FIn, delivery, FSmtp, FColours, [] { return CNow; }).Mails.size(), 1);
+}
+
+} // namespace

@@ -1,0 +1,133 @@
+// The mail steps over the demo service and a real SMTP server: what the people
+// concerned receive when the service's data is hostile or cannot be read.
+
+#include "SmtpTestServer.h"
+#include "StepsFixture.h"
+#include "state/UnattendedRun.h"
+
+#include "core/StopRequest.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QTimer>
+
+namespace {
+
+class MailStepsTest : public StepsFixture
+{
+protected:
+  MailStepsTest()
+  {
+    SelectAll();
+    FState->FSmtp.Server = "127.0.0.1";
+    FState->FSmtp.Port = FRelay.Port();
+    FState->FSmtp.UseSSL = false;
+    FState->FSmtp.DefaultTo = "leads@vellmor.example";
+    FState->FDelivery.Mode = TDeliveryMode::Concerned;
+  }
+
+  // The operators list the service answers instead of its own.
+  void Operators(const QByteArray &body, int status = 200)
+  {
+    TDemoFaults faults;
+    faults.Bodies.append({QStringLiteral("/api/operators/list"), -1, body, status});
+    FService.SetFaults(faults);
+  }
+
+  TSmtpTestServer FRelay{TSmtpTestServer::TOptions{}};
+};
+
+TEST_F(MailStepsTest, AnAddressThatCouldCarrySmtpCommandsNeverReachesTheRelay)
+{
+  ASSERT_TRUE(FRelay.Started()) << FRelay.Failure().toStdString();
+  Operators(R"({"totalNumberOfElements":3,"content":[)"
+            R"({"id":1,"status":"ACTIVE","teams":[{"id":10}],"notificationEmail":)"
+            R"("ann@example.org>\r\nRSET\r\nMAIL FROM:<noreply@example.test>\r\nRCPT TO:<evil@attacker.test>\r\nDATA\r\nSubject: x\r\n\r\nhi\r\n.\r\n"},)"
+            R"({"id":2,"status":"ACTIVE","teams":[{"id":10}],"notificationEmail":"bob@example.org, evil@attacker.test"},)"
+            R"({"id":4,"status":"ACTIVE","teams":[{"id":10}],"notificationEmail":"\"Dee\" <Dee@example.org>"}]})");
+  TUnattendedOptions options;
+  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitOk);
+
+  const QList<QJsonObject> messages = FRelay.Messages();
+  ASSERT_EQ(messages.size(), 1);
+  EXPECT_EQ(messages[0]["rcpt_tos"].toArray().toVariantList(),
+            (QVariantList{"dee@example.org", "leads@vellmor.example"}));
+  EXPECT_EQ(messages[0]["headers"]["To"].toString(), "dee@example.org");
+  const QString log = ReadTextFile(FState->FLogFile);
+  EXPECT_TRUE(log.contains(" - WARNING Operator 1 (), field notificationEmail: the address \"ann@example.org>\\x0d\\x0aRSET"))
+      << log.toStdString();
+  EXPECT_TRUE(log.contains(" - WARNING Operator 2 (), field notificationEmail: the address \"bob@example.org, "
+                           "evil@attacker.test\" is not used: it holds more than one address"))
+      << log.toStdString();
+}
+
+// Any answer that is not a readable operators list: the report still goes, to
+// the default recipients, says that the people concerned are unknown, and the
+// run counts as incomplete.
+TEST_F(MailStepsTest, AnOperatorsListThatCannotBeReadSendsToTheDefaultsAndIsIncomplete)
+{
+  ASSERT_TRUE(FRelay.Started()) << FRelay.Failure().toStdString();
+  const struct
+  {
+    QByteArray Body;
+    int Status;
+    QString Said;
+  } cases[] = {
+      {R"({"error":"internal"})", 500, "HTTP 500"},
+      {R"({"error":"forbidden"})", 403, "HTTP 403"},
+      {R"({"error":"not found"})", 404, "HTTP 404"},
+      {"<html>Bad gateway</html>", 502, "HTTP 502"},
+      {"garbage", 200, "was not understood"},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.Status);
+    Operators(c.Body, c.Status);
+    FState->FOperators.clear();
+    FState->FTeamsOperators.clear();
+    const qsizetype before = FRelay.Messages().size();
+    TUnattendedOptions options;
+    options.Resend = true;
+    EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
+    const QString log = ReadTextFile(FState->FLogFile);
+    EXPECT_TRUE(log.contains(" - ERROR Operator list (the report's recipients): ")) << log.toStdString();
+    EXPECT_TRUE(log.contains(c.Said)) << log.toStdString();
+    ASSERT_EQ(FRelay.Messages().size(), before + 1);
+    const QJsonObject mail = FRelay.Messages().last();
+    EXPECT_EQ(mail["headers"]["To"].toString(), "leads@vellmor.example");
+    EXPECT_TRUE(mail["parts"][1]["text"].toString().contains("the people concerned could not be computed"));
+  }
+}
+
+TEST_F(MailStepsTest, AnOperatorsPageThatLeavesPeopleOutSaysHowMany)
+{
+  Operators(R"({"totalNumberOfElements":502,"content":[{"id":2,"status":"ACTIVE","teams":[{"id":10}],)"
+            R"("notificationEmail":"bob@example.org"}]})");
+  TUnattendedOptions options;
+  options.DryRun = true;
+  TimerTimer(*FState, FProgress, options);
+  EXPECT_TRUE(ReadTextFile(FState->FLogFile)
+                  .contains("announces 501 more operator(s) than its page of 1 holds: they were left out"));
+}
+
+// A stop during the retrieval cuts the requests in flight at once: nothing is
+// sent, and the log says why.
+TEST_F(MailStepsTest, AStopDuringTheRetrievalCutsTheRequestsAndSendsNothing)
+{
+  TDemoFaults faults;
+  faults.Bodies.append({QStringLiteral("/api/ticket/list/open"), -1, {}, 200, TDemoFaults::TDelivery::Never});
+  FService.SetFaults(faults);
+  TStopRequest stop;
+  TUnattendedOptions options;
+  options.Stop = &stop;
+  QTimer::singleShot(300, &stop, [&stop] { stop.Request("SIGTERM"); });
+  QElapsedTimer clock;
+  clock.start();
+  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitStepFailed);
+  std::printf("the retrieval ended %lld ms after its start\n", static_cast<long long>(clock.elapsed()));
+  const QString log = ReadTextFile(FState->FLogFile);
+  EXPECT_TRUE(log.contains("the run was stopped (SIGTERM) before")) << log.toStdString();
+  EXPECT_TRUE(log.contains(" - ERROR Stopped by SIGTERM during the retrieval: no report was sent")) << log.toStdString();
+  EXPECT_TRUE(FRelay.Messages().isEmpty());
+}
+
+} // namespace
