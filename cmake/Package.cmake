@@ -17,8 +17,9 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Loaded as a plugin (the icons are SVG), so the libraries do not show it.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS libqt6svg6)
+# Loaded as plugins, so the libraries do not show them: the SVG image format (the
+# icons) and the SQLite driver of Qt SQL (the delivery journal).
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6svg6, libqt6sql6-sqlite")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # A desktop's secret service keeps the secrets entered in the dialogs.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS gnome-keyring)
