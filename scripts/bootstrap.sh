@@ -11,6 +11,7 @@ packages=(
   libgmime-3.0-dev libqt6sql6-sqlite
   clang libclang-rt-14-dev time
   python3-aiosmtpd python3-openpyxl python3-html5lib ccache
+  qtkeychain-qt6-dev help2man dpkg-dev lintian desktop-file-utils appstream man-db systemd
 )
 
 missing=()

@@ -10,6 +10,8 @@
 #include "core/AppPaths.h"
 #include "core/Errors.h"
 #include "core/SecretCodec.h"
+#include "core/SecretLookup.h"
+#include "core/SystemKeyring.h"
 #include "core/StopRequest.h"
 #include "core/Trace.h"
 #include "gui/TfrmMain.h"
@@ -106,7 +108,7 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
   const bool askPerson = window && !unattended;
   auto tell = [askPerson](const QString &message, bool error) {
     if (!askPerson)
-      PrintLine(message);
+      PrintLine(error ? message : QStringLiteral("WARNING ") + message);
     else if (error)
       QMessageBox::critical(nullptr, CApplicationTitle, message);
     else
@@ -128,7 +130,10 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
   options.Deadline = QDeadlineTimer(std::chrono::minutes(line.DeadlineMinutes));
   options.Echo = PrintLine;
 
+  TSystemKeyring keyring;
   TMainState state(exeFileName, rest, [&tell](const QString &warning) { tell(warning, false); });
+  // Secrets entered in the dialogs of a desktop session go to its keyring.
+  state.SetSecretSources(TSecretSources::FromEnvironment(keyring, askPerson));
   try {
     state.FormCreate();
   } catch (const EQuorvexError &error) {

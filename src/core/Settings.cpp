@@ -1,6 +1,7 @@
 #include "Settings.h"
 
 #include "IniFile.h"
+#include "SecretLookup.h"
 #include "SettingsKeys.h"
 #include "Trace.h"
 
@@ -9,7 +10,7 @@
 // Each group's reader and writer name its keys through the settings table, in the
 // order the file keeps them.
 
-void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarnings &warnings)
+void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarnings &warnings, TSecretLookup &secrets)
 {
   const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigITSM");
   const TIniFile ini(iniPath);
@@ -17,9 +18,9 @@ void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarning
   ici.SaaS = ReadSetting(ini, SaaS);
   ici.Instance = ReadSetting(ini, Instance, warnings);
   ici.API.ClientID = ReadSetting(ini, ClientID, warnings);
-  ici.API.ClientSecret = ReadSetting(ini, ClientSecret, warnings);
+  ici.API.ClientSecret = secrets.Read(ini, ClientSecret, warnings);
   ici.API.Username = ReadSetting(ini, Username, warnings);
-  ici.API.Password = ReadSetting(ini, Password, warnings);
+  ici.API.Password = secrets.Read(ini, Password, warnings);
   ici.API.TokenRequest = ReadSetting(ini, TokenRequest);
   ici.API.TokenValidity = ReadSetting(ini, TokenValidity);
   ici.API.Token = ReadSetting(ini, Token, warnings);
@@ -34,7 +35,14 @@ void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarning
                         .arg(ici.ParallelRequests));
 }
 
-void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici)
+void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarnings &warnings)
+{
+  TSecretLookup fileOnly;
+  ReadConfigITSM(iniPath, ici, warnings, fileOnly);
+}
+
+void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici, TSecretLookup &secrets,
+                    TSettingsWarnings &warnings)
 {
   const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigITSM");
   TIniFile ini(iniPath);
@@ -42,9 +50,9 @@ void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici)
   WriteSetting(ini, SaaS, ici.SaaS);
   WriteSetting(ini, Instance, ici.Instance);
   WriteSetting(ini, ClientID, ici.API.ClientID);
-  WriteSetting(ini, ClientSecret, ici.API.ClientSecret);
+  secrets.Write(ini, ClientSecret, ici.API.ClientSecret, warnings);
   WriteSetting(ini, Username, ici.API.Username);
-  WriteSetting(ini, Password, ici.API.Password);
+  secrets.Write(ini, Password, ici.API.Password, warnings);
   WriteSetting(ini, TokenRequest, ici.API.TokenRequest);
   WriteSetting(ini, TokenValidity, ici.API.TokenValidity);
   WriteSetting(ini, Token, ici.API.Token);
@@ -52,7 +60,14 @@ void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici)
   ini.UpdateFile();
 }
 
-void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarnings &warnings)
+void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici)
+{
+  TSecretLookup fileOnly;
+  TSettingsWarnings warnings; // only the keyring gives any
+  SaveConfigITSM(iniPath, ici, fileOnly, warnings);
+}
+
+void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarnings &warnings, TSecretLookup &secrets)
 {
   const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigSMTP");
   const TIniFile ini(iniPath);
@@ -61,7 +76,7 @@ void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarning
   smtp.Port = ReadSetting(ini, Port);
   smtp.UseSSL = ReadSetting(ini, UseSSL);
   smtp.UserName = ReadSetting(ini, UserName, warnings);
-  smtp.Password = ReadSetting(ini, Password, warnings);
+  smtp.Password = secrets.Read(ini, Password, warnings);
   smtp.DefaultTo = ReadSetting(ini, DefaultTo, warnings);
   smtp.DefaultCC = ReadSetting(ini, DefaultCC, warnings);
   smtp.From = ReadSetting(ini, From, warnings);
@@ -78,7 +93,14 @@ void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarning
   }
 }
 
-void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp)
+void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarnings &warnings)
+{
+  TSecretLookup fileOnly;
+  ReadConfigSMTP(iniPath, smtp, warnings, fileOnly);
+}
+
+void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp, TSecretLookup &secrets,
+                    TSettingsWarnings &warnings)
 {
   const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigSMTP");
   TIniFile ini(iniPath);
@@ -87,11 +109,18 @@ void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp)
   WriteSetting(ini, Port, smtp.Port);
   WriteSetting(ini, UseSSL, smtp.UseSSL);
   WriteSetting(ini, UserName, smtp.UserName);
-  WriteSetting(ini, Password, smtp.Password);
+  secrets.Write(ini, Password, smtp.Password, warnings);
   WriteSetting(ini, DefaultTo, smtp.DefaultTo);
   WriteSetting(ini, DefaultCC, smtp.DefaultCC);
   WriteSetting(ini, From, smtp.From);
   ini.UpdateFile();
+}
+
+void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp)
+{
+  TSecretLookup fileOnly;
+  TSettingsWarnings warnings; // only the keyring gives any
+  SaveConfigSMTP(iniPath, smtp, fileOnly, warnings);
 }
 
 void ReadConfigDelivery(const QString &iniPath, tyDelivery &delivery, TSettingsWarnings &warnings)

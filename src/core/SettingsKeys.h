@@ -17,17 +17,23 @@
 // name, type and default cannot differ between the code that reads it and the
 // code that writes it.
 
-// One key of a fixed name. T is bool, std::int32_t, std::int64_t (ids), double or QString; a secret
-// (QString only) is stored enciphered and read through the same deciphering,
-// whatever the caller.
+// One key of a fixed name. T is bool, std::int32_t, std::int64_t (ids), double or
+// QString. A secret
+// (QString only) names its Credential: the file of $CREDENTIALS_DIRECTORY that
+// may hold it for an unattended run. In the settings file a secret is stored
+// enciphered, or as CKeyringMarker when the system keyring holds it.
 template <typename T>
 struct TSetting
 {
   QString Section;
   QString Key;
   T Default;
-  bool Secret = false;
+  QString Credential = {}; // empty: not a secret
+  bool Secret() const { return !Credential.isEmpty(); }
 };
+
+// The value of a secret key whose secret the system keyring holds.
+inline const QString CKeyringMarker = QStringLiteral("@keyring");
 
 // A list kept as a count key and entries numbered from FirstNumber, one key per
 // field of an entry: prefix + number.
@@ -62,9 +68,10 @@ inline const QString Section = QStringLiteral("QuorvexITSM");
 inline const TSetting<bool> SaaS{Section, QStringLiteral("SaaS"), true};
 inline const TSetting<QString> Instance{Section, QStringLiteral("Instance"), QStringLiteral("acme")};
 inline const TSetting<QString> ClientID{Section, QStringLiteral("ClientID"), QString()};
-inline const TSetting<QString> ClientSecret{Section, QStringLiteral("ClientSecret"), QString(), /*Secret*/ true};
+inline const TSetting<QString> ClientSecret{Section, QStringLiteral("ClientSecret"), QString(),
+                                            QStringLiteral("client-secret")};
 inline const TSetting<QString> Username{Section, QStringLiteral("Username"), QString()};
-inline const TSetting<QString> Password{Section, QStringLiteral("Password"), QString(), /*Secret*/ true};
+inline const TSetting<QString> Password{Section, QStringLiteral("Password"), QString(), QStringLiteral("api-password")};
 inline const TSetting<double> TokenRequest{Section, QStringLiteral("TokenRequest"), 0};
 inline const TSetting<std::int32_t> TokenValidity{Section, QStringLiteral("TokenValidity"), 24};
 inline const TSetting<QString> Token{Section, QStringLiteral("Token"), QString()};
@@ -79,7 +86,7 @@ inline const TSetting<QString> Server{Section, QStringLiteral("Server"), QString
 inline const TSetting<std::int32_t> Port{Section, QStringLiteral("Port"), 465};
 inline const TSetting<bool> UseSSL{Section, QStringLiteral("UseSSL"), true};
 inline const TSetting<QString> UserName{Section, QStringLiteral("UserName"), QString()};
-inline const TSetting<QString> Password{Section, QStringLiteral("Password"), QString(), /*Secret*/ true};
+inline const TSetting<QString> Password{Section, QStringLiteral("Password"), QString(), QStringLiteral("smtp-password")};
 inline const TSetting<QString> DefaultTo{Section, QStringLiteral("DefaultTo"), QString()};
 inline const TSetting<QString> DefaultCC{Section, QStringLiteral("DefaultCC"), QString()};
 inline const TSetting<QString> From{Section, QStringLiteral("From"), QString()};
@@ -165,10 +172,12 @@ void Write(TIniFile &ini, const QString &section, const QString &key, const T &v
 } // namespace SettingsDetail
 
 // Typed access. Text goes through its own overloads, which take the secret path
-// when the table says so: deciphered on reading (a damaged secret reads as empty,
-// with a warning naming the file and key added to `warnings`), enciphered on
-// writing (a save that changes nothing writes nothing; a damaged stored secret
-// stays as found while the new one is empty).
+// when the table says so: deciphered on reading (a damaged secret, or the keyring
+// marker read where no keyring answered, reads as empty, with a warning naming the
+// file and key added to `warnings`), enciphered on writing (a save that changes
+// nothing writes nothing; a damaged stored secret or a keyring marker stays as
+// found while the new one is empty). Where else a secret may come from, and when
+// it goes to the keyring, is TSecretLookup's business.
 template <typename T>
   requires(!std::is_same_v<T, QString>)
 T ReadSetting(const TIniFile &ini, const TSetting<T> &setting)
@@ -185,6 +194,9 @@ void WriteSetting(TIniFile &ini, const TSetting<T> &setting, const std::type_ide
 
 QString ReadSetting(const TIniFile &ini, const TSetting<QString> &setting, TSettingsWarnings &warnings);
 void WriteSetting(TIniFile &ini, const TSetting<QString> &setting, const QString &value);
+// Marks a secret key as held by the system keyring, and tells whether it is.
+void WriteKeyringMarker(TIniFile &ini, const TSetting<QString> &setting);
+bool HeldInKeyring(const TIniFile &ini, const TSetting<QString> &setting);
 
 // A count beyond this bound can only come from a damaged file; it is cut so that
 // reading stays quick.

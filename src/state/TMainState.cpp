@@ -123,14 +123,14 @@ QString TMainState::TraceLogFile() const
 void TMainState::ReadConfigITSM()
 {
   TSettingsWarnings warnings;
-  ::ReadConfigITSM(FFichINI, FICI, warnings);
+  ::ReadConfigITSM(FFichINI, FICI, warnings, FSecrets);
   Warn(warnings);
 }
 
 void TMainState::ReadConfigSMTP()
 {
   TSettingsWarnings warnings;
-  ::ReadConfigSMTP(FFichINI, FSmtp, warnings);
+  ::ReadConfigSMTP(FFichINI, FSmtp, warnings, FSecrets);
   Warn(warnings);
 }
 
@@ -151,8 +151,19 @@ void TMainState::ReadConfigFilters()
   ::ReadConfigFilters(FFichINI, FNbMinutes, FNbDays, FStatusToIgnore);
 }
 
-void TMainState::SaveConfigITSM() { ::SaveConfigITSM(FFichINI, FICI); }
-void TMainState::SaveConfigSMTP() { ::SaveConfigSMTP(FFichINI, FSmtp); }
+void TMainState::SaveConfigITSM()
+{
+  TSettingsWarnings warnings;
+  ::SaveConfigITSM(FFichINI, FICI, FSecrets, warnings);
+  Warn(warnings);
+}
+
+void TMainState::SaveConfigSMTP()
+{
+  TSettingsWarnings warnings;
+  ::SaveConfigSMTP(FFichINI, FSmtp, FSecrets, warnings);
+  Warn(warnings);
+}
 void TMainState::SaveConfigDelivery() { ::SaveConfigDelivery(FFichINI, FDelivery); }
 void TMainState::SaveConfigOrgaAndTeams()
 {

@@ -2,6 +2,7 @@
 
 #include "StepFailure.h"
 #include "core/ConfigTypes.h"
+#include "core/SecretLookup.h"
 #include "core/TDateTime.h"
 #include "report/HtmlTexts.h"
 #include "report/MailReport.h"
@@ -114,6 +115,11 @@ public:
   // since when the list dates.
   QString RetrievalStatusText() const;
 
+  // Where the secrets come from besides the settings file (credentials, keyring),
+  // and whether secrets entered in the dialogs go to the keyring; set before
+  // FormCreate. Without it the settings file holds them.
+  void SetSecretSources(TSecretSources sources) { FSecrets.SetSources(std::move(sources)); }
+
   // No request of the service nor mail starts after `deadline`.
   void SetRequestDeadline(QDeadlineTimer deadline);
   // Once `stop` is requested no request nor mail starts, and those under way
@@ -202,6 +208,7 @@ private:
   QString FExeFileName;
   TdmRest &FRest;
   TWarningSink FWarningSink;
+  TSecretLookup FSecrets;
   std::unique_ptr<TColourStore> FColours;
   TStepFailures FStepFailures;
   TStepFailures FRetrievalFailures;

@@ -5,6 +5,7 @@
 #include "core/IniFile.h"
 #include "DemoData.h"
 #include "core/SecretCodec.h"
+#include "core/SettingsKeys.h"
 #include "support/DemoServiceProcess.h"
 #include "support/ToolRun.h"
 
@@ -85,6 +86,8 @@ protected:
     // counts below hold on a machine far from UTC.
     environment.insert("TZ", "America/New_York");
     environment.insert("QUORVEX_EXTRA_CA_CERTS", Printed("CA certificate: "));
+    if (!FCredentials.isEmpty())
+      environment.insert("CREDENTIALS_DIRECTORY", FCredentials);
     return {::RunTool(arguments, environment), RunLog(Folder())};
   }
 
@@ -140,6 +143,7 @@ protected:
   }
 
   TTempConfig FConfig;
+  QString FCredentials; // the run's $CREDENTIALS_DIRECTORY when not empty
   TDemoServiceProcess FService;
   TSmtpTestServer FSmtp{TSmtpTestServer::TOptions{}};
 };
@@ -197,6 +201,28 @@ TEST_F(EndToEnd, FullRunSendsTheReportToTheDefaultRecipientsAndLogsEveryStep)
   EXPECT_FALSE(QFile::exists(Folder() + "quorvex-followup.html"));
   EXPECT_FALSE(QFile::exists(Folder() + "quorvex-followup.to"));
   EXPECT_FALSE(QFile::exists(Folder() + "quorvex-followup.cc"));
+}
+
+TEST_F(EndToEnd, SystemdCredentialsGiveTheSecretsAndNeverReachTheSettingsFile)
+{
+  {
+    TIniFile ini(Folder() + "quorvex-followup.ini"); // secrets said to be in a keyring this run cannot reach
+    ini.WriteString("QuorvexITSM", "ClientSecret", CKeyringMarker);
+    ini.WriteString("QuorvexITSM", "Password", CKeyringMarker);
+    ini.UpdateFile();
+  }
+  FCredentials = FConfig.File("credentials");
+  QDir().mkpath(FCredentials);
+  WriteTextFile(FCredentials + "/client-secret", "demo secret&=1\n");
+  WriteTextFile(FCredentials + "/api-password", QString::fromUtf8("Pass word&=é").toUtf8());
+  const TRun run = RunTool({"auto"});
+  ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString() << run.Log.toStdString();
+  EXPECT_FALSE(run.Err.contains("WARNING")) << run.Err.toStdString();
+  EXPECT_EQ(FSmtp.Messages().size(), 1);
+  const QString settings = ReadTextFile(Folder() + "quorvex-followup.ini");
+  EXPECT_TRUE(settings.contains("\nClientSecret=@keyring\nUsername=lead@vellmor.example\nPassword=@keyring\n"))
+      << settings.toStdString();
+  EXPECT_FALSE(TIniFile(Folder() + "quorvex-followup.ini").ReadString("QuorvexITSM", "Token", "").isEmpty());
 }
 
 TEST_F(EndToEnd, WithADisplayTheWindowRunsTheSameRoutineAndClosesEvenWhenAStepFails)

@@ -17,13 +17,15 @@ struct TToolRun
   QString Err;
 };
 
-// Settings and session runtime folder under `root`; no display, as a scheduler
-// has it, unless `platform` names one (e.g. "offscreen").
+// Settings and session runtime folder under `root`; no display, no session bus
+// (so no keyring) and no credentials, as cron has it, unless `platform` names a
+// display (e.g. "offscreen").
 inline QProcessEnvironment ToolEnvironment(const QString &root, const QString &platform = {})
 {
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  for (const char *display : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
-    environment.remove(QLatin1String(display));
+  for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "DBUS_SESSION_BUS_ADDRESS",
+                           "CREDENTIALS_DIRECTORY"})
+    environment.remove(QLatin1String(name));
   if (!platform.isEmpty())
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), platform);
   environment.insert(QStringLiteral("XDG_CONFIG_HOME"), root);

@@ -1,0 +1,215 @@
+// Where the secrets come from (systemd credentials, the system keyring, the
+// settings file) and where entered ones go, with a keyring fake that may refuse
+// or never answer.
+
+#include "core/IniFile.h"
+#include "core/Keyring.h"
+#include "core/SecretCodec.h"
+#include "core/SecretLookup.h"
+#include "core/Settings.h"
+#include "support/TempConfig.h"
+
+#include <QDir>
+#include <QHash>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+namespace {
+
+// Answers on a later turn of the event loop, as a keyring over the session bus.
+class TFakeKeyring : public TKeyring
+{
+public:
+  enum TMood { Answers, Refuses, NeverAnswers } Mood = Answers;
+  QHash<QString, QString> Stored;
+  int Asked = 0;
+
+  void Read(const QString &key, TDone done) override
+  {
+    Later(std::move(done), Stored.contains(key) ? TAnswer{TAnswer::Done, Stored.value(key), {}}
+                                                : TAnswer{TAnswer::NotFound, {}, QStringLiteral("no such entry")});
+  }
+  void Write(const QString &key, const QString &secret, TDone done) override
+  {
+    if (Mood == Answers)
+      Stored.insert(key, secret);
+    Later(std::move(done), TAnswer{TAnswer::Done, {}, {}});
+  }
+
+private:
+  void Later(TDone done, TAnswer answer)
+  {
+    ++Asked;
+    if (Mood == Refuses)
+      answer = TAnswer{TAnswer::Failed, {}, QStringLiteral("the collection is locked")};
+    if (Mood != NeverAnswers)
+      QTimer::singleShot(0, [done = std::move(done), answer] { done(answer); });
+  }
+};
+
+class SecretLookupTest : public ::testing::Test
+{
+protected:
+  // Sources with the fake keyring (when `keyring`) and the credentials folder
+  // (when `credentials`); a time-out short enough for a test.
+  TSecretSources Sources(bool keyring, bool credentials, bool desktop = false)
+  {
+    TSecretSources sources;
+    sources.Keyring = keyring ? &FKeyring : nullptr;
+    sources.CredentialsDirectory = credentials ? FCredentials : QString();
+    sources.StoreInKeyring = desktop;
+    sources.KeyringTimeout = std::chrono::milliseconds(50);
+    return sources;
+  }
+  QString KeyOf(const TSetting<QString> &setting) const { return KeyringKey(TIniFile(FIni), setting); }
+  void WriteIni(const QString &clientSecret)
+  {
+    WriteTextFile(FIni, QStringLiteral("[QuorvexITSM]\nClientSecret=%1\nPassword=%2\n[SMTP]\nPassword=%3\n")
+                            .arg(clientSecret, Encrypt("file-api"), Encrypt("file-smtp"))
+                            .toUtf8());
+  }
+
+  TTempConfig FConfig;
+  QString FIni = FConfig.File("quorvex-followup.ini");
+  QString FCredentials = FConfig.File("credentials");
+  TFakeKeyring FKeyring;
+  TSettingsWarnings FWarnings;
+};
+
+} // namespace
+
+TEST_F(SecretLookupTest, EachSecretComesFromCredentialsThenKeyringThenSettingsFile)
+{
+  enum TFile { None, Missing, Empty, Holds };
+  const struct
+  {
+    const char *Case;
+    TFile Credential; // the folder's client-secret file
+    bool Keyring;     // a keyring is there
+    const char *InKeyring;
+    const char *InFile; // the settings file's ClientSecret: enciphered, or the marker
+    const char *Expected;
+    const char *Warning; // part of the one warning, or none
+  } cases[] = {
+      {"credentials first", Holds, true, "s3-ring", "s3-file", "s3-cred", nullptr},
+      {"no credentials folder", None, true, "s3-ring", "s3-file", "s3-ring", nullptr},
+      {"credential file missing", Missing, true, nullptr, "s3-file", "s3-file", nullptr},
+      {"credential file empty", Empty, true, "s3-ring", "s3-file", "s3-ring", nullptr},
+      {"keyring without the entry", None, true, nullptr, "s3-file", "s3-file", nullptr},
+      {"marker, keyring gives it", None, true, "s3-ring", nullptr, "s3-ring", nullptr},
+      {"marker, no keyring", None, false, nullptr, nullptr, "", "\"ClientSecret\" of section [QuorvexITSM]"},
+      {"marker, keyring lost it", Missing, true, nullptr, nullptr, "", "is kept in the system keyring"},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.Case);
+    QDir(FCredentials).removeRecursively();
+    if (c.Credential != None)
+      QDir().mkpath(FCredentials);
+    if (c.Credential == Empty || c.Credential == Holds)
+      WriteTextFile(FCredentials + "/client-secret", c.Credential == Holds ? "s3-cred\n" : "\n");
+    FKeyring.Stored.clear();
+    if (c.InKeyring)
+      FKeyring.Stored.insert(KeyOf(Setting::Itsm::ClientSecret), c.InKeyring);
+    WriteIni(c.InFile ? Encrypt(c.InFile) : CKeyringMarker);
+    FWarnings.clear();
+
+    TSecretLookup lookup(Sources(c.Keyring, c.Credential != None));
+    tyQuorvexITSM ici;
+    ReadConfigITSM(FIni, ici, FWarnings, lookup);
+    EXPECT_EQ(ici.API.ClientSecret, c.Expected);
+    EXPECT_EQ(ici.API.Password, "file-api"); // no credential nor keyring entry of its own
+    ASSERT_EQ(FWarnings.size(), c.Warning ? 1 : 0) << FWarnings.join('\n').toStdString();
+    if (c.Warning) {
+      EXPECT_TRUE(FWarnings.first().contains(c.Warning)) << FWarnings.first().toStdString();
+    }
+    for (const QString &warning : FWarnings)
+      for (const char *secret : {"s3-", "file-api"})
+        EXPECT_FALSE(warning.contains(secret)) << warning.toStdString();
+  }
+}
+
+TEST_F(SecretLookupTest, AKeyringThatNeverAnswersIsWaitedForOnceAndTheSettingsFileServes)
+{
+  WriteIni(Encrypt("file-client"));
+  FKeyring.Mood = TFakeKeyring::NeverAnswers;
+  TSecretLookup lookup(Sources(true, false));
+  tyQuorvexITSM ici;
+  tySMTPserver smtp;
+  ReadConfigITSM(FIni, ici, FWarnings, lookup);
+  ReadConfigSMTP(FIni, smtp, FWarnings, lookup);
+  EXPECT_EQ(QStringList({ici.API.ClientSecret, ici.API.Password, smtp.Password}),
+            QStringList({"file-client", "file-api", "file-smtp"}));
+  EXPECT_EQ(FKeyring.Asked, 1); // not asked again after its silence
+  ASSERT_EQ(FWarnings.size(), 1);
+  EXPECT_TRUE(FWarnings.first().contains("did not answer within 0.05 s")) << FWarnings.first().toStdString();
+}
+
+TEST_F(SecretLookupTest, EnteredSecretsGoToTheKeyringOfADesktopSessionAndTheFileKeepsAMarker)
+{
+  const struct
+  {
+    const char *Case;
+    bool Desktop;
+    TFakeKeyring::TMood Mood;
+    bool InKeyring;
+    const char *Warning;
+  } cases[] = {
+      {"desktop session", true, TFakeKeyring::Answers, true, nullptr},
+      {"keyring refuses", true, TFakeKeyring::Refuses, false, "the collection is locked"},
+      {"keyring silent", true, TFakeKeyring::NeverAnswers, false, "no answer within 0.05 s"},
+      {"unattended run", false, TFakeKeyring::Answers, false, nullptr},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.Case);
+    QFile::remove(FIni);
+    FKeyring.Stored.clear();
+    FKeyring.Mood = c.Mood;
+    FWarnings.clear();
+    TSecretLookup lookup(Sources(true, false, c.Desktop));
+    tyQuorvexITSM ici;
+    ici.API.ClientSecret = "typed secret";
+    SaveConfigITSM(FIni, ici, lookup, FWarnings);
+
+    const QString stored = TIniFile(FIni).ReadString("QuorvexITSM", "ClientSecret", "");
+    EXPECT_FALSE(ReadTextFile(FIni).contains("typed secret"));
+    if (c.InKeyring) {
+      EXPECT_EQ(stored, CKeyringMarker);
+      EXPECT_EQ(FKeyring.Stored.value(KeyOf(Setting::Itsm::ClientSecret)), "typed secret");
+    } else {
+      EXPECT_EQ(Decrypt(stored), "typed secret");
+    }
+    ASSERT_EQ(FWarnings.size(), c.Warning ? 1 : 0) << FWarnings.join('\n').toStdString();
+    if (c.Warning) {
+      EXPECT_TRUE(FWarnings.first().contains(c.Warning)) << FWarnings.first().toStdString();
+    }
+
+    // Read back by the next start of the same session.
+    FKeyring.Mood = TFakeKeyring::Answers;
+    TSecretLookup next(Sources(true, false));
+    tyQuorvexITSM read;
+    ReadConfigITSM(FIni, read, FWarnings, next);
+    EXPECT_EQ(read.API.ClientSecret, "typed secret");
+  }
+}
+
+TEST_F(SecretLookupTest, ASecretFromCredentialsOrTheKeyringIsNeverWrittenToTheSettingsFile)
+{
+  WriteIni(CKeyringMarker);
+  QDir().mkpath(FCredentials);
+  WriteTextFile(FCredentials + "/api-password", "s3-cred-api");
+  FKeyring.Stored.insert(KeyOf(Setting::Itsm::ClientSecret), "s3-ring");
+  const QString storedPassword = TIniFile(FIni).ReadString("QuorvexITSM", "Password", "");
+  TSecretLookup lookup(Sources(true, true, true));
+  tyQuorvexITSM ici;
+  ReadConfigITSM(FIni, ici, FWarnings, lookup);
+  ASSERT_EQ(QStringList({ici.API.ClientSecret, ici.API.Password}), QStringList({"s3-ring", "s3-cred-api"}));
+  const int asked = FKeyring.Asked;
+  ici.API.Token = "renewed"; // a run that saves its new token
+  SaveConfigITSM(FIni, ici, lookup, FWarnings);
+  EXPECT_EQ(FKeyring.Asked, asked);
+  const TIniFile saved(FIni);
+  EXPECT_EQ(saved.ReadString("QuorvexITSM", "Token", ""), "renewed");
+  EXPECT_EQ(saved.ReadString("QuorvexITSM", "ClientSecret", ""), CKeyringMarker);
+  EXPECT_EQ(saved.ReadString("QuorvexITSM", "Password", ""), storedPassword);
+  EXPECT_TRUE(FWarnings.isEmpty()) << FWarnings.join('\n').toStdString();
+}
