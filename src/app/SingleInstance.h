@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileLock.h"
+#include "core/FileLock.h"
 
 #include <QObject>
 #include <QString>

@@ -3,7 +3,7 @@
 // the unattended run.
 
 #include "CommandLine.h"
-#include "FileLock.h"
+#include "core/FileLock.h"
 #include "SingleInstance.h"
 
 #include "core/AppInfo.h"

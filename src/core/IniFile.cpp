@@ -3,6 +3,8 @@
 
 #include "IniFile.h"
 
+#include "FileLock.h"
+
 #include "AtomicFile.h"
 #include "Errors.h"
 #include "TextFiles.h"
@@ -18,14 +20,24 @@ struct TIniFile::TData
   // Multi-key so that a duplicated key keeps every occurrence and the first one
   // is read, as the profile API does; writes replace them with one entry.
   CSimpleIniA Ini{/*a_bIsUtf8*/ true, /*a_bMultiKey*/ true, /*a_bMultiLine*/ false};
-  // Every value as read, so that a save that changes none writes nothing.
-  QMap<QString, QString> Loaded;
+  // Every value as read, so that a save that changes none writes nothing, and
+  // a save writes only what this object changed.
+  QMap<QString, TEntry> Loaded;
+
+  // Reads `path`; a missing file is empty.
+  void Load(const QString &path)
+  {
+    Ini.SetSpaces(false);
+    const QByteArray utf8 = QFileInfo::exists(path) ? ReadText(path).toUtf8() : QByteArray();
+    Ini.LoadData(utf8.constData(), static_cast<size_t>(utf8.size()));
+    Loaded = Entries();
+  }
 
   // Each key's value (its first occurrence), keyed by section and key in lower
   // case, as the profile rules compare them.
-  QMap<QString, QString> Values() const
+  QMap<QString, TEntry> Entries() const
   {
-    QMap<QString, QString> values;
+    QMap<QString, TEntry> entries;
     CSimpleIniA::TNamesDepend sections;
     Ini.GetAllSections(sections);
     for (const auto &section : sections) {
@@ -33,11 +45,11 @@ struct TIniFile::TData
       Ini.GetAllKeys(section.pItem, keys);
       for (const auto &key : keys) {
         const QString id = QString::fromUtf8(section.pItem).toLower() + u'\n' + QString::fromUtf8(key.pItem).toLower();
-        if (!values.contains(id))
-          values.insert(id, QString::fromUtf8(Ini.GetValue(section.pItem, key.pItem, "")));
+        if (!entries.contains(id))
+          entries.insert(id, {section.pItem, key.pItem, QString::fromUtf8(Ini.GetValue(section.pItem, key.pItem, ""))});
       }
     }
-    return values;
+    return entries;
   }
 };
 
@@ -64,12 +76,9 @@ QString AsciiNumber(const QString &text)
 
 TIniFile::TIniFile(const QString &path) : FPath(path), FData(std::make_unique<TData>())
 {
-  FData->Ini.SetSpaces(false);
   // A missing file is empty; one that exists but cannot be read raises an error,
   // so that defaults are never taken for it and then saved over it.
-  const QByteArray utf8 = QFileInfo::exists(path) ? ReadText(path).toUtf8() : QByteArray();
-  FData->Ini.LoadData(utf8.constData(), static_cast<size_t>(utf8.size()));
-  FData->Loaded = FData->Values();
+  FData->Load(path);
 }
 
 TIniFile::~TIniFile() = default;
@@ -171,12 +180,31 @@ void TIniFile::EraseSection(const QString &section)
 
 void TIniFile::UpdateFile()
 {
-  if (FData->Values() == FData->Loaded)
+  const QMap<QString, TEntry> current = FData->Entries();
+  if (current == FData->Loaded)
     return;
+  // Another instance (an unattended run beside an open window) may have saved
+  // since this object read the file: under the write lock, what it changed
+  // there and this object did not is taken over first, so that neither writer
+  // loses the other's values.
+  const TFileLock lock(FPath + QStringLiteral(".write-lock"), TFileLock::TWait::UntilFree);
+  TData latest;
+  latest.Load(FPath);
+  const auto unchangedHere = [&](const QString &id) {
+    return current.contains(id) == FData->Loaded.contains(id) && current.value(id) == FData->Loaded.value(id);
+  };
+  for (auto entry = latest.Loaded.cbegin(); entry != latest.Loaded.cend(); ++entry)
+    if (unchangedHere(entry.key()) &&
+        (!FData->Loaded.contains(entry.key()) || FData->Loaded.value(entry.key()) != *entry))
+      FData->Ini.SetValue(entry->Section.constData(), entry->Key.constData(), entry->Value.toUtf8().constData(),
+                          nullptr, /*a_bForceReplace*/ true);
+  for (auto entry = FData->Loaded.cbegin(); entry != FData->Loaded.cend(); ++entry)
+    if (!latest.Loaded.contains(entry.key()) && unchangedHere(entry.key()))
+      FData->Ini.Delete(entry->Section.constData(), entry->Key.constData(), /*bRemoveEmpty*/ true);
   std::string text;
   if (FData->Ini.Save(text) < 0)
     throw EWriteError(QStringLiteral("Unable to write to ") + FPath);
   // The file holds the access token and enciphered secrets: nobody else reads it.
   WriteFileAtomically(FPath, QByteArray(text.data(), static_cast<qsizetype>(text.size())), /*ownerOnly*/ true);
-  FData->Loaded = FData->Values();
+  FData->Loaded = FData->Entries();
 }

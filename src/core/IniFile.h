@@ -41,10 +41,20 @@ public:
 
   // Writes the file when a value differs from what was read (a save that
   // changes nothing writes nothing), through WriteFileAtomically, readable by
-  // its owner only. Raises EWriteError "Unable to write to <path>: <reason>".
+  // its owner only. Only the keys this object changed or erased are written:
+  // a value another instance saved in the meantime stays. Two saves on one file
+  // never run at once (a lock beside it, "<path>.write-lock"). Raises
+  // EWriteError "Unable to write to <path>: <reason>".
   void UpdateFile();
 
 private:
+  struct TEntry
+  {
+    QByteArray Section; // as spelled in the file
+    QByteArray Key;
+    QString Value;
+    bool operator==(const TEntry &other) const { return Value == other.Value; }
+  };
   struct TData;
   QString FPath;
   std::unique_ptr<TData> FData;

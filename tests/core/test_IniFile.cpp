@@ -45,6 +45,28 @@ TEST(IniFile, WritesKeyEqualsValueAndKeepsWhatItDoesNotKnow)
   EXPECT_EQ(again.ReadSection("Main"), (QStringList{"Old", "New", "Flag", "Lines"}));
 }
 
+// Two instances on one settings file (a window left open and the unattended run
+// beside it) each write what they changed, and neither loses the other's values.
+TEST(IniFile, TwoWritersKeepEachOthersValues)
+{
+  TTempConfig config;
+  const QString path = config.File("c.ini");
+  WriteTextFile(path, "[QuorvexITSM]\nToken=old\nInstance=acme\n[Status]\nNew=1\nGone=2\n");
+  TIniFile window(path);
+  TIniFile run(path);
+  run.WriteString("QuorvexITSM", "Token", "renewed");
+  run.UpdateFile();
+  window.WriteString("QuorvexITSM", "Instance", "acme2");
+  window.EraseSection("Status");
+  window.WriteString("Status", "New", "3");
+  window.UpdateFile();
+  const TIniFile saved(path);
+  EXPECT_EQ((QStringList{saved.ReadString("QuorvexITSM", "Token", ""), saved.ReadString("QuorvexITSM", "Instance", ""),
+                         saved.ReadSection("Status").join(','), saved.ReadString("Status", "New", "")}),
+            (QStringList{"renewed", "acme2", "New", "3"}));
+  EXPECT_EQ(window.ReadString("QuorvexITSM", "Token", ""), "renewed"); // the file as it is now
+}
+
 TEST(IniFile, ByteOrderMarkSelectsTheEncoding)
 {
   TTempConfig config;

@@ -1,8 +1,8 @@
 #include "FileLock.h"
 
-#include "core/AtomicFile.h"
-#include "core/Errors.h"
-#include "core/Trace.h"
+#include "AtomicFile.h"
+#include "Errors.h"
+#include "Trace.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -13,7 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-TFileLock::TFileLock(const QString &path) : FPath(path)
+TFileLock::TFileLock(const QString &path, TWait wait) : FPath(path)
 {
   QString failure;
   try {
@@ -25,7 +25,11 @@ TFileLock::TFileLock(const QString &path) : FPath(path)
     failure = error.Message();
   }
   if (FDescriptor >= 0) {
-    FHeld = ::flock(FDescriptor, LOCK_EX | LOCK_NB) == 0;
+    int result = -1;
+    do
+      result = ::flock(FDescriptor, wait == TWait::No ? LOCK_EX | LOCK_NB : LOCK_EX);
+    while (result != 0 && errno == EINTR);
+    FHeld = result == 0;
     if (!FHeld && errno != EWOULDBLOCK) {
       failure = QString::fromLocal8Bit(std::strerror(errno));
       FHeld = true;

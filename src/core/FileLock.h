@@ -2,15 +2,17 @@
 
 #include <QString>
 
-// An exclusive lock of the system on a file (flock), taken without waiting when
-// the object is made and held for its life. The system releases it when the
+// An exclusive lock of the system on a file (flock), taken when the object is
+// made (at once or not at all, or waiting for its holder to let go) and held for
+// its life. The system releases it when the
 // process ends however it ends, so a crash never leaves it behind. The file is
 // made (0600, in a folder made 0700) when missing and stays afterwards:
 // removing it could race with a start that has just opened it.
 class TFileLock
 {
 public:
-  explicit TFileLock(const QString &path);
+  enum class TWait { No, UntilFree };
+  explicit TFileLock(const QString &path, TWait wait = TWait::No);
   ~TFileLock();
   TFileLock(const TFileLock &) = delete;
   TFileLock &operator=(const TFileLock &) = delete;
