@@ -14,15 +14,20 @@
 #include "core/SystemKeyring.h"
 #include "core/StopRequest.h"
 #include "core/Trace.h"
+#ifdef QUORVEX_WITH_WIDGETS
 #include "gui/TfrmMain.h"
+#endif
 #include "rest/dRest.h"
 #include "state/TMainState.h"
 #include "state/UnattendedRun.h"
 #include "tickets/LoadingProgress.h"
 
+#ifdef QUORVEX_WITH_WIDGETS
 #include <QApplication>
-#include <QFileInfo>
 #include <QMessageBox>
+#endif
+#include <QCoreApplication>
+#include <QFileInfo>
 #include <QNetworkAccessManager>
 #include <QTimer>
 #include <cstdio>
@@ -55,6 +60,9 @@ int EncryptFromStdin()
 // wayland alone, as a scheduler's environment may carry, is not a display.
 bool DisplayAvailable()
 {
+#ifndef QUORVEX_WITH_WIDGETS
+  return false; // a build without the window is headless wherever it runs
+#endif
   const QString platform = qEnvironmentVariable("QT_QPA_PLATFORM");
   if (!platform.isEmpty() && !platform.startsWith(QLatin1String("xcb")) &&
       !platform.startsWith(QLatin1String("wayland")))
@@ -75,14 +83,16 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
   const std::jthread keyAhead = DeriveKeyAhead();
   const bool unattended = line.Unattended();
   std::unique_ptr<QCoreApplication> application;
-  if (DisplayAvailable())
+#ifdef QUORVEX_WITH_WIDGETS
+  if (DisplayAvailable()) {
     application = std::make_unique<QApplication>(argc, argv);
-  else
+    QGuiApplication::setDesktopFileName(QStringLiteral("quorvex-followup"));
+  }
+#endif
+  if (!application)
     application = std::make_unique<QCoreApplication>(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("quorvex-followup"));
   QCoreApplication::setApplicationVersion(QStringLiteral(QUORVEX_VERSION));
-  if (DisplayAvailable())
-    QGuiApplication::setDesktopFileName(QStringLiteral("quorvex-followup"));
 
   const QString settings = BaseFolder() + IniFileNameFor(exeFileName);
   // One unattended run at a time per settings file; a window left open does not
@@ -109,10 +119,12 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
   auto tell = [askPerson](const QString &message, bool error) {
     if (!askPerson)
       PrintLine(error ? message : QStringLiteral("WARNING ") + message);
+#ifdef QUORVEX_WITH_WIDGETS
     else if (error)
       QMessageBox::critical(nullptr, CApplicationTitle, message);
     else
       QMessageBox::warning(nullptr, CApplicationTitle, message);
+#endif
   };
 
   QNetworkAccessManager network;
@@ -149,7 +161,9 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
   if (!window) {
     TStderrProgress progress;
     status = TimerTimer(state, progress, options);
-  } else {
+  }
+#ifdef QUORVEX_WITH_WIDGETS
+  else {
     TfrmMain form(state);
     QObject::connect(&instance, &TSingleInstance::RaiseRequested, &form, &TfrmMain::RaiseToFront);
     form.show();
@@ -162,6 +176,7 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
     if (!unattended)
       status = loopStatus;
   }
+#endif
   state.FormDestroy();
   return status;
 }
@@ -195,9 +210,14 @@ int main(int argc, char *argv[])
   if (line.Encrypt)
     return EncryptFromStdin();
   if (!line.Unattended() && !DisplayAvailable()) {
+#ifdef QUORVEX_WITH_WIDGETS
     PrintLine(QStringLiteral("%1: no display to open the window on (DISPLAY is not set). Run it from a desktop "
                              "session, or give an argument for the unattended run (see --help).")
                   .arg(exeFileName));
+#else
+    PrintLine(QStringLiteral("%1: this build has no window; give an argument for the unattended run (see --help).")
+                  .arg(exeFileName));
+#endif
     return CExitStepFailed;
   }
   return Run(argc, argv, exeFileName, line);
