@@ -96,7 +96,7 @@ protected:
     FIn.SelectedTeams = {tyRestTeam{10, {}, "Desk", {}, {}}};
     tyRestOperator ann;
     ann.id = 1;
-    ann.notificationEmail = "ann@example.test";
+    ann.notificationEmail = "Ann@Example.test"; // the report lists it in lower case
     ann.status = "ACTIVE";
     ann.teams = {{10, "Desk"}};
     tyRestOperator bob = ann;
