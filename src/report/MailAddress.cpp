@@ -95,5 +95,3 @@ QString ShownAddress(const QString &text)
     shown += c.unicode() < 0x20 || c.unicode() == 0x7F ? QStringLiteral("\\x%1").arg(uint(c.unicode()), 2, 16, QChar(u'0')) : QString(c);
   return text.size() > CShownLength ? shown + QStringLiteral("…") : shown;
 }
-
-bool SameAddress(const QString &a, const QString &b) { return a.compare(b, Qt::CaseInsensitive) == 0; }

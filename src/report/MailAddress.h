@@ -27,6 +27,3 @@ QStringList ParseAddressList(const QString &text, const QString &source, QString
 // `text` as a log line may show it: control characters spelled out ("\x0d"), cut
 // after 80 characters.
 QString ShownAddress(const QString &text);
-
-// Whether two addresses are the same mailbox: compared without case.
-bool SameAddress(const QString &a, const QString &b);

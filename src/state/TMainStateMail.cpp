@@ -7,7 +7,6 @@
 #include "report/DeliveryJournal.h"
 #include "report/DeliveryPlan.h"
 #include "report/FollowUpStore.h"
-#include "report/MailAddress.h"
 #include "report/MailReport.h"
 #include "report/ReportFiles.h"
 #include "report/ReportSending.h"
