@@ -9,7 +9,6 @@
 
 namespace {
 
-const QString CReportTitle = QStringLiteral("Quorvex ITSM tickets follow-up");
 const QString CActive = QStringLiteral("ACTIVE");
 const QString CNotChecked =
     QStringLiteral("This could not be checked: the retrieval of the tickets was incomplete.");

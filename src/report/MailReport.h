@@ -13,6 +13,9 @@
 
 class TColourStore;
 
+// The report's title, and the start of its subject (people filter their mail on it).
+inline const QString CReportTitle = QStringLiteral("Quorvex ITSM tickets follow-up");
+
 // The three sections of the report, in their order.
 enum class TReportSection { Unassigned, WithoutUpdate, Gt10Exchanges };
 inline constexpr std::size_t CReportSectionCount = 3;
@@ -130,7 +133,7 @@ struct TReportOutput
   std::array<TReportRows, CReportSectionCount> Rows; // the rows of each section
   QDateTime CurrentTime; // the clock reading every age counts from
   // "Quorvex ITSM tickets follow-up", with a memory followed by the date and the counts.
-  QString Subject;
+  QString Subject = CReportTitle;
   // With a memory: since when each row is listed (beside Rows), the tickets
   // that left the report, and the counts of the summary.
   bool Remembers = false;
