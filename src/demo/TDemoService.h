@@ -43,6 +43,7 @@ struct TDemoFaults
     QByteArray Body;
     int Status = 200;
     TDelivery Delivery = TDelivery::Whole;
+    int OrganizationId = -1; // for the open-ticket list: that organization's only (-1: every one)
   };
   QList<TBody> Bodies;
 
@@ -116,7 +117,7 @@ private:
   TAnswer Team(int id) const;
   TAnswer Operators(const TDemoRequest &request) const;
   bool Authorized(const TDemoRequest &request) const;
-  const TDemoFaults::TBody *ReplacedBody(const QString &path, int page) const;
+  const TDemoFaults::TBody *ReplacedBody(const QString &path, int page, int organizationId = -1) const;
 
   QJsonObject FData;
   QHash<QPair<int, QString>, QJsonArray> FFound;

@@ -75,7 +75,8 @@ TFollowUpMemory TFollowUpHistory::Memory()
   return memory;
 }
 
-qint64 TFollowUpHistory::Record(const TReportOutput &report, const TRecordedRun &run, const tyRestTickets &tickets)
+qint64 TFollowUpHistory::Record(const TReportOutput &report, const TRecordedRun &run, const tyRestTickets &tickets,
+                                 const TFollowUpMemory &memory)
 {
   QSqlDatabase database = FStore.Database();
   TTransaction transaction(database);
@@ -113,6 +114,21 @@ qint64 TFollowUpHistory::Record(const TReportOutput &report, const TRecordedRun 
         Failed(QStringLiteral("recording the report's tickets"), row.lastError().text());
         return -1;
       }
+    }
+  }
+
+  for (const TListedEntry &entry : memory.Previous) {
+    if (!memory.UncomparedOrganizations.contains(entry.Organization))
+      continue;
+    for (const QVariant &value :
+         {QVariant(key), QVariant(entry.Section), Id(entry.Ticket), QVariant(Stamp(entry.Since)),
+          QVariant(entry.Reports), QVariant(NotNull(entry.LastUpdate)), QVariant(NotNull(entry.Status)),
+          Id(entry.Assignee), Id(entry.Team), Id(entry.Organization), QVariant(NotNull(entry.OrganizationName)),
+          QVariant(NotNull(entry.Type)), QVariant(NotNull(entry.Title))})
+      row.addBindValue(value);
+    if (!row.exec()) {
+      Failed(QStringLiteral("keeping the tickets not compared"), row.lastError().text());
+      return -1;
     }
   }
 

@@ -38,11 +38,13 @@ public:
   // What the last sent report listed, and the snoozes.
   TFollowUpMemory Memory();
   // Records a report that was sent (`run` tells how), from its full rows and
-  // listings; the snoozes that ended by date or by a change of their ticket in
+  // listings, and keeps from `memory` the tickets of the organizations it could
+  // not compare, as they were; the snoozes that ended by date or by a change of their ticket in
   // `tickets` are removed, those made without the ticket at hand take its
   // state, and runs older than CKeptDays are pruned. Returns the run's key
   // (-1 when it could not be written).
-  qint64 Record(const TReportOutput &report, const TRecordedRun &run, const tyRestTickets &tickets);
+  qint64 Record(const TReportOutput &report, const TRecordedRun &run, const tyRestTickets &tickets,
+                const TFollowUpMemory &memory);
   // The exit status of the unattended run that recorded `key`.
   void SetExitStatus(qint64 key, int status);
   // The last `count` sent reports, newest first.

@@ -201,7 +201,7 @@ void TMainState::RecordSentReport(const TReportOutput &full, qsizetype mails, in
   run.MailsSent = mailsSent;
   run.MailsNotSent = static_cast<std::int32_t>(mails) - mailsSent;
   TFollowUpHistory history(*store);
-  FRecordedReport = history.Record(full, run, FReportInput.Tickets);
+  FRecordedReport = history.Record(full, run, FReportInput.Tickets, *FReportInput.FollowUp);
   NoteWarnings(history.Warnings());
 }
 
