@@ -4,6 +4,7 @@
 
 #include "CommandLine.h"
 #include "FileLock.h"
+#include "StoreCommands.h"
 #include "SingleInstance.h"
 
 #include "core/AppInfo.h"
@@ -194,6 +195,8 @@ int main(int argc, char *argv[])
   Trace::Install(line.Verbose || qEnvironmentVariableIsSet("QT_LOGGING_RULES"));
   if (line.Encrypt)
     return EncryptFromStdin();
+  if (line.StoreCommand())
+    return RunStoreCommand(line, exeFileName);
   if (!line.Unattended() && !DisplayAvailable()) {
     PrintLine(QStringLiteral("%1: no display to open the window on (DISPLAY is not set). Run it from a desktop "
                              "session, or give an argument for the unattended run (see --help).")
