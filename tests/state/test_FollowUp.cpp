@@ -3,6 +3,7 @@
 
 #include "SmtpTestServer.h"
 #include "StepsFixture.h"
+#include "core/LibraryVersions.h"
 #include "report/FollowUpHistory.h"
 #include "report/FollowUpStore.h"
 #include "state/UnattendedRun.h"
@@ -184,6 +185,14 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
   EXPECT_TRUE(history[1].contains("incomplete") && history[1].contains("5 left") &&
               history[1].contains("exit status: 3"))
       << history[1].toStdString();
+}
+
+TEST(LibraryVersions, NameSqliteWithTheVersionOfItsDriver)
+{
+  const auto versions = LibraryVersions();
+  const auto sqlite = std::find_if(versions.cbegin(), versions.cend(), [](const auto &v) { return v.first == "SQLite"; });
+  ASSERT_NE(sqlite, versions.cend());
+  EXPECT_TRUE(QRegularExpression("^3\\.\\d+\\.\\d+$").match(sqlite->second).hasMatch()) << sqlite->second.toStdString();
 }
 
 } // namespace
