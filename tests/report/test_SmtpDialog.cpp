@@ -4,6 +4,7 @@
 #include "tickets/gui/TfrmLoading.h"
 #include "support/TempConfig.h"
 
+#include <QSpinBox>
 #include <QApplication>
 #include <QCheckBox>
 #include <QLineEdit>
