@@ -5,6 +5,10 @@
 # opens; without one an unattended run is made and the paths of its report, run
 # log and received e-mail are printed. Extra arguments go to the tool;
 # DEMO_DELIVERY=concerned or personal picks the delivery mode.
+# The follow-up's store (quorvex-followup.db) is kept from one run to the next,
+# and each run serves the demo tickets one day of the desk's work later, so a
+# second run shows what is new and what left the report; DEMO_FRESH=1 starts
+# over from day 0 with an empty store.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/build.sh >/dev/null
@@ -12,17 +16,29 @@ bash scripts/build.sh >/dev/null
 config="$PWD/build/demo-config"
 folder="$config/Vellmor/vlmQuorvexITSM"
 mailbox="$config/mailbox"
+kept="$PWD/build/demo-followup"
+[ -n "${DEMO_FRESH:-}" ] && rm -rf "$kept"
+mkdir -p "$kept"
+day=0
+[ -f "$kept/day" ] && day=$(( $(cat "$kept/day") + 1 ))
 rm -rf "$config" && mkdir -p "$folder" "$mailbox"/{tmp,new,cur}
+cp -p "$kept"/quorvex-followup.db* "$folder"/ 2>/dev/null || true
 tool="$PWD/build/src/app/quorvex-followup"
 
 out="$config/demo-service.out"
-build/src/demo/quorvex-demo-service --ca-file "$config/demo-ca.pem" >"$out" &
+build/src/demo/quorvex-demo-service --ca-file "$config/demo-ca.pem" --day "$day" >"$out" &
 service=$!
 smtp_port="$(/usr/bin/python3 -c 'import socket; s=socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')"
 /usr/bin/python3 -m aiosmtpd -n -l "127.0.0.1:$smtp_port" -c aiosmtpd.handlers.Mailbox "$mailbox" \
   >"$config/smtp.out" 2>&1 &
 smtp=$!
-trap 'kill "$service" "$smtp" 2>/dev/null || true' EXIT
+# The store and the day are kept for the next run, however this one ends.
+keep() {
+  rm -f "$kept"/quorvex-followup.db*
+  cp -p "$folder"/quorvex-followup.db* "$kept"/ 2>/dev/null || true
+  echo "$day" >"$kept/day"
+}
+trap 'kill "$service" "$smtp" 2>/dev/null || true; keep' EXIT
 for _ in $(seq 100); do grep -q '^Username: ' "$out" && break; sleep 0.1; done
 instance="$(sed -n 's/^Instance: //p' "$out")"
 [ -n "$instance" ] || { echo "The demo service did not start: $(cat "$out")" >&2; exit 1; }
@@ -68,7 +84,7 @@ name_2=Network & Security
 [Delivery]
 Mode=${DEMO_DELIVERY:-report}
 INI
-echo "Demo service: https://$instance   SMTP sink: 127.0.0.1:$smtp_port   Settings: $folder" >&2
+echo "Demo service (day $day): https://$instance   SMTP sink: 127.0.0.1:$smtp_port   Settings: $folder" >&2
 
 if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
   "$tool" "$@"

@@ -36,6 +36,18 @@ const std::vector<TOption> &Options()
        "run the routine unattended, starting no request of the service nor mail after MINUTES (default 20): what "
        "was not retrieved by then is reported as incomplete, and the report is still sent",
        nullptr, "MINUTES"},
+      {{"snooze"},
+       "take the tickets of LIST (ids separated by commas) off the report, with --until DATE or --until-change",
+       nullptr, "LIST"},
+      {{"until"}, "with --snooze: the day (YYYY-MM-DD) the tickets come back on the report", nullptr, "DATE"},
+      {{"until-change"},
+       "with --snooze: until the ticket's last update, status or assignee changes", &TCommandLine::UntilChange},
+      {{"wake"}, "put the snoozed tickets of LIST back on the report", nullptr, "LIST"},
+      {{"snoozed"}, "list the snoozed tickets, until when, who snoozed them and when", &TCommandLine::Snoozed},
+      {{"history"},
+       "list the last N sent reports (default 10): time, mode, complete or not, the counts, new, left, mails "
+       "sent and not sent, exit status",
+       nullptr, "N"},
   };
   return options;
 }
@@ -51,6 +63,39 @@ void AddOptions(QCommandLineParser &parser)
                                               "the tickets, build the report, send it, write the run log, exit), "
                                               "for cron or a systemd timer"),
                                QStringLiteral("[routine]"));
+}
+
+// Ticket ids separated by commas; false when one is not a positive number.
+bool ReadIds(const QString &text, QList<std::int64_t> &ids)
+{
+  for (const QString &part : text.split(u',', Qt::SkipEmptyParts)) {
+    bool ok = false;
+    const std::int64_t id = part.trimmed().toLongLong(&ok);
+    if (!ok || id <= 0)
+      return false;
+    ids.append(id);
+  }
+  return !ids.isEmpty();
+}
+
+// --history takes its count optionally ("--history", "--history 5",
+// "--history=5"), which the parser's options cannot: the count is given to it
+// as a value, the default when none follows.
+QStringList WithHistoryCount(const QStringList &arguments)
+{
+  QStringList result;
+  for (qsizetype i = 0; i < arguments.size(); ++i) {
+    if (arguments[i] != QLatin1String("--history")) {
+      result.append(arguments[i]);
+      continue;
+    }
+    bool number = false;
+    if (i + 1 < arguments.size())
+      arguments[i + 1].toInt(&number);
+    result.append(QStringLiteral("--history=") +
+                  (number ? arguments[++i] : QString::number(TCommandLine::CDefaultHistory)));
+  }
+  return result;
 }
 
 // Edits (insertions, deletions, substitutions) that turn one word into the other.
@@ -104,7 +149,7 @@ TCommandLine ParseCommandLine(const QStringList &arguments)
   AddOptions(parser);
   TCommandLine line;
   // The parser reads the program name first.
-  if (!parser.parse(QStringList{QStringLiteral("quorvex-followup")} + arguments)) {
+  if (!parser.parse(QStringList{QStringLiteral("quorvex-followup")} + WithHistoryCount(arguments))) {
     const QStringList unknown = parser.unknownOptionNames();
     line.Error = unknown.isEmpty() ? parser.errorText() : UnknownOption(unknown.first(), arguments);
     return line;
@@ -119,6 +164,34 @@ TCommandLine ParseCommandLine(const QStringList &arguments)
     line.DeadlineGiven = true; // of use to the unattended run only, which it implies
     if (!ok || line.DeadlineMinutes <= 0)
       line.Error = QStringLiteral("--deadline takes a number of minutes greater than 0, not \"%1\"").arg(value);
+  }
+  // The first fault met is the one told.
+  const auto fail = [&line](const QString &error) {
+    if (line.Error.isEmpty())
+      line.Error = error;
+  };
+  if (parser.isSet(QStringLiteral("snooze")) && !ReadIds(parser.value(QStringLiteral("snooze")), line.Snooze))
+    fail(QStringLiteral("--snooze takes ticket ids separated by commas, not \"%1\"")
+                     .arg(parser.value(QStringLiteral("snooze"))));
+  if (parser.isSet(QStringLiteral("wake")) && !ReadIds(parser.value(QStringLiteral("wake")), line.Wake))
+    fail(QStringLiteral("--wake takes ticket ids separated by commas, not \"%1\"")
+                     .arg(parser.value(QStringLiteral("wake"))));
+  if (parser.isSet(QStringLiteral("until"))) {
+    const QString value = parser.value(QStringLiteral("until"));
+    line.Until = QDate::fromString(value, Qt::ISODate);
+    if (!line.Until.isValid() || line.Until <= QDate::currentDate())
+      fail(QStringLiteral("--until takes a day after today as YYYY-MM-DD, not \"%1\"").arg(value));
+  }
+  if (!line.Snooze.isEmpty() && line.Until.isValid() == line.UntilChange)
+    fail(QStringLiteral("--snooze needs either --until DATE or --until-change"));
+  if (line.Snooze.isEmpty() && (parser.isSet(QStringLiteral("until")) || line.UntilChange))
+    fail(QStringLiteral("--until and --until-change go with --snooze LIST"));
+  if (parser.isSet(QStringLiteral("history"))) {
+    bool ok = false;
+    line.History = parser.value(QStringLiteral("history")).toInt(&ok);
+    if (!ok || line.History <= 0)
+      fail(QStringLiteral("--history takes a number of runs greater than 0, not \"%1\"")
+                       .arg(parser.value(QStringLiteral("history"))));
   }
   line.Words = parser.positionalArguments();
   return line;

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QDate>
+#include <QList>
 #include <QStringList>
+#include <cstdint>
 
 // The command line, read by QCommandLineParser. Without an argument the window
 // opens; a bare word (e.g. "auto") or an option of the routine runs the daily
@@ -18,6 +21,15 @@ struct TCommandLine
   // service ("--deadline MINUTES" or "--deadline=MINUTES").
   int DeadlineMinutes = CDefaultDeadlineMinutes;
   bool DeadlineGiven = false;
+  // The follow-up's store: snooze tickets until a day or until they change,
+  // wake them, list the snoozes, or list the last runs (--history [N]).
+  QList<std::int64_t> Snooze;
+  QDate Until;
+  bool UntilChange = false;
+  QList<std::int64_t> Wake;
+  bool Snoozed = false;
+  int History = 0; // runs to list; 0: none asked
+  static constexpr int CDefaultHistory = 10;
   QString Error;           // an unknown option, or an option given a value it cannot take
   QStringList Words;       // bare words: each asks for the unattended run
 
@@ -26,6 +38,8 @@ struct TCommandLine
   static constexpr int CExitUsage = 64;
 
   bool Unattended() const { return DryRun || Resend || DeadlineGiven || !Words.isEmpty(); }
+  // Asks for a look at the store or a change of it, not for a run.
+  bool StoreCommand() const { return !Snooze.isEmpty() || !Wake.isEmpty() || Snoozed || History > 0; }
 };
 
 // `arguments` without the program name.

@@ -3,6 +3,7 @@
 // the unattended run.
 
 #include "CommandLine.h"
+#include "StoreCommands.h"
 #include "core/FileLock.h"
 #include "SingleInstance.h"
 
@@ -209,6 +210,8 @@ int main(int argc, char *argv[])
   Trace::Install(line.Verbose || qEnvironmentVariableIsSet("QT_LOGGING_RULES"));
   if (line.Encrypt)
     return EncryptFromStdin();
+  if (line.StoreCommand())
+    return RunStoreCommand(line, exeFileName);
   if (!line.Unattended() && !DisplayAvailable()) {
 #ifdef QUORVEX_WITH_WIDGETS
     PrintLine(QStringLiteral("%1: no display to open the window on (DISPLAY is not set). Run it from a desktop "

@@ -53,11 +53,20 @@ enum class TDeliveryMode {
   Personal,  // one digest per computed primary recipient, then the full report to the defaults
 };
 
+// What the report remembers between sent reports (Setting::FollowUp).
+struct tyFollowUp
+{
+  bool History = true;            // false: the report compares with nothing, as first made
+  std::int32_t EscalateAfter = 0; // a ticket on this many sent reports in a row is escalated; below 2: never
+  QString EscalateTo;             // addresses copied on mails with an escalated row; empty: the default "To"
+};
+
 struct tyDelivery
 {
   TDeliveryMode Mode = TDeliveryMode::Report;
   bool SkipWhenClear = false;  // no mail when the retrieval was complete and no section has a row
   bool AttachWorkbook = false; // each mail carries its rows as a workbook
+  tyFollowUp FollowUp;
 };
 
 // Messages for the person about settings read with a fault (a damaged secret, a

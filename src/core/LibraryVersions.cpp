@@ -4,7 +4,31 @@
 #include <openssl/crypto.h>
 #include <xlsxwriter.h>
 
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QtGlobal>
+
+namespace {
+
+// The SQLite that Qt's driver carries, as that SQLite itself says.
+QString SqliteVersion()
+{
+  const QString connection = QStringLiteral("sqlite-version");
+  QString version = QStringLiteral("not available (the Qt SQLite driver is missing)");
+  {
+    QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection);
+    database.setDatabaseName(QStringLiteral(":memory:"));
+    if (database.open()) {
+      QSqlQuery query(database);
+      if (query.exec(QStringLiteral("SELECT sqlite_version()")) && query.next())
+        version = query.value(0).toString();
+    }
+  }
+  QSqlDatabase::removeDatabase(connection);
+  return version;
+}
+
+} // namespace
 
 QList<QPair<QString, QString>> LibraryVersions()
 {
@@ -16,5 +40,6 @@ QList<QPair<QString, QString>> LibraryVersions()
       {QStringLiteral("libxlsxwriter"), QString::fromLatin1(lxw_version())},
       {QStringLiteral("SimpleIni"), QStringLiteral(QUORVEX_SIMPLEINI_VERSION)},
       {QStringLiteral("GMime"), QStringLiteral(QUORVEX_GMIME_VERSION)},
+      {QStringLiteral("SQLite"), SqliteVersion()},
   };
 }

@@ -146,6 +146,9 @@ void ReadConfigDelivery(const QString &iniPath, tyDelivery &delivery, TSettingsW
   }
   delivery.SkipWhenClear = ReadSetting(ini, SkipWhenClear);
   delivery.AttachWorkbook = ReadSetting(ini, AttachWorkbook);
+  delivery.FollowUp.History = ReadSetting(ini, Setting::FollowUp::History);
+  delivery.FollowUp.EscalateAfter = ReadSetting(ini, Setting::FollowUp::EscalateAfter);
+  delivery.FollowUp.EscalateTo = ReadSetting(ini, Setting::FollowUp::EscalateTo, warnings);
 }
 
 void SaveConfigDelivery(const QString &iniPath, const tyDelivery &delivery)
@@ -158,6 +161,9 @@ void SaveConfigDelivery(const QString &iniPath, const tyDelivery &delivery)
       WriteSetting(ini, Mode, name);
   WriteSetting(ini, SkipWhenClear, delivery.SkipWhenClear);
   WriteSetting(ini, AttachWorkbook, delivery.AttachWorkbook);
+  WriteSetting(ini, Setting::FollowUp::History, delivery.FollowUp.History);
+  WriteSetting(ini, Setting::FollowUp::EscalateAfter, delivery.FollowUp.EscalateAfter);
+  WriteSetting(ini, Setting::FollowUp::EscalateTo, delivery.FollowUp.EscalateTo);
   ini.UpdateFile();
 }
 

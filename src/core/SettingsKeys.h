@@ -106,6 +106,14 @@ inline const TSetting<bool> SkipWhenClear{Section, QStringLiteral("SkipWhenClear
 inline const TSetting<bool> AttachWorkbook{Section, QStringLiteral("AttachWorkbook"), false};
 } // namespace Delivery
 
+// The follow-up's memory lives in the store; only these choices are settings.
+namespace FollowUp {
+inline const QString Section = QStringLiteral("FollowUp");
+inline const TSetting<bool> History{Section, QStringLiteral("History"), true};
+inline const TSetting<std::int32_t> EscalateAfter{Section, QStringLiteral("EscalateAfter"), 0};
+inline const TSetting<QString> EscalateTo{Section, QStringLiteral("EscalateTo"), QString()};
+} // namespace FollowUp
+
 namespace Filters {
 inline const QString Section = QStringLiteral("Filters");
 inline const TSetting<std::int32_t> NbMinutes{Section, QStringLiteral("NbMinutes"), 15};

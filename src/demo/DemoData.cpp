@@ -316,3 +316,46 @@ QJsonObject MakeSampleData(const QDateTime &now)
       {QStringLiteral("tickets"), TicketsJson(dice, operators, now)},
   };
 }
+
+QJsonObject WorkOnTickets(QJsonObject data, int days, const QDateTime &now)
+{
+  QJsonArray tickets = data.value(QStringLiteral("tickets")).toArray();
+  const auto field = [](const QJsonValue &ticket, const char *name) { return ticket.toObject().value(QLatin1String(name)); };
+  for (int day = 0; day < days; ++day) {
+    int assigned = 0;
+    int updated = 0;
+    int closed = 0;
+    bool closedNotice = false;
+    for (qsizetype i = 0; i < tickets.size(); ++i) {
+      QJsonObject ticket = tickets.at(i).toObject();
+      const QDateTime lastUpdate = QDateTime::fromString(ticket.value(QStringLiteral("lastUpdate")).toString(), Qt::ISODateWithMs);
+      const bool notice = ticket.value(QStringLiteral("exchanges")).toArray().size() > 1;
+      if (field(ticket, "assignedUser").isNull() && assigned < 3 && ticket.value(QStringLiteral("id")).toInt() % 2) {
+        ++assigned;
+        ticket.insert(QStringLiteral("assignedUser"), SubName(1001, QStringLiteral("Bruno Bernard")));
+        ticket.insert(QStringLiteral("lastUpdate"), Stamp(now));
+      } else if (lastUpdate.daysTo(now) > 20 && updated < 3 && !notice) {
+        ++updated;
+        ticket.insert(QStringLiteral("lastUpdate"), Stamp(now.addSecs(-600)));
+      } else if ((notice && !closedNotice) || (closed < 3 && i % 41 == 7)) {
+        closedNotice = closedNotice || notice;
+        closed += notice ? 0 : 1;
+        tickets.removeAt(i--);
+        continue;
+      }
+      tickets[i] = ticket;
+    }
+    for (int n = 0; n < 5; ++n) {
+      QJsonObject ticket = tickets.at(n * 11).toObject();
+      const int id = 24500 + day * 5 + n;
+      ticket.insert(QStringLiteral("id"), id);
+      ticket.insert(QStringLiteral("assignedUser"), QJsonValue::Null);
+      ticket.insert(QStringLiteral("creationDate"), Stamp(now.addSecs(-3600L * (2 + n))));
+      ticket.insert(QStringLiteral("lastUpdate"), Stamp(now.addSecs(-3600L * (2 + n))));
+      ticket.insert(QStringLiteral("exchanges"), QJsonArray{QStringLiteral("Ticket received.")});
+      tickets.append(ticket);
+    }
+  }
+  data.insert(QStringLiteral("tickets"), tickets);
+  return data;
+}

@@ -19,3 +19,10 @@
 // French. The content is the same at every call; dates are counted back from `now`
 // so that the ages of the tickets stay realistic whenever it is made.
 QJsonObject MakeSampleData(const QDateTime &now);
+
+// The sample after `days` days of the desk's work, each day counted back from
+// `now`: three unassigned tickets taken, three forgotten ones updated, four
+// closed (one of them carrying the ten-exchanges notice) and five new ones
+// waiting for someone. Run the follow-up tool on day 0, then on day 1, and its
+// report tells what is new and what left.
+QJsonObject WorkOnTickets(QJsonObject data, int days, const QDateTime &now);

@@ -171,10 +171,11 @@ QString TDemoService::Instance() const
   return QStringLiteral("127.0.0.1:%1").arg(FPort);
 }
 
-const TDemoFaults::TBody *TDemoService::ReplacedBody(const QString &path, int page) const
+const TDemoFaults::TBody *TDemoService::ReplacedBody(const QString &path, int page, int organizationId) const
 {
   for (const TDemoFaults::TBody &body : FFaults.Bodies)
-    if (body.Path == path && (body.Page < 0 || body.Page == page))
+    if (body.Path == path && (body.Page < 0 || body.Page == page) &&
+        (body.OrganizationId < 0 || body.OrganizationId == organizationId))
       return &body;
   return nullptr;
 }
@@ -208,8 +209,10 @@ TDemoService::TAnswer TDemoService::Dispatch(const TDemoRequest &request)
   if (!Authorized(request))
     return {401, ErrorBody(QStringLiteral("unauthorized"), QStringLiteral("Full authentication is required"))};
 
-  const int page = QJsonDocument::fromJson(request.Body).object().value(QStringLiteral("page")).toInt();
-  if (const TDemoFaults::TBody *replaced = ReplacedBody(path, page))
+  const QJsonObject query = QJsonDocument::fromJson(request.Body).object();
+  const int page = query.value(QStringLiteral("page")).toInt();
+  if (const TDemoFaults::TBody *replaced =
+          ReplacedBody(path, page, query.value(QStringLiteral("organizationId")).toInt(-1)))
     return {replaced->Status, replaced->Body, replaced->Delivery};
 
   if (FFaults.TooManyOnce && path == QLatin1String("/api/ticket/list/open")) {

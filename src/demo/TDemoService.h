@@ -43,6 +43,7 @@ struct TDemoFaults
     QByteArray Body;
     int Status = 200;
     TDelivery Delivery = TDelivery::Whole;
+    int OrganizationId = -1; // for the open-ticket list: that organization's only (-1: every one)
   };
   QList<TBody> Bodies;
 
@@ -82,6 +83,14 @@ public:
   const QByteArray &CertificatePem() const { return FCertificate.CertificatePem; }
 
   void SetFaults(const TDemoFaults &faults) { FFaults = faults; }
+  // Serves `data` from now on, as if the desk had worked on its tickets.
+  void SetData(QJsonObject data)
+  {
+    FData = std::move(data);
+    FFound.clear();
+    FPages.clear();
+  }
+  const QJsonObject &Data() const { return FData; }
   const QList<TDemoRequest> &Requests() const { return FRequests; }
   void ClearRequests() { FRequests.clear(); }
 
@@ -101,14 +110,14 @@ private:
   TAnswer Token(const TDemoRequest &request);
   TAnswer TicketsOpen(const TDemoRequest &request);
   // The open tickets of an organization that match a search, in the order of
-  // the answer; worked out once per organization and search, as the data set
-  // does not change while the service runs.
+  // the answer; worked out once per organization and search while the data
+  // set stays the same.
   QJsonArray Found(int organizationId, const QString &search);
   TAnswer Objects(const TDemoRequest &request) const;
   TAnswer Team(int id) const;
   TAnswer Operators(const TDemoRequest &request) const;
   bool Authorized(const TDemoRequest &request) const;
-  const TDemoFaults::TBody *ReplacedBody(const QString &path, int page) const;
+  const TDemoFaults::TBody *ReplacedBody(const QString &path, int page, int organizationId = -1) const;
 
   QJsonObject FData;
   QHash<QPair<int, QString>, QJsonArray> FFound;

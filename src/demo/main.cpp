@@ -73,7 +73,11 @@ int main(int argc, char *argv[])
                                    QStringLiteral("count"), QStringLiteral("0"));
   const QCommandLineOption tooManyOnce(QStringLiteral("too-many-once"),
                                        QStringLiteral("Answer the first ticket-list request with 429 (Retry-After 1 s)."));
-  parser.addOptions({port, data, caFile, writeSample, refuseToken, delay, surplus, tooManyOnce});
+  const QCommandLineOption day(QStringLiteral("day"),
+                               QStringLiteral("Serve the sample as it stands after this many days of the desk's "
+                                              "work: tickets taken, updated, closed and new (default 0)."),
+                               QStringLiteral("days"), QStringLiteral("0"));
+  parser.addOptions({port, data, caFile, writeSample, refuseToken, delay, surplus, tooManyOnce, day});
   parser.process(application);
 
   try {
@@ -82,8 +86,9 @@ int main(int argc, char *argv[])
                 QJsonDocument(MakeSampleData(QDateTime::currentDateTime())).toJson(QJsonDocument::Indented));
       return 0;
     }
-    const QJsonObject content =
-        parser.isSet(data) ? ReadData(parser.value(data)) : MakeSampleData(QDateTime::currentDateTime());
+    const QDateTime now = QDateTime::currentDateTime();
+    const QJsonObject content = WorkOnTickets(parser.isSet(data) ? ReadData(parser.value(data)) : MakeSampleData(now),
+                                              parser.value(day).toInt(), now);
     TDemoService service(content);
     TDemoFaults faults;
     faults.RefuseToken = parser.isSet(refuseToken);

@@ -4,6 +4,7 @@
 #include "core/SettingsKeys.h"
 
 #include <QSet>
+#include <optional>
 
 namespace {
 
@@ -111,6 +112,20 @@ TDeliveryPlan PlanDelivery(const TReportInput &input, TReportOutput fullReport, 
   // The full report goes first: the people who follow the whole desk get it
   // even when a digest later meets a refusing server.
   plan.Mails = QList<TReportMail>{full} + digests;
+  // A mail that carries an escalated row goes to the escalation's receivers too.
+  if (delivery.Mode == TDeliveryMode::Report)
+    return plan;
+  std::optional<QStringList> escalateTo;
+  for (TReportMail &mail : plan.Mails) {
+    if (mail.Report.NbEscalated == 0)
+      continue;
+    if (!escalateTo)
+      escalateTo = delivery.FollowUp.EscalateTo.isEmpty()
+                       ? defaultTo
+                       : ParseAddressList(delivery.FollowUp.EscalateTo, source(Setting::FollowUp::EscalateTo),
+                                          plan.Warnings);
+    AddNew(mail.Cc, *escalateTo, mail.To);
+  }
   return plan;
 }
 

@@ -37,6 +37,8 @@ struct TDeliveryPlan
 //   teams, elsewhere the tickets assigned to them), To that address alone.
 // The default addresses are parsed as ParseAddressList does ([SMTP] DefaultTo
 // and DefaultCC); the computed ones were parsed when the operators were read.
+// In modes concerned and personal a mail with an escalated row also has the
+// escalation's receivers in Cc ([FollowUp] EscalateTo, else the default "To").
 // An address is never twice in a mail (compared without case) and outside
 // "report" no report lists the computed recipients. With SkipWhenClear there is no
 // mail at all when the retrieval was complete and no section has a row. Every

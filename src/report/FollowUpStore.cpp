@@ -25,6 +25,26 @@ const QList<QStringList> CMigrations{
         QStringLiteral("CREATE INDEX mails_by_content ON mails(content)"),
         QStringLiteral("CREATE INDEX deliveries_by_mail ON deliveries(mail)"),
     },
+    {
+        // Each sent report, with what a later run compares with and --history shows.
+        QStringLiteral("CREATE TABLE reports(id INTEGER PRIMARY KEY, at TEXT NOT NULL, mode TEXT NOT NULL, "
+                       "complete INTEGER NOT NULL, unassigned INTEGER NOT NULL, without_update INTEGER NOT NULL, "
+                       "ten_exchanges INTEGER NOT NULL, new INTEGER NOT NULL, left_report INTEGER NOT NULL, "
+                       "mails_sent INTEGER NOT NULL, mails_not_sent INTEGER NOT NULL, exit_status INTEGER)"),
+        QStringLiteral("CREATE INDEX reports_by_time ON reports(at)"),
+        // The tickets a sent report listed, per section, with what they were then.
+        QStringLiteral("CREATE TABLE listed(report INTEGER NOT NULL REFERENCES reports(id) ON DELETE CASCADE, "
+                       "section INTEGER NOT NULL, ticket INTEGER NOT NULL, since TEXT NOT NULL, "
+                       "reports INTEGER NOT NULL, last_update TEXT NOT NULL, status TEXT NOT NULL, "
+                       "assignee INTEGER NOT NULL, team INTEGER NOT NULL, organization INTEGER NOT NULL, "
+                       "organization_name TEXT NOT NULL, type TEXT NOT NULL, title TEXT NOT NULL, "
+                       "PRIMARY KEY(report, section, ticket)) WITHOUT ROWID"),
+        // Tickets taken off the report for a while: until a day, or until they change
+        // (their state when snoozed; known = 0 until a report has seen it).
+        QStringLiteral("CREATE TABLE snoozes(ticket INTEGER PRIMARY KEY, until TEXT, until_change INTEGER NOT NULL, "
+                       "known INTEGER NOT NULL, last_update TEXT NOT NULL, status TEXT NOT NULL, "
+                       "assignee INTEGER NOT NULL, by TEXT NOT NULL, at TEXT NOT NULL)"),
+    },
 };
 
 // Runs `statement`; false with `error` set when SQLite refused it.

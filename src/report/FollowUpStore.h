@@ -6,7 +6,8 @@
 #include <memory>
 
 // The program's own SQLite file beside the settings (<executable name>.db): the
-// journal of the mails sent. One connection, owned by the thread that opened
+// journal of the mails sent, the tickets each sent report listed, and the
+// snoozes. One connection, owned by the thread that opened
 // it; readable by the owner alone (0600); write-ahead logging; its schema
 // carries a version number that later versions migrate from.
 //
@@ -26,7 +27,7 @@ public:
   QSqlDatabase Database() const { return QSqlDatabase::database(FConnection); }
   QString Path() const { return FPath; }
 
-  static constexpr int CSchemaVersion = 1;
+  static constexpr int CSchemaVersion = 2;
 
 private:
   TFollowUpStore(QString path, QString connection) : FPath(std::move(path)), FConnection(std::move(connection)) {}

@@ -9,7 +9,6 @@
 
 namespace {
 
-const QString CReportTitle = QStringLiteral("Quorvex ITSM tickets follow-up");
 const QString CActive = QStringLiteral("ACTIVE");
 const QString CNotChecked =
     QStringLiteral("This could not be checked: the retrieval of the tickets was incomplete.");
@@ -80,7 +79,7 @@ QStringList Names(const auto &records)
 }
 
 // The columns of the tables, each declared once for the HTML and the text.
-enum class TColumn { Organization, Ticket, Title, AssignedTeam, AssignedUser, CreationDate, LastUpdate, Priority, Status };
+enum class TColumn { Organization, Ticket, Title, AssignedTeam, AssignedUser, CreationDate, LastUpdate, Priority, Status, Listed };
 
 struct TColumnSpec
 {
@@ -101,6 +100,7 @@ const TColumnSpec CColumns[] = {
     {TColumn::LastUpdate, QStringLiteral("Last Update"), false, true, true},
     {TColumn::Priority, QStringLiteral("Priority"), false, true, false},
     {TColumn::Status, QStringLiteral("Status"), true, true, false},
+    {TColumn::Listed, QStringLiteral("Listed"), false, true, false}, // with a memory only
 };
 
 struct TSectionColumn
@@ -109,12 +109,12 @@ struct TSectionColumn
   TAge Age;
 };
 
-QList<TSectionColumn> SectionColumns(TReportSection section)
+QList<TSectionColumn> SectionColumns(TReportSection section, bool listed)
 {
   const auto [withAssignedUser, creationAge, updateAge] = SectionLayout(section);
   QList<TSectionColumn> columns;
   for (const TColumnSpec &spec : CColumns)
-    if (spec.Column != TColumn::AssignedUser || withAssignedUser)
+    if ((spec.Column != TColumn::AssignedUser || withAssignedUser) && (spec.Column != TColumn::Listed || listed))
       columns.append({&spec, spec.Column == TColumn::CreationDate ? creationAge
                              : spec.Column == TColumn::LastUpdate ? updateAge
                                                                   : TAge::None});
@@ -161,11 +161,16 @@ QString TextCell(const TCell &cell)
   return text;
 }
 
-// What `column` shows for `ticket`: the one place that reads a row's values.
-TCell TicketCell(const TSectionColumn &column, const tyRestTicket &ticket, const QString &serviceUrl,
-                 TColourStore &colours, const QDateTime &now)
+// What `column` shows for `ticket` (listed as `listing`): the one place that
+// reads a row's values.
+TCell TicketCell(const TSectionColumn &column, const tyRestTicket &ticket, const TListing *listing,
+                 const QString &serviceUrl, TColourStore &colours, const QDateTime &now)
 {
   switch (column.Spec->Column) {
+  case TColumn::Listed:
+    if (!listing)
+      return {};
+    return {ListedText(*listing), {}, listing->Escalated ? QStringLiteral("escalated") : QString()};
   case TColumn::Organization: return {ticket.organization.name};
   case TColumn::Ticket: {
     static const QHash<QString, QString> typeNames{{QStringLiteral("INCIDENT"), QStringLiteral("Incident")},
@@ -202,6 +207,16 @@ TCell TicketCell(const TSectionColumn &column, const tyRestTicket &ticket, const
 
 } // namespace
 
+QString SectionName(TReportSection section)
+{
+  switch (section) {
+  case TReportSection::Unassigned: return QStringLiteral("Unassigned");
+  case TReportSection::WithoutUpdate: return QStringLiteral("Without update");
+  case TReportSection::Gt10Exchanges: break;
+  }
+  return QStringLiteral("More than 10 exchanges");
+}
+
 TMailReport::TMailReport(const TReportInput &input, TColourStore &colours, TClock now)
     : FIn(input), FColours(colours), FNow(std::move(now))
 {
@@ -217,14 +232,30 @@ TReportOutput TMailReport::Generate()
   FOut = TReportOutput();
   FOut.CurrentTime = FCurrentTime;
   FText = TReportText();
+  FSnoozedRows.clear();
+  FSelected = {};
+  SelectRows();
   Mail_01_AddHeader();
   Mail_02_AddTitle();
+  AddSummary();
   Mail_03_AddUnassigned();
   Mail_04_AddWithoutUpdate();
   Mail_05_Gt10Exchanges();
+  AddLeft();
   CompleteRecipients();
   Mail_06_AddFooter();
   FOut.Text = FText.Text();
+  FOut.Subject = CReportTitle;
+  if (FIn.FollowUp) {
+    const bool incomplete = !FIn.RetrievalWarning.isEmpty();
+    const QDateTime extraction = incomplete ? FCurrentTime : FIn.ExtractionTickets;
+    FOut.Subject += QStringLiteral(" - %1: %2 unassigned, %3 without update, %4 with ten exchanges")
+                        .arg(ReportDate(extraction.date()))
+                        .arg(FOut.NbUnassigned)
+                        .arg(FOut.NbWithoutUpdate)
+                        .arg(FOut.NbGt10Exch) +
+                    (incomplete ? QStringLiteral(" (incomplete)") : QString());
+  }
   return FOut;
 }
 
@@ -316,15 +347,40 @@ void TMailReport::Mail_02_AddTitle()
   FText.Paragraph({QStringLiteral("Extraction"), timestamp + QStringLiteral(" ") + zone + incompleteMark});
 }
 
-const TReportRows &TMailReport::SectionRows(TReportSection section,
-                                           const std::function<bool(const tyRestTicket &)> &rule)
+bool TMailReport::Meets(TReportSection section, const tyRestTicket &ticket) const
 {
-  TReportRows &rows = FOut.Rows.at(static_cast<std::size_t>(section));
+  switch (section) {
+  case TReportSection::Unassigned: return IsUnassignedLate(ticket);
+  case TReportSection::WithoutUpdate: return IsWithoutUpdate(ticket);
+  case TReportSection::Gt10Exchanges: break;
+  }
+  return ticket.tenExchangesAdded;
+}
+
+const TReportRows &TMailReport::SectionRows(TReportSection section)
+{
+  const auto index = static_cast<std::size_t>(section);
+  TReportRows &rows = FOut.Rows.at(index);
+  if (FSelected.at(index))
+    return rows;
+  FSelected.at(index) = true;
   rows = TReportRows(FIn.Tickets);
+  const TFollowUpMemory *memory = FIn.FollowUp.get();
+  const QDate today = FCurrentTime.date();
   for (qsizetype i = 0; i < FIn.Tickets.size(); ++i) {
     const tyRestTicket &ticket = FIn.Tickets.at(i);
-    if (rule(ticket) && (!FIn.KeepsRow || FIn.KeepsRow(section, ticket)))
-      rows.Append(i);
+    if (!Meets(section, ticket) || (FIn.KeepsRow && !FIn.KeepsRow(section, ticket)))
+      continue;
+    if (memory) {
+      if (const TSnooze *snooze = memory->SnoozeOf(ticket.id); snooze && snooze->Holds(ticket, today)) {
+        FSnoozedRows.insert(ticket.id);
+        continue;
+      }
+      const TListing listing = ListingOf(*memory, section, ticket, FCurrentTime);
+      FOut.Listings.at(index).append(listing);
+      FOut.NbNew.at(index) += listing.New ? 1 : 0;
+    }
+    rows.Append(i);
   }
   return rows;
 }
@@ -332,7 +388,8 @@ const TReportRows &TMailReport::SectionRows(TReportSection section,
 void TMailReport::AddTable(TReportSection section)
 {
   const TReportRows &rows = FOut.Rows.at(static_cast<std::size_t>(section));
-  const QList<TSectionColumn> columns = SectionColumns(section);
+  const QList<TSectionColumn> columns = SectionColumns(section, FOut.Remembers);
+  const QList<TListing> &listings = FOut.Listings.at(static_cast<std::size_t>(section));
   QStringList headers;
   QStringList &html = FOut.HtmlContent;
   html << QStringLiteral("    <table style=\"width: 100%\" border=\"1\">") << QStringLiteral("      <thead>")
@@ -343,11 +400,13 @@ void TMailReport::AddTable(TReportSection section)
   }
   html << QStringLiteral("        </tr>") << QStringLiteral("      </thead>") << QStringLiteral("      <tbody>");
   QList<QStringList> textRows;
-  for (const tyRestTicket &ticket : rows) {
+  for (qsizetype row = 0; row < rows.size(); ++row) {
+    const tyRestTicket &ticket = rows[row];
+    const TListing *listing = row < listings.size() ? &listings.at(row) : nullptr;
     html << QStringLiteral("        <tr>");
     QStringList &textRow = textRows.emplaceBack();
     for (const TSectionColumn &column : columns) {
-      const TCell cell = TicketCell(column, ticket, FIn.ServiceUrl, FColours, FCurrentTime);
+      const TCell cell = TicketCell(column, ticket, listing, FIn.ServiceUrl, FColours, FCurrentTime);
       html << HtmlCell(*column.Spec, cell);
       textRow << TextCell(cell);
     }
@@ -398,8 +457,7 @@ void TMailReport::TakeUser(TRestId userId)
 
 void TMailReport::Mail_03_AddUnassigned()
 {
-  const TReportRows &rows =
-      SectionRows(TReportSection::Unassigned, [this](const tyRestTicket &ticket) { return IsUnassignedLate(ticket); });
+  const TReportRows &rows = SectionRows(TReportSection::Unassigned);
   FOut.NbUnassigned = static_cast<std::int32_t>(rows.size());
   AddLines(FIn.HtmlTexts.Unassigned_Title, QStringLiteral("%NBMINUTES%"), QString::number(FIn.NbMinutes));
   if (rows.isEmpty()) {
@@ -414,8 +472,7 @@ void TMailReport::Mail_03_AddUnassigned()
 
 void TMailReport::Mail_04_AddWithoutUpdate()
 {
-  const TReportRows &rows =
-      SectionRows(TReportSection::WithoutUpdate, [this](const tyRestTicket &ticket) { return IsWithoutUpdate(ticket); });
+  const TReportRows &rows = SectionRows(TReportSection::WithoutUpdate);
   FOut.NbWithoutUpdate = static_cast<std::int32_t>(rows.size());
   AddLines(FIn.HtmlTexts.WithoutUpdate_Title);
   if (rows.isEmpty()) {
@@ -430,8 +487,7 @@ void TMailReport::Mail_04_AddWithoutUpdate()
 
 void TMailReport::Mail_05_Gt10Exchanges()
 {
-  const TReportRows &rows =
-      SectionRows(TReportSection::Gt10Exchanges, [](const tyRestTicket &ticket) { return ticket.tenExchangesAdded; });
+  const TReportRows &rows = SectionRows(TReportSection::Gt10Exchanges);
   FOut.NbGt10Exch = static_cast<std::int32_t>(rows.size());
   if (rows.isEmpty())
     return;

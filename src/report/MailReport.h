@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include "report/FollowUp.h"
 #include "report/HtmlTexts.h"
 #include "report/ReportText.h"
 #include "rest/uTypes.h"
@@ -8,12 +9,20 @@
 #include <QStringList>
 #include <array>
 #include <functional>
+#include <memory>
 
 class TColourStore;
+
+// The report's title, and the start of its subject (people filter their mail on it).
+inline const QString CReportTitle = QStringLiteral("Quorvex ITSM tickets follow-up");
 
 // The three sections of the report, in their order.
 enum class TReportSection { Unassigned, WithoutUpdate, Gt10Exchanges };
 inline constexpr std::size_t CReportSectionCount = 3;
+inline constexpr TReportSection CReportSections[] = {TReportSection::Unassigned, TReportSection::WithoutUpdate,
+                                                     TReportSection::Gt10Exchanges};
+// "Unassigned", "Without update", "More than 10 exchanges".
+QString SectionName(TReportSection section);
 
 // What a date cell shows besides the date: nothing, or the age in whole hours or days.
 enum class TAge { None, Hours, Days };
@@ -63,6 +72,11 @@ struct TReportInput
   // The computed recipients listed at the end ("DEBUG" block), for a report that
   // goes to the default receivers only.
   bool ListRecipients = true;
+  // What the last sent report listed and the snoozes: with it the report opens
+  // with a summary of what changed, says since when each row is listed, leaves
+  // snoozed tickets out and ends with the tickets that left it. None: the report
+  // remembers nothing.
+  std::shared_ptr<const TFollowUpMemory> FollowUp;
 };
 
 // The rows of one section, in report order: tickets of the report's input by
@@ -118,6 +132,16 @@ struct TReportOutput
   std::int32_t NbGt10Exch = 0;
   std::array<TReportRows, CReportSectionCount> Rows; // the rows of each section
   QDateTime CurrentTime; // the clock reading every age counts from
+  // "Quorvex ITSM tickets follow-up", with a memory followed by the date and the counts.
+  QString Subject = CReportTitle;
+  // With a memory: since when each row is listed (beside Rows), the tickets
+  // that left the report, and the counts of the summary.
+  bool Remembers = false;
+  std::array<QList<TListing>, CReportSectionCount> Listings;
+  QList<TLeftTicket> Left;
+  std::array<std::int32_t, CReportSectionCount> NbNew{};
+  std::int32_t NbSnoozed = 0;
+  std::int32_t NbEscalated = 0;
 };
 
 // Builds the HTML report line by line, and its plain text beside it. Every value
@@ -137,9 +161,13 @@ public:
   // The parts, in the order Generate runs them.
   void Mail_01_AddHeader();
   void Mail_02_AddTitle();
+  // With a memory: what changed since the last sent report, then the escalated rows.
+  void AddSummary();
   void Mail_03_AddUnassigned();
   void Mail_04_AddWithoutUpdate();
   void Mail_05_Gt10Exchanges();
+  // With a memory: the tickets of the last sent report that this one does not list.
+  void AddLeft();
   void CompleteRecipients();
   void Mail_06_AddFooter();
 
@@ -151,9 +179,15 @@ private:
   // One of the user's text blocks, in the HTML and in the text; `value` replaces
   // `placeholder` (any case) in it.
   void AddLines(const QStringList &lines, const QString &placeholder = QString(), const QString &value = QString());
-  // The tickets of FIn that meet a section's rule and that the report keeps.
-  const TReportRows &SectionRows(TReportSection section, const std::function<bool(const tyRestTicket &)> &rule);
+  bool Meets(TReportSection section, const tyRestTicket &ticket) const;
+  // The tickets of FIn that meet a section's rule and that the report keeps
+  // (snoozed ones left out), chosen once per report.
+  const TReportRows &SectionRows(TReportSection section);
   void AddTable(TReportSection section);
+  // Chooses the rows of every section (and with a memory, their listings and
+  // the tickets that left), so that the summary can count them.
+  void SelectRows();
+  QString WhyLeft(const TListedEntry &was) const;
   // The section's "everything is OK" block, unless the retrieval was incomplete.
   void AddAllClear(const QStringList &lines);
   void TakeTeam(TRestId teamId);
@@ -165,4 +199,6 @@ private:
   QDateTime FCurrentTime; // the clock as read when the report began
   TReportOutput FOut;
   TReportText FText;
+  QSet<TRestId> FSnoozedRows; // snoozed tickets that meet a section's rule
+  std::array<bool, CReportSectionCount> FSelected{};
 };

@@ -32,7 +32,7 @@ TMailMessage ReportMessage(const TReportMail &mail, bool attachWorkbook, TColour
   TMailMessage message;
   message.To = mail.To;
   message.Cc = mail.Cc;
-  message.Subject = CReportSubject;
+  message.Subject = mail.Report.Subject;
   message.Html = mail.Report.HtmlContent.join(QStringLiteral("\r\n"));
   message.Text = mail.Report.Text;
   if (attachWorkbook && mail.RowCount() > 0)

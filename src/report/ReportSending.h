@@ -15,7 +15,6 @@ class TDeliveryJournal;
 class TStopRequest;
 struct TReportMail;
 
-inline const QString CReportSubject = QStringLiteral("Quorvex ITSM tickets follow-up");
 inline const QString CTestSubject = QStringLiteral("SMTP gateway test");
 inline const QString CTestBody = QStringLiteral(
     "This is an SMTP gateway test. If you can read this message, then the gateway is working correctly.");
@@ -59,7 +58,7 @@ struct TDeliveryResult
   int MailsSent = 0;
 };
 
-// Sends the mails in order, each built once as bytes (report subject, HTML and
+// Sends the mails in order, each built once as bytes (the report's subject, HTML and
 // plain-text renderings, with AttachWorkbook its rows as
 // tickets-follow-up-YYYYMMDD.xlsx when it has any), over one SMTP conversation
 // kept open while the server allows it, off this thread:

@@ -19,16 +19,6 @@ constexpr TDateTime CFirstSpreadsheetDay = 61;
 constexpr double CColumnWidth = 16;
 constexpr double CTitleWidth = 50;
 
-const char *SheetName(TReportSection section)
-{
-  switch (section) {
-  case TReportSection::Unassigned: return "Unassigned";
-  case TReportSection::WithoutUpdate: return "Without update";
-  case TReportSection::Gt10Exchanges: break;
-  }
-  return "More than 10 exchanges";
-}
-
 QString AgeHeader(TAge age, const char *since)
 {
   return (age == TAge::Hours ? QStringLiteral("Hours since ") : QStringLiteral("Days since ")) +
@@ -75,7 +65,7 @@ void WriteSection(lxw_workbook *workbook, TReportSection section, const TReportO
   const TReportRows &rows = report.Rows.at(static_cast<std::size_t>(section));
   if (rows.isEmpty())
     return;
-  lxw_worksheet *sheet = workbook_add_worksheet(workbook, SheetName(section));
+  lxw_worksheet *sheet = workbook_add_worksheet(workbook, SectionName(section).toUtf8().constData());
   const auto [withAssignedUser, creationAge, updateAge] = SectionLayout(section);
   QStringList headers{QStringLiteral("Organization"), QStringLiteral("Ticket"), QStringLiteral("Title"),
                       QStringLiteral("Assigned Team")};
@@ -88,11 +78,15 @@ void WriteSection(lxw_workbook *workbook, TReportSection section, const TReportO
   if (updateAge != TAge::None)
     headers << AgeHeader(updateAge, "update");
   headers << QStringLiteral("Priority") << QStringLiteral("Status");
+  if (report.Remembers)
+    headers << QStringLiteral("Listed since") << QStringLiteral("Reports in a row");
 
   TSheetWriter writer(sheet, dateFormat);
   for (const QString &header : headers)
     writer.Text(header, headerFormat);
-  for (const tyRestTicket &ticket : rows) {
+  const QList<TListing> &listings = report.Listings.at(static_cast<std::size_t>(section));
+  for (qsizetype row = 0; row < rows.size(); ++row) {
+    const tyRestTicket &ticket = rows[row];
     writer.NextRow();
     writer.Text(ticket.organization.name);
     writer.Number(ticket.id);
@@ -110,6 +104,10 @@ void WriteSection(lxw_workbook *workbook, TReportSection section, const TReportO
     }
     writer.Text(colours.GetPriorityText(ticket.priority.reference));
     writer.Text(ticket.status._reference);
+    if (report.Remembers) {
+      writer.Date(listings.at(row).Since);
+      writer.Number(listings.at(row).Reports);
+    }
   }
   const auto lastColumn = static_cast<lxw_col_t>(headers.size() - 1);
   worksheet_set_column(sheet, 0, lastColumn, CColumnWidth, nullptr);

@@ -130,6 +130,10 @@ public:
   // Why the people concerned by the last report could not be computed (the
   // operators query failed); empty when they were.
   const QString &RecipientsUnknown() const { return FRecipientsUnknown; }
+  // The last generated report (full, as the default receivers get it).
+  const TReportOutput &Report() const { return FReport; }
+  // Records the exit status of an unattended run with the report it sent, if any.
+  void NoteExitStatus(int status);
 
   // Trace log path: the settings folder + the executable name with ".log".
   QString TraceLogFile() const;
@@ -183,6 +187,11 @@ private:
   void TakeOperators(TRestResult<tyRestOperators> &&result, const QString &what);
   // The store beside the settings, opened at first use; none when it cannot be.
   TFollowUpStore *Store();
+  // What the report compares with, when it remembers (History); a store that
+  // cannot be read gives a first report, with a warning.
+  std::shared_ptr<const TFollowUpMemory> FollowUpMemory();
+  // Records the report just sent in the store's history.
+  void RecordSentReport(const TReportOutput &full, qsizetype mails, int mailsSent);
   // The value of a service call, its failure (if any) noted under `what`.
   template <class T> T Noted(TRestResult<T> &&result, const QString &what)
   {
@@ -221,4 +230,7 @@ private:
   const TStopRequest *FStop = nullptr;
   bool FResend = false;
   std::unique_ptr<TFollowUpStore> FStore;
+  // Organizations whose tickets the last retrieval could not give in full.
+  tyRestOrganizations FUncomparedOrganizations;
+  qint64 FRecordedReport = -1; // the store's key of the report this run sent
 };

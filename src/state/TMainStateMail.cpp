@@ -3,9 +3,11 @@
 #include "TMainState.h"
 
 #include "core/RunLog.h"
+#include "core/SettingsKeys.h"
 #include "core/Trace.h"
 #include "report/DeliveryJournal.h"
 #include "report/DeliveryPlan.h"
+#include "report/FollowUpHistory.h"
 #include "report/FollowUpStore.h"
 #include "report/MailReport.h"
 #include "report/ReportFiles.h"
@@ -60,6 +62,8 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
 
   // Only a report that goes to the default receivers lists the computed ones.
   input.ListRecipients = FDelivery.Mode == TDeliveryMode::Report;
+  input.FollowUp = FollowUpMemory();
+  FRecordedReport = -1;
   const QDateTime now = QDateTime::currentDateTime();
   TReportOutput report = TMailReport(input, Colours(), [now] { return now; }).Generate();
   FReportInput = input;
@@ -140,6 +144,9 @@ QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConf
                                    : QStringLiteral("Sending to %1…").arg(SmtpServerName(FSmtp)));
   const TDeliveryResult result = DeliverReport(FSmtp, plan.Mails, options, Colours());
   NoteWarnings(result.Warnings);
+  // Only a report that reached someone is one the next report compares with.
+  if (!FDryRun && result.MailsSent > 0)
+    RecordSentReport(plan.Mails.first().Report, plan.Mails.size(), result.MailsSent);
   for (const TDeliveryFailure &failure : result.Failures)
     FStepFailures.append(TStepFailure{failure.What, failure.Reason, QString()});
   TraceValue(lcApp(), "Mails", static_cast<int>(plan.Mails.size()));
@@ -154,4 +161,54 @@ TFollowUpStore *TMainState::Store()
     NoteWarnings(warnings);
   }
   return FStore.get();
+}
+
+std::shared_ptr<const TFollowUpMemory> TMainState::FollowUpMemory()
+{
+  if (!FDelivery.FollowUp.History)
+    return nullptr;
+  auto memory = std::make_shared<TFollowUpMemory>();
+  if (TFollowUpStore *store = Store()) {
+    TFollowUpHistory history(*store);
+    *memory = history.Memory();
+    NoteWarnings(history.Warnings());
+  }
+  memory->EscalateAfter = FDelivery.FollowUp.EscalateAfter;
+  for (const tyRestOrganization &organization : std::as_const(FUncomparedOrganizations)) {
+    memory->UncomparedOrganizations.insert(organization.id);
+    memory->UncomparedNames.append(organization.name);
+  }
+  return memory;
+}
+
+void TMainState::RecordSentReport(const TReportOutput &full, qsizetype mails, int mailsSent)
+{
+  TFollowUpStore *store = FReportInput.FollowUp ? Store() : nullptr;
+  if (!store)
+    return;
+  TRecordedRun run;
+  run.At = FReportTime;
+  for (const auto &[mode, name] : Setting::Delivery::ModeNames)
+    if (mode == FDelivery.Mode)
+      run.Mode = name;
+  run.Complete = FReportInput.RetrievalWarning.isEmpty() && FRecipientsUnknown.isEmpty();
+  for (std::size_t section = 0; section < CReportSectionCount; ++section) {
+    run.Counts[section] = static_cast<std::int32_t>(full.Rows[section].size());
+    run.New += full.NbNew[section];
+  }
+  run.Left = static_cast<std::int32_t>(full.Left.size());
+  run.MailsSent = mailsSent;
+  run.MailsNotSent = static_cast<std::int32_t>(mails) - mailsSent;
+  TFollowUpHistory history(*store);
+  FRecordedReport = history.Record(full, run, FReportInput.Tickets, *FReportInput.FollowUp);
+  NoteWarnings(history.Warnings());
+}
+
+void TMainState::NoteExitStatus(int status)
+{
+  if (FRecordedReport < 0 || !FStore)
+    return;
+  TFollowUpHistory history(*FStore);
+  history.SetExitStatus(FRecordedReport, status);
+  NoteWarnings(history.Warnings());
 }

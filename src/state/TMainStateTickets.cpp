@@ -16,6 +16,7 @@
 
 #include <QCoreApplication>
 #include <QScopeGuard>
+#include <QSet>
 #include <utility>
 #include <algorithm>
 
@@ -105,6 +106,8 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   const TraceScope trace(lcApp(), "TfrmMain.bbtGetTicketsClick");
   BeginServiceStep();
   FRetrievalAttempt = QDateTime::currentDateTime();
+  // Until the tickets came, none of them can be compared with the last report.
+  FUncomparedOrganizations = FSelectedOrganizations;
   const auto keepFailures = qScopeGuard([this] { FRetrievalFailures = FStepFailures; });
   if (!ServiceReady())
     return;
@@ -156,6 +159,7 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   tyRestTickets tickets;
   tyRestTickets english;
   QList<tyRestTickets> merged; // per organization
+  QSet<qsizetype> failedOrganizations; // by position in `organizations`
   // Each query's result, in order: counted, traced, logged, failures remembered,
   // and each organization's three lists merged once the last is in.
   FRest.GET_TicketsListsOpen(FICI, requested, [&](qsizetype index, TTicketQueryResult &&result) {
@@ -175,6 +179,7 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
     ++queries;
     if (result.Failed) {
       ++failedQueries;
+      failedOrganizations.insert(index / 3);
       Failed(kind == 0 ? name + QStringLiteral(" / open tickets") : label, result.Failure);
     }
     TraceValue(lcApp(), qPrintable(label), result.Tickets.size());
@@ -209,6 +214,13 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   FStepFailures.append(UnreadableDates(retrieved));
   FExtractionTickets = extraction;
   FTickets = std::move(retrieved);
+  FUncomparedOrganizations.clear();
+  for (qsizetype i = 0; i < organizations.size(); ++i)
+    if (failedOrganizations.contains(i))
+      FUncomparedOrganizations.append(organizations.at(i));
+  for (const tyRestOrganization &organization : std::as_const(FSelectedOrganizations))
+    if (organization.id <= 0)
+      FUncomparedOrganizations.append(organization);
   FTicketsGrid.SetTickets(FTickets);
 }
 

@@ -102,6 +102,8 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     log.append(LogLine(QStringLiteral(" - * Unassigned: ") + QString::number(state.FNbUnassigned)));
     log.append(LogLine(QStringLiteral(" - * Without update: ") + QString::number(state.FNbWithoutUpdate)));
     log.append(LogLine(QStringLiteral(" - * >10 exchanges: ") + QString::number(state.FNbGt10Exch)));
+    if (state.Report().Remembers && state.FDelivery.FollowUp.EscalateAfter >= 2)
+      log.append(LogLine(QStringLiteral(" - * Escalated: ") + QString::number(state.Report().NbEscalated)));
     log.append(LogLine(QStringLiteral(" - * To: ") + QString::number(state.FSlRecipientTo.size())));
     log.append(LogLine(QStringLiteral(" - * Cc: ") + QString::number(state.FSlRecipientCc.size())));
     log.append(LogLine(QStringLiteral(" - Send email")));
@@ -124,6 +126,7 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     status = CExitStepFailed;
   }
   echo.Flush();
+  state.NoteExitStatus(status);
   return SaveLog(state, status);
 }
 

@@ -34,7 +34,7 @@ TEST(CommandLine, RecognisedOptionsBareWordsAndRefusedTypos)
       {{"--deadline=45", "auto"}, true, false, false, 45, {}},
       // A typo is refused with the closest known option, never taken for "run".
       {{"--dryrun"}, false, false, false, 20, "unknown option --dryrun; did you mean --dry-run?"},
-      {{"--verbose", "auto", "--whatever"}, false, false, false, 20, "unknown option --whatever; did you mean --help?"},
+      {{"--verbose", "auto", "--whatever"}, false, false, false, 20, "unknown option --whatever; did you mean --wake?"},
       {{"-dry-run"}, true, false, true, 20, {}},
       {{"-verbos"}, false, false, false, 20, "unknown option -verbos; did you mean --verbose?"},
       {{"--deadlin=5"}, false, false, false, 20, "unknown option --deadlin; did you mean --deadline?"},
@@ -50,6 +50,42 @@ TEST(CommandLine, RecognisedOptionsBareWordsAndRefusedTypos)
               std::tuple(c.Unattended, c.Verbose, c.DryRun, c.DeadlineMinutes));
     EXPECT_TRUE(c.Error.isEmpty() ? line.Error.isEmpty() : line.Error.startsWith(c.Error)) << line.Error.toStdString();
   }
+}
+
+// The store's commands, one after the other on one settings folder: what each
+// prints and its exit status; a refused one changes nothing.
+TEST(Executable, SnoozeWakeSnoozedAndHistoryWorkOnTheStore)
+{
+  TTempConfig config;
+  const QString until = QDate::currentDate().addDays(7).toString(Qt::ISODate);
+  const QString shown = QDate::currentDate().addDays(7).toString("dd.MM.yyyy");
+  const struct
+  {
+    QStringList Arguments;
+    int Exit;
+    QString Out; // the start of standard output, or of standard error when refused
+  } steps[] = {
+      {{"--history"}, 0, "No report has been sent yet."},
+      {{"--snooze", "24012,24013", "--until", until}, 0, "Snoozed 2 ticket(s) until " + shown},
+      {{"--snooze", "24020", "--until-change"}, 0, "Snoozed 1 ticket(s) until they change"},
+      {{"--snooze", "24021"}, 64, "quorvex-followup: --snooze needs either --until DATE or --until-change"},
+      {{"--snooze", "x1", "--until-change"}, 64, "quorvex-followup: --snooze takes ticket ids"},
+      {{"--snooze", "5", "--until", "2001-01-01"}, 64, "quorvex-followup: --until takes a day after today"},
+      {{"--until-change"}, 64, "quorvex-followup: --until and --until-change go with --snooze LIST"},
+      {{"--history=0"}, 64, "quorvex-followup: --history takes a number of runs greater than 0"},
+      {{"--wake", "24013,99"}, 0, "Woke 1 ticket(s) up"},
+      {{"--snoozed"}, 0, "24012  until " + shown + "  by "},
+      {{"--history", "3", "--snoozed"}, 0, "24012"},
+  };
+  for (const auto &step : steps) {
+    SCOPED_TRACE(step.Arguments.join(' ').toStdString());
+    const TToolRun run = RunTool(step.Arguments, ToolEnvironment(config.Root()));
+    EXPECT_EQ(run.ExitCode, step.Exit) << run.Err.toStdString();
+    EXPECT_TRUE((step.Exit == 0 ? run.Out : run.Err).startsWith(step.Out)) << run.Out.toStdString() << run.Err.toStdString();
+  }
+  const QStringList snoozed = RunTool({"--snoozed"}, ToolEnvironment(config.Root())).Out.split('\n', Qt::SkipEmptyParts);
+  ASSERT_EQ(snoozed.size(), 2);
+  EXPECT_TRUE(snoozed[1].startsWith("24020  until it changes  by "));
 }
 
 TEST(Executable, VersionAndHelpAnswerAtOnce)

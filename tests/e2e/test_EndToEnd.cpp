@@ -436,8 +436,10 @@ TEST_P(DeliveryEndToEnd, EveryMailGoesToItsHeadersWithItsRowsAttached)
       const QJsonArray unassigned = sheets["Unassigned"];
       EXPECT_EQ(unassigned.first().toArray().toVariantList(),
                 (QVariantList{"Organization", "Ticket", "Title", "Assigned Team", "Creation Date",
-                              "Hours since creation", "Last Update", "Priority", "Status"}));
+                              "Hours since creation", "Last Update", "Priority", "Status", "Listed since",
+                              "Reports in a row"}));
       EXPECT_TRUE(unassigned[1][1].isDouble());
+      EXPECT_EQ(unassigned[1][10].toInt(), 1); // the first report: every row is new
       EXPECT_TRUE(QDateTime::fromString(unassigned[1][4].toString(), Qt::ISODate).isValid());
       EXPECT_TRUE(unassigned[1][5].isDouble());
       const QStringList ids = Column(unassigned, "Ticket");

@@ -4,6 +4,7 @@
 #include "tickets/gui/TfrmLoading.h"
 #include "support/TempConfig.h"
 
+#include <QSpinBox>
 #include <QApplication>
 #include <QCheckBox>
 #include <QLineEdit>
@@ -166,6 +167,9 @@ TEST(SmtpDialogTest, OkCopiesTheEditedValuesBackTrimmingOnlyServerAndUser)
     dialog->ledtFrom->setText("robot@other.example");
     dialog->rbtModePersonal->click();
     dialog->chkAttachWorkbook->click();
+    EXPECT_TRUE(dialog->chkHistory->isChecked());
+    dialog->spnEscalateAfter->setValue(3);
+    dialog->ledtEscalateTo->setText("boss@x.example");
     dialog->findChild<QPushButton *>("bbtOk")->click();
   });
   EXPECT_TRUE(ConfigureSMTPserver(smtp, delivery));
@@ -178,4 +182,6 @@ TEST(SmtpDialogTest, OkCopiesTheEditedValuesBackTrimmingOnlyServerAndUser)
   EXPECT_EQ(delivery.Mode, TDeliveryMode::Personal);
   EXPECT_TRUE(delivery.SkipWhenClear);
   EXPECT_TRUE(delivery.AttachWorkbook);
+  EXPECT_EQ(std::tuple(delivery.FollowUp.History, delivery.FollowUp.EscalateAfter, delivery.FollowUp.EscalateTo),
+            std::tuple(true, 3, QString("boss@x.example")));
 }

@@ -15,6 +15,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QRadioButton>
+#include <QSpinBox>
 #include <QHBoxLayout>
 #include <QInputDialog>
 #include <QLineEdit>
@@ -136,6 +137,25 @@ TfrmSMTP::TfrmSMTP(QWidget *parent, TTestActions actions) : QDialog(parent), FAc
   deliveryLayout->addWidget(chkSkipWhenClear);
   deliveryLayout->addWidget(chkAttachWorkbook);
 
+  chkHistory = new QCheckBox(QStringLiteral("Compare with the last report sent (new, listed since, left)"));
+  chkHistory->setObjectName(QStringLiteral("chkHistory"));
+  spnEscalateAfter = new QSpinBox;
+  spnEscalateAfter->setObjectName(QStringLiteral("spnEscalateAfter"));
+  spnEscalateAfter->setRange(0, 999);
+  spnEscalateAfter->setSpecialValueText(QStringLiteral("never"));
+  ledtEscalateTo = new QLineEdit;
+  ledtEscalateTo->setObjectName(QStringLiteral("ledtEscalateTo"));
+  ledtEscalateTo->setPlaceholderText(QStringLiteral("the default receiver \"To\""));
+  auto *followUp = new QGroupBox(QStringLiteral("Follow-up"));
+  followUp->setObjectName(QStringLiteral("grpFollowUp"));
+  auto *followUpLayout = new QFormLayout(followUp);
+  followUpLayout->addRow(chkHistory);
+  followUpLayout->addRow(QStringLiteral("Escalate after (reports in a row)"), spnEscalateAfter);
+  followUpLayout->addRow(QStringLiteral("Escalate to"), ledtEscalateTo);
+  // Escalation compares reports: nothing to set without the history.
+  connect(chkHistory, &QCheckBox::toggled, spnEscalateAfter, &QWidget::setEnabled);
+  connect(chkHistory, &QCheckBox::toggled, ledtEscalateTo, &QWidget::setEnabled);
+
   BitBtn1 = new QPushButton(QStringLiteral("Test"));
   BitBtn1->setObjectName(QStringLiteral("BitBtn1"));
   BitBtn1->setAutoDefault(false);
@@ -153,6 +173,7 @@ TfrmSMTP::TfrmSMTP(QWidget *parent, TTestActions actions) : QDialog(parent), FAc
   auto *layout = new QVBoxLayout(this);
   layout->addLayout(form);
   layout->addWidget(delivery);
+  layout->addWidget(followUp);
   layout->addSpacing(8);
   layout->addLayout(bottom);
   layout->setSizeConstraint(QLayout::SetFixedSize); // fixed dialog border
@@ -165,6 +186,11 @@ void TfrmSMTP::Fill(const tySMTPserver &smtp, const tyDelivery &delivery)
   rbtModePersonal->setChecked(delivery.Mode == TDeliveryMode::Personal);
   chkSkipWhenClear->setChecked(delivery.SkipWhenClear);
   chkAttachWorkbook->setChecked(delivery.AttachWorkbook);
+  chkHistory->setChecked(delivery.FollowUp.History);
+  spnEscalateAfter->setValue(delivery.FollowUp.EscalateAfter);
+  ledtEscalateTo->setText(delivery.FollowUp.EscalateTo);
+  spnEscalateAfter->setEnabled(delivery.FollowUp.History);
+  ledtEscalateTo->setEnabled(delivery.FollowUp.History);
   ledtServer->setText(smtp.Server);
   ledtPort->setText(QString::number(smtp.Port));
   chkSSL->setChecked(smtp.UseSSL);
@@ -200,6 +226,7 @@ tyDelivery TfrmSMTP::DeliveryValues() const
                                                   : TDeliveryMode::Report;
   delivery.SkipWhenClear = chkSkipWhenClear->isChecked();
   delivery.AttachWorkbook = chkAttachWorkbook->isChecked();
+  delivery.FollowUp = {chkHistory->isChecked(), spnEscalateAfter->value(), ledtEscalateTo->text()};
   return delivery;
 }
 

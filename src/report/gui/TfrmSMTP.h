@@ -10,12 +10,14 @@ class QDialogButtonBox;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
+class QSpinBox;
 
 // The SMTP settings: server, port, SSL, login, default receivers and sender
 // address, with a "Test" button that sends the gateway test message with the
 // values being edited, before they are kept; and the delivery of the report:
 // who receives what, whether a clear report is sent, whether the rows are
-// attached as a workbook.
+// attached as a workbook; and the follow-up: whether the report compares with
+// the last one sent, and its escalation.
 class TfrmSMTP : public QDialog
 {
   Q_OBJECT
@@ -61,6 +63,9 @@ public:
   QRadioButton *rbtModePersonal;
   QCheckBox *chkSkipWhenClear;
   QCheckBox *chkAttachWorkbook;
+  QCheckBox *chkHistory;
+  QSpinBox *spnEscalateAfter;
+  QLineEdit *ledtEscalateTo;
   QPushButton *BitBtn1;
 
   // No closing (Cancel, Escape, close box) while the test message is on its way.
