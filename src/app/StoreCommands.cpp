@@ -9,20 +9,10 @@
 #include <QCoreApplication>
 #include <cstdio>
 #include <optional>
-#include <pwd.h>
-#include <unistd.h>
 
 namespace {
 
 void Print(FILE *stream, const QString &text) { std::fputs(qPrintable(text + u'\n'), stream); }
-
-// Who snoozes: the account the program runs under.
-QString Person()
-{
-  if (const passwd *account = getpwuid(getuid()))
-    return QString::fromLocal8Bit(account->pw_name);
-  return QString::number(getuid());
-}
 
 } // namespace
 
@@ -53,7 +43,7 @@ int RunStoreCommand(const TCommandLine &line, const QString &exeFileName)
   TFollowUpHistory history(*store);
   const QDateTime now = QDateTime::currentDateTime();
   for (const std::int64_t ticket : line.Snooze)
-    history.Snooze({ticket, line.Until, line.UntilChange, false, {}, {}, 0, Person(), now});
+    history.Snooze({ticket, line.Until, line.UntilChange, false, {}, {}, 0, SnoozingPerson(), now});
   if (!line.Snooze.isEmpty())
     Print(stdout, QStringLiteral("Snoozed %1 ticket(s) %2").arg(line.Snooze.size()).arg(
                       line.UntilChange ? QStringLiteral("until they change")

@@ -16,6 +16,7 @@
 #include "tickets/gui/TfrmStatusPriorities.h"
 #include "FailureBox.h"
 #include "TfrmAbout.h"
+#include "TfrmSnooze.h"
 #include "TicketsView.h"
 
 #include <QGuiApplication>
@@ -31,6 +32,7 @@
 #include <QScopeGuard>
 #include <QScreen>
 #include <QStatusBar>
+#include <QTableView>
 #include <QStyle>
 #include <QTime>
 #include <QToolButton>
@@ -105,6 +107,8 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
   buttons->addWidget(FIconRow);
 
   auto *ticketsView = new TTicketsView(FState.FTicketsGrid, central);
+  connect(ticketsView->asgTickets, &QWidget::customContextMenuRequested, this,
+          [this, ticketsView](const QPoint &position) { GridContextMenu(*ticketsView, position); });
 
   layout->addWidget(FButtonPanel);
   layout->addWidget(ticketsView, 1);
@@ -120,6 +124,28 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
 }
 
 TfrmMain::~TfrmMain() = default;
+
+void TfrmMain::GridContextMenu(TTicketsView &view, const QPoint &position)
+{
+  const QList<TRestId> tickets = view.SelectedTickets();
+  if (tickets.isEmpty() || FStepRunning)
+    return;
+  QMenu menu(this);
+  menu.setObjectName(QStringLiteral("mnuGrid"));
+  QAction *snooze = menu.addAction(tr("Snooze…"));
+  QAction *wake = menu.addAction(tr("Wake up"));
+  wake->setEnabled(view.AnySnoozedSelected());
+  const QAction *chosen = menu.exec(view.asgTickets->viewport()->mapToGlobal(position));
+  QDate until;
+  if (chosen == snooze && AskSnooze(static_cast<int>(tickets.size()), until, this) &&
+      FState.SnoozeTickets(tickets, until))
+    statusBar()->showMessage(tr("%1 ticket(s) snoozed %2; the next report leaves them out")
+                                 .arg(tickets.size())
+                                 .arg(until.isValid() ? tr("until %1").arg(until.toString(QStringLiteral("dd.MM.yyyy")))
+                                                      : tr("until they change")));
+  else if (chosen == wake && FState.WakeTickets(tickets))
+    statusBar()->showMessage(tr("%1 ticket(s) back on the report").arg(tickets.size()));
+}
 
 void TfrmMain::bbtGetTicketsClick()
 {

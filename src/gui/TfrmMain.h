@@ -9,6 +9,7 @@
 class QLabel;
 class QToolButton;
 class TMainState;
+class TTicketsView;
 class TWindowProgress;
 
 // The main window: one button per step, the mode image and the ticket grid. It
@@ -60,6 +61,8 @@ private:
   void bbtSaveGridClick();
   void bbtAboutClick();
   void bbtAboutContextMenu(const QPoint &position);
+  // "Snooze…" and "Wake up" for the selected rows of the grid.
+  void GridContextMenu(TTicketsView &view, const QPoint &position);
 
   QToolButton *AddStepButton(const char *objectName, const QString &caption, const QString &icon);
   QToolButton *AddIconButton(const char *objectName, const QString &toolTip, const QString &icon);

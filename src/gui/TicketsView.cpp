@@ -3,6 +3,7 @@
 #include "tickets/TicketsModel.h"
 
 #include <QApplication>
+#include <QFont>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -40,6 +41,14 @@ public:
     if (role == Qt::DecorationRole && index.column() == TTicketsModel::colType &&
         QSortFilterProxyModel::data(index, TTicketsModel::TenExchangesRole).toBool())
       return FFlag;
+    // New on the report: bold; snoozed: greyed.
+    if (role == Qt::FontRole && QSortFilterProxyModel::data(index, TTicketsModel::NewRole).toBool()) {
+      QFont bold;
+      bold.setBold(true);
+      return bold;
+    }
+    if (role == Qt::ForegroundRole && QSortFilterProxyModel::data(index, TTicketsModel::SnoozedRole).toBool())
+      return QApplication::palette().brush(QPalette::Disabled, QPalette::Text);
     return QSortFilterProxyModel::data(index, role);
   }
 
@@ -70,6 +79,7 @@ TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
   asgTickets->setAlternatingRowColors(true);
   asgTickets->setSelectionBehavior(QAbstractItemView::SelectRows);
   asgTickets->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  asgTickets->setContextMenuPolicy(Qt::CustomContextMenu);
   QHeaderView *header = asgTickets->horizontalHeader();
   header->setHighlightSections(false);
   QFont headerFont = header->font();
@@ -96,6 +106,21 @@ TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
     setCurrentWidget(grid);
     FitColumns();
   });
+}
+
+QList<TRestId> TTicketsView::SelectedTickets() const
+{
+  QList<TRestId> tickets;
+  for (const QModelIndex &row : asgTickets->selectionModel()->selectedRows())
+    tickets.append(row.data(TTicketsModel::TicketIdRole).toLongLong());
+  return tickets;
+}
+
+bool TTicketsView::AnySnoozedSelected() const
+{
+  const QModelIndexList rows = asgTickets->selectionModel()->selectedRows();
+  return std::any_of(rows.cbegin(), rows.cend(),
+                     [](const QModelIndex &row) { return row.data(TTicketsModel::SnoozedRole).toBool(); });
 }
 
 void TTicketsView::FitColumns()

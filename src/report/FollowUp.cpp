@@ -1,5 +1,8 @@
 #include "FollowUp.h"
 
+#include <pwd.h>
+#include <unistd.h>
+
 #include "MailReport.h"
 
 bool TSnooze::Holds(const tyRestTicket &ticket, QDate today) const
@@ -59,3 +62,10 @@ QString ListedText(const TListing &listing)
 }
 
 QString ReportDate(const QDate &date) { return date.toString(QStringLiteral("dd.MM.yyyy")); }
+
+QString SnoozingPerson()
+{
+  if (const passwd *account = getpwuid(getuid()))
+    return QString::fromLocal8Bit(account->pw_name);
+  return QString::number(getuid());
+}

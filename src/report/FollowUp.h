@@ -98,5 +98,8 @@ struct TLeftTicket
   QString Why; // "assigned", "updated", "no longer open", "status now exempt", ...
 };
 
+// Who snoozes: the account the program runs under.
+QString SnoozingPerson();
+
 // The date as the report writes it: "24.11.2026".
 QString ReportDate(const QDate &date);

@@ -135,6 +135,12 @@ public:
   // Records the exit status of an unattended run with the report it sent, if any.
   void NoteExitStatus(int status);
 
+  // Takes `tickets` of the grid off the report until `until` (invalid: until
+  // each changes), or puts them back; the grid's marks follow. The snoozes live
+  // in the store beside the settings. Returns false (and warns) without one.
+  bool SnoozeTickets(const QList<TRestId> &tickets, QDate until);
+  bool WakeTickets(const QList<TRestId> &tickets);
+
   // Trace log path: the settings folder + the executable name with ".log".
   QString TraceLogFile() const;
 
@@ -190,6 +196,10 @@ private:
   // What the report compares with, when it remembers (History); a store that
   // cannot be read gives a first report, with a warning.
   std::shared_ptr<const TFollowUpMemory> FollowUpMemory();
+  // The grid's follow-up marks: the snoozes in force and, for the tickets of
+  // `report` (when given), since when each row is listed; else what the last
+  // sent report listed.
+  void MarkGrid(const TReportOutput *report = nullptr);
   // Records the report just sent in the store's history.
   void RecordSentReport(const TReportOutput &full, qsizetype mails, int mailsSent);
   // The value of a service call, its failure (if any) noted under `what`.

@@ -77,6 +77,8 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
   FNbUnassigned = report.NbUnassigned;
   FNbWithoutUpdate = report.NbWithoutUpdate;
   FNbGt10Exch = report.NbGt10Exch;
+  if (!FAutomatic)
+    MarkGrid(&report);
 
   // Unattended, the report files are written only by a dry run, and never shown.
   if (FAutomatic && !FDryRun)
@@ -211,4 +213,60 @@ void TMainState::NoteExitStatus(int status)
   TFollowUpHistory history(*FStore);
   history.SetExitStatus(FRecordedReport, status);
   NoteWarnings(history.Warnings());
+}
+
+void TMainState::MarkGrid(const TReportOutput *report)
+{
+  const std::shared_ptr<const TFollowUpMemory> memory = report ? FReportInput.FollowUp : FollowUpMemory();
+  QHash<TRestId, TTicketsModel::TFollowUpMark> marks;
+  if (memory) {
+    const QDate today = QDate::currentDate();
+    for (const tyRestTicket &ticket : std::as_const(FTickets))
+      if (const TSnooze *snooze = memory->SnoozeOf(ticket.id); snooze && snooze->Holds(ticket, today))
+        marks[ticket.id].Snoozed = snooze->UntilText();
+    if (report) {
+      for (std::size_t section = 0; section < CReportSectionCount; ++section)
+        for (qsizetype row = 0; row < report->Listings[section].size(); ++row) {
+          const TListing &listing = report->Listings[section][row];
+          TTicketsModel::TFollowUpMark &mark = marks[report->Rows[section][row].id];
+          mark.New = mark.New || listing.New;
+          if (mark.Listed.isEmpty() || !listing.New)
+            mark.Listed = ListedText(listing);
+        }
+    } else {
+      for (const TListedEntry &entry : memory->Previous)
+        marks[entry.Ticket].Listed = ListedText({false, entry.Since, entry.Reports, false});
+    }
+  }
+  FTicketsGrid.SetFollowUp(std::move(marks));
+}
+
+bool TMainState::SnoozeTickets(const QList<TRestId> &tickets, QDate until)
+{
+  TFollowUpStore *store = Store();
+  if (!store) {
+    Warn({QStringLiteral("Snoozes are kept in %1, which cannot be opened").arg(OutputBase() + QStringLiteral(".db"))});
+    return false;
+  }
+  TFollowUpHistory history(*store);
+  for (const TRestId id : tickets) {
+    const auto ticket = std::find_if(FTickets.cbegin(), FTickets.cend(), [id](const tyRestTicket &t) { return t.id == id; });
+    TSnooze snooze{id, until, !until.isValid(), false, {}, {}, 0, SnoozingPerson(), QDateTime::currentDateTime()};
+    history.Snooze(snooze, ticket == FTickets.cend() ? nullptr : &*ticket);
+  }
+  NoteWarnings(history.Warnings());
+  MarkGrid();
+  return history.Warnings().isEmpty();
+}
+
+bool TMainState::WakeTickets(const QList<TRestId> &tickets)
+{
+  TFollowUpStore *store = Store();
+  if (!store)
+    return false;
+  TFollowUpHistory history(*store);
+  history.Wake(tickets);
+  NoteWarnings(history.Warnings());
+  MarkGrid();
+  return history.Warnings().isEmpty();
 }

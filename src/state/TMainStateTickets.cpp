@@ -222,6 +222,8 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
     if (organization.id <= 0)
       FUncomparedOrganizations.append(organization);
   FTicketsGrid.SetTickets(FTickets);
+  if (!FAutomatic)
+    MarkGrid();
 }
 
 void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const TChooseOrga &chooseOrga)

@@ -7,7 +7,8 @@ const QStringList CHeaders{QStringLiteral("Type"),         QStringLiteral("Id"),
                            QStringLiteral("Organization"), QStringLiteral("Priority"),
                            QStringLiteral("Title"),        QStringLiteral("CreationDate"),
                            QStringLiteral("Status"),       QStringLiteral("Assigned Team"),
-                           QStringLiteral("Assigned User"), QStringLiteral("Last Update")};
+                           QStringLiteral("Assigned User"), QStringLiteral("Last Update"),
+                           QStringLiteral("Listed")};
 // A date of the grid; an unknown one (a stamp that could not be read) is empty.
 QString DateText(const QDateTime &moment) { return moment.isValid() ? DateTimeToStr(moment) : QString(); }
 } // namespace
@@ -26,6 +27,13 @@ void TTicketsModel::SetTickets(const tyRestTickets &tickets)
   FTickets = tickets;
   FDates = std::move(dates);
   endResetModel();
+}
+
+void TTicketsModel::SetFollowUp(QHash<TRestId, TFollowUpMark> marks)
+{
+  FMarks = std::move(marks);
+  if (!FTickets.isEmpty())
+    emit dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
 }
 
 int TTicketsModel::rowCount(const QModelIndex &parent) const
@@ -47,6 +55,9 @@ QVariant TTicketsModel::data(const QModelIndex &index, int role) const
   case Qt::DisplayRole:
   case Qt::EditRole: break;
   case TenExchangesRole: return ticket.tenExchangesAdded;
+  case NewRole: return FMarks.value(ticket.id).New;
+  case SnoozedRole: return !FMarks.value(ticket.id).Snoozed.isEmpty();
+  case TicketIdRole: return qlonglong(ticket.id);
   case Qt::ToolTipRole: return ticket.tenExchangesAdded ? QVariant(CTenExchangesTip) : QVariant();
   case Qt::TextAlignmentRole:
     return index.column() == colId ? QVariant(int(Qt::AlignRight | Qt::AlignVCenter)) : QVariant();
@@ -66,6 +77,10 @@ QVariant TTicketsModel::data(const QModelIndex &index, int role) const
   case colAssignedUser: return ticket.assignedUser.name;
   case colLastUpdate:
     return role == Qt::DisplayRole ? QVariant(DateText(row.LastUpdate)) : QVariant(row.LastUpdate);
+  case colListed: {
+    const TFollowUpMark mark = FMarks.value(ticket.id);
+    return mark.Snoozed.isEmpty() ? mark.Listed : QStringLiteral("snoozed ") + mark.Snoozed;
+  }
   default: return {};
   }
 }

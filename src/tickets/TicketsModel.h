@@ -4,9 +4,11 @@
 #include "rest/uTypes.h"
 
 #include <QAbstractTableModel>
+#include <QHash>
 #include <QList>
 
-// The ticket grid: one row a ticket, ten columns. The Id column holds integers and
+// The ticket grid: one row a ticket, eleven columns, the last saying since when
+// the report lists the ticket or until when it is snoozed. The Id column holds integers and
 // the two date columns date-times (converted from the service's time stamps when
 // the tickets are set), so that views sort and the workbook export writes them as
 // numbers and dates. Numbers are right-aligned; a ticket on which the supervisor
@@ -17,10 +19,24 @@ class TTicketsModel : public QAbstractTableModel
 
 public:
   enum TColumn { colType, colId, colOrganization, colPriority, colTitle, colCreationDate, colStatus,
-                 colAssignedTeam, colAssignedUser, colLastUpdate, ColumnCount };
+                 colAssignedTeam, colAssignedUser, colLastUpdate, colListed, ColumnCount };
 
   // true for a ticket flagged for the ten-exchanges notice
   static constexpr int TenExchangesRole = Qt::UserRole + 1;
+  // true for a ticket new on the report; true for a ticket taken off it (snoozed)
+  static constexpr int NewRole = Qt::UserRole + 2;
+  static constexpr int SnoozedRole = Qt::UserRole + 3;
+  // The id of the row's ticket, whatever the column.
+  static constexpr int TicketIdRole = Qt::UserRole + 4;
+
+  // What the follow-up says of a ticket: since when the report lists it ("new",
+  // "since 18.11.2026, 5 reports"), or until when it is snoozed.
+  struct TFollowUpMark
+  {
+    QString Listed;
+    bool New = false;
+    QString Snoozed; // "until 01.12.2026", "until it changes"; empty when not snoozed
+  };
   static const QString CTenExchangesTip;
 
   using QAbstractTableModel::QAbstractTableModel;
@@ -28,6 +44,8 @@ public:
   // Replaces every row. Raises ERangeError for a time stamp whose numbers do not
   // fit, before anything is replaced.
   void SetTickets(const tyRestTickets &tickets);
+  // Replaces the follow-up marks (by ticket id); the tickets stay.
+  void SetFollowUp(QHash<TRestId, TFollowUpMark> marks);
 
   int rowCount(const QModelIndex &parent = QModelIndex()) const override;
   int columnCount(const QModelIndex &parent = QModelIndex()) const override;
@@ -42,4 +60,5 @@ private:
   };
   tyRestTickets FTickets; // shares the caller's list, no copy of the tickets
   QList<TDates> FDates;
+  QHash<TRestId, TFollowUpMark> FMarks;
 };

@@ -3,6 +3,7 @@
 #include "state/TMainState.h"
 #include "support/OfflineRest.h"
 #include "support/TempConfig.h"
+#include "tickets/TicketsModel.h"
 #include "tickets/gui/TfrmLoading.h"
 
 #include <QApplication>
@@ -10,6 +11,8 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QLabel>
+#include <QMenu>
+#include <QRadioButton>
 #include <QMessageBox>
 #include <QStatusBar>
 #include <QTableView>
@@ -218,4 +221,43 @@ TEST_F(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)
   EXPECT_TRUE(FWindow->bbtGetTickets->isEnabled());
   EXPECT_TRUE(FWindow->bbtClose->isEnabled());
   EXPECT_TRUE(FWindow->close());
+}
+
+// A right click on the grid takes the selected tickets off the report until they
+// change, and puts them back; the grid shows it at once.
+TEST_F(MainWindow, TheGridsMenuSnoozesAndWakesTheSelectedTickets)
+{
+  FState.FTickets = {Ticket(24012, "printer", false), Ticket(24013, "vpn", false)};
+  FState.FTicketsGrid.SetTickets(FState.FTickets);
+  auto *grid = FWindow->findChild<QTableView *>("asgTickets");
+  grid->selectRow(1);
+  const QModelIndex listed = grid->model()->index(1, TTicketsModel::colListed);
+  // Picks an action of the grid's menu, then answers the dialog it opens.
+  auto choose = [grid](const QString &action, bool untilChange) {
+    QTimer::singleShot(0, [action, untilChange] {
+      auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+      ASSERT_NE(menu, nullptr);
+      for (QAction *item : menu->actions())
+        if (item->text() == action)
+          menu->setActiveAction(item);
+      QTest::keyClick(menu, Qt::Key_Return);
+      if (action != "Snooze…")
+        return;
+      QTimer::singleShot(0, [untilChange] {
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        if (untilChange)
+          dialog->findChild<QRadioButton *>("rbtUntilChange")->setChecked(true);
+        QTest::keyClick(dialog, Qt::Key_Return);
+      });
+    });
+    emit grid->customContextMenuRequested(grid->visualRect(grid->model()->index(1, 1)).center());
+  };
+  choose("Snooze…", true);
+  EXPECT_EQ(listed.data().toString(), "snoozed until it changes");
+  EXPECT_EQ(FWindow->statusBar()->currentMessage(), "1 ticket(s) snoozed until they change; the next report leaves them out");
+  EXPECT_EQ(grid->model()->index(0, TTicketsModel::colListed).data().toString(), "");
+  choose("Wake up", false);
+  EXPECT_EQ(listed.data().toString(), "");
+  EXPECT_EQ(FWindow->statusBar()->currentMessage(), "1 ticket(s) back on the report");
 }

@@ -29,13 +29,13 @@ tyRestTicket Ticket(std::int32_t id, const QString &title, const QString &create
 
 } // namespace
 
-TEST(TicketsGrid, TenColumnsWithTypedCells)
+TEST(TicketsGrid, ElevenColumnsWithTypedCells)
 {
   const TScopedTimeZone paris("Europe/Paris");
   TTicketsModel model;
   QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
   EXPECT_EQ(model.rowCount(), 0);
-  EXPECT_EQ(model.columnCount(), 10);
+  EXPECT_EQ(model.columnCount(), 11);
 
   model.SetTickets({Ticket(4521, "Printer <b>down</b>", "2024-03-15T08:30:00.123Z", ""),
                     Ticket(17, "VPN", "2024-03-16T09:00:00.000Z", "2024-03-17T10:15:00.000+01:00")});
@@ -51,6 +51,26 @@ TEST(TicketsGrid, TenColumnsWithTypedCells)
   EXPECT_EQ(model.data(model.index(0, TTicketsModel::colLastUpdate)).toString(), "");
   EXPECT_EQ(model.data(model.index(1, TTicketsModel::colLastUpdate), Qt::EditRole).toDateTime(),
             QDateTime(QDate(2024, 3, 17), QTime(10, 15)));
+}
+
+// What the follow-up says of each row: since when it is listed, new rows
+// marked, snoozed rows with their end; the tickets themselves stay.
+TEST(TicketsGrid, FollowUpMarksShowSinceWhenAndSnoozes)
+{
+  TTicketsModel model;
+  QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+  model.SetTickets({Ticket(1, "a", "", ""), Ticket(2, "b", "", ""), Ticket(3, "c", "", "")});
+  model.SetFollowUp({{1, {"new", true, {}}}, {2, {"since 18.11.2026, 5 reports", false, {}}},
+                     {3, {"since 20.11.2026, 3 reports", false, "until 01.12.2026"}}});
+  QStringList shown;
+  for (int row = 0; row < 3; ++row)
+    shown.append(model.data(model.index(row, TTicketsModel::colListed)).toString() + " | " +
+                 QString::number(model.data(model.index(row, 0), TTicketsModel::NewRole).toBool()) +
+                 QString::number(model.data(model.index(row, 0), TTicketsModel::SnoozedRole).toBool()) + " | " +
+                 model.data(model.index(row, 4), TTicketsModel::TicketIdRole).toString());
+  EXPECT_EQ(shown, (QStringList{"new | 10 | 1", "since 18.11.2026, 5 reports | 00 | 2",
+                                "snoozed until 01.12.2026 | 01 | 3"}));
+  EXPECT_EQ(model.headerData(TTicketsModel::colListed, Qt::Horizontal).toString(), "Listed");
 }
 
 TEST(TicketsGrid, ABadTimeStampIsAnUnknownDateAndTheTicketIsListed)
@@ -78,7 +98,7 @@ TEST(GridExport, WorkbookHoldsHeadersNumbersAndDates)
   const QJsonArray sheets = ReadWorkbook(file.readAll());
   ASSERT_EQ(sheets.size(), 1);
   EXPECT_EQ(sheets[0]["freeze"].toString(), "A2");
-  EXPECT_EQ(sheets[0]["filter"].toString(), "A1:J2");
+  EXPECT_EQ(sheets[0]["filter"].toString(), "A1:K2");
   const QJsonArray rows = sheets[0]["rows"].toArray();
   ASSERT_EQ(rows.size(), 2);
   EXPECT_EQ(rows[0][0].toString(), "Type");
