@@ -106,6 +106,9 @@ TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
     setCurrentWidget(grid);
     FitColumns();
   });
+  // The follow-up's marks come after the tickets: their column fits them then.
+  connect(&tickets, &QAbstractItemModel::dataChanged, this,
+          [this] { asgTickets->resizeColumnToContents(TTicketsModel::colListed); });
 }
 
 QList<TRestId> TTicketsView::SelectedTickets() const
