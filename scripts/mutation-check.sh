@@ -43,6 +43,7 @@ mutations=(
   "copies compared with their case|src/report/DeliveryPlan.cpp|s/if \(!list.contains\(address, Qt::CaseInsensitive\)/if (!list.contains(address, Qt::CaseSensitive)/|test_delivery_plan|^DeliveryPlanTest\."
   "a digest's person found by case|src/report/DeliveryPlan.cpp|s/op.notificationEmail.compare\(address, Qt::CaseInsensitive\) == 0/op.notificationEmail == address/|test_delivery_plan|^DeliveryPlanTest\."
   "SkipWhenClear skips an incomplete retrieval|src/report/DeliveryPlan.cpp|s/return input.RetrievalWarning.isEmpty\(\) && /return /|test_delivery_plan|^DeliveryPlanTest\."
+  "a report nobody received remembered|src/state/TMainStateMail.cpp|s/if \(!FDryRun && result.MailsSent > 0\)/if (!FDryRun)/|test_follow_up|^FollowUpTest\."
   "full report sent after the digests|src/report/DeliveryPlan.cpp|s/QList<TReportMail>\{full\} \+ digests/digests + QList<TReportMail>{full}/|test_delivery_plan|^DeliveryPlanTest\."
   "control characters let into addresses|src/report/MailAddress.cpp|s/if \(HasControlCharacter\(text\)\)/if (false)/|test_delivery_plan|^MailAddress\."
   "an operators error answer read as nobody|src/rest/dRestReference.cpp|s/if \(FLastStatus \/ 100 != 2\) \{\n      Fail/if (false) {\n      Fail/|test_rest_reference|^ReferenceQueries\."

@@ -187,6 +187,15 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
       << history[1].toStdString();
 }
 
+// A report nobody received is not one the next report compares with.
+TEST_F(FollowUpTest, AReportWhoseEveryMailFailedIsNotRemembered)
+{
+  FState->FSmtp.Port = UnusedPort();
+  TUnattendedOptions options;
+  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitStepFailed);
+  EXPECT_TRUE(History().LastRuns(10).isEmpty());
+}
+
 TEST(LibraryVersions, NameSqliteWithTheVersionOfItsDriver)
 {
   const auto versions = LibraryVersions();
