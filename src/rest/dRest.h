@@ -101,7 +101,7 @@ private:
   // The call's value with the failure it met, which the next call no longer sees.
   template <class T> TRestResult<T> Finish(T value)
   {
-    return {std::move(value), std::exchange(FCallFailure, std::nullopt)};
+    return {std::move(value), std::exchange(FCallFailure, std::nullopt), {}};
   }
   // Writes the error trace and remembers the failure: an answer refused by its
   // HTTP status, or else an answer not understood.

@@ -68,7 +68,7 @@ TRestResult<tyRestTickets> TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &set
   TTicketQueryResult result;
   GET_TicketsListsOpen(settings, {{organizationId, search}},
                        [&result](qsizetype, TTicketQueryResult &&answered) { result = std::move(answered); });
-  TRestResult<tyRestTickets> tickets{std::move(result.Tickets), std::nullopt};
+  TRestResult<tyRestTickets> tickets{std::move(result.Tickets), std::nullopt, {}};
   if (result.Failed)
     tickets.Failure = std::move(result.Failure);
   return tickets;

@@ -118,7 +118,7 @@ TEST_F(SettingsTest, SmtpGroupRoundTrips)
 TEST_F(SettingsTest, DeliveryModesRoundTripAndAnUnknownOneReadsAsReportWithAWarning)
 {
   for (const TDeliveryMode mode : {TDeliveryMode::Concerned, TDeliveryMode::Personal, TDeliveryMode::Report}) {
-    const tyDelivery written{mode, mode != TDeliveryMode::Report, mode == TDeliveryMode::Personal};
+    const tyDelivery written{mode, mode != TDeliveryMode::Report, mode == TDeliveryMode::Personal, {}};
     SaveConfigDelivery(FPath, written);
     tyDelivery read;
     ReadConfigDelivery(FPath, read, FWarnings);
@@ -129,7 +129,7 @@ TEST_F(SettingsTest, DeliveryModesRoundTripAndAnUnknownOneReadsAsReportWithAWarn
   EXPECT_TRUE(ReadTextFile(FPath).contains("[Delivery]\nMode=report\n")) << ReadTextFile(FPath).toStdString();
 
   WriteTextFile(FPath, "[Delivery]\nMode=Everyone\nSkipWhenClear=1\n");
-  tyDelivery read{TDeliveryMode::Personal, false, false};
+  tyDelivery read{TDeliveryMode::Personal, false, false, {}};
   ReadConfigDelivery(FPath, read, FWarnings);
   EXPECT_EQ(read.Mode, TDeliveryMode::Report);
   EXPECT_TRUE(read.SkipWhenClear);

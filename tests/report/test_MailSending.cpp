@@ -80,7 +80,7 @@ class StartTlsSendingTest : public ::testing::Test
 protected:
   static void SetUpTestSuite()
   {
-    FServer = new TSmtpTestServer({TSmtpTestServer::StartTls, 0, CUser, CPassword, {"nobody@vellmor.example"}});
+    FServer = new TSmtpTestServer({TSmtpTestServer::StartTls, 0, CUser, CPassword, {"nobody@vellmor.example"}, false, {}});
   }
   static void TearDownTestSuite()
   {
@@ -204,7 +204,7 @@ TEST(PlainSendingTest, GatewayTestAndEncodedSubjectWithoutEncryption)
 
 TEST(ImplicitTlsSendingTest, Port465SpeaksTlsFromTheStart)
 {
-  TSmtpTestServer server({TSmtpTestServer::ImplicitTls, 465, CUser, CPassword, {}});
+  TSmtpTestServer server({TSmtpTestServer::ImplicitTls, 465, CUser, CPassword, {}, false, {}});
   if (!server.Started())
     GTEST_SKIP() << "port 465 is not available here: " << server.Failure().toStdString();
   tySMTPserver smtp = Loopback(465, true);
