@@ -19,8 +19,8 @@ constexpr std::int32_t CPlainLine = -2;
 // list grows as the pages come (an announced total is no promise).
 constexpr qsizetype CMaxReserved = 50000;
 
-// Seconds to wait before asking again: a number of seconds or an HTTP date,
-// at most CMaxRetryAfterSeconds.
+} // namespace
+
 int RetryAfterSeconds(const QByteArray &header)
 {
   bool isNumber = false;
@@ -31,8 +31,6 @@ int RetryAfterSeconds(const QByteArray &header)
   }
   return static_cast<int>(std::clamp<qint64>(seconds, 0, TTicketRetrieval::CMaxRetryAfterSeconds));
 }
-
-} // namespace
 
 // One page as it came back: no answer, or the answer read.
 struct TTicketRetrieval::TPageOutcome

@@ -38,6 +38,11 @@ struct TTicketQueryResult
 // after the other would be, so the results, failures and trace lines do not
 // depend on `parallel`. An answer 429 or 503 makes the rest of the run go one
 // request at a time and is asked once more after its Retry-After (at most 30 s).
+// Seconds to wait before asking again after a 429 or 503: the answer's
+// Retry-After, a number of seconds or an HTTP date, between 0 and
+// TTicketRetrieval::CMaxRetryAfterSeconds (0 when it cannot be read).
+int RetryAfterSeconds(const QByteArray &header);
+
 class TTicketRetrieval
 {
 public:

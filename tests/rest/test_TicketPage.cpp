@@ -8,6 +8,9 @@
 #include "QtTicketMapping.h"
 #include "RestTestData.h"
 
+#include "rest/TicketRetrieval.h"
+
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QRandomGenerator>
@@ -128,4 +131,37 @@ TEST(TicketPage, DamagedPagesFailOrMapAsTheQtReadingDid)
       ASSERT_EQ(DumpTicketPage(read).toStdString(), DumpTicketPage(QtTicketPage(page)).toStdString())
           << page.constData();
     }
+}
+
+// The pages started early never exceed what the announced tickets can fill
+// (plus one), whatever the page count the service announces.
+TEST(TicketPage, AnnouncedPagesAreCappedByTheAnnouncedTickets)
+{
+  const struct
+  {
+    QByteArray Body;
+    std::optional<std::int32_t> Pages;
+  } cases[] = {
+      {R"({"totalNumberOfPages":1000,"totalNumberOfElements":600,"content":[{"id":1}]})", 3},
+      {R"({"totalNumberOfPages":2,"totalNumberOfElements":600,"content":[{"id":1}]})", 2},
+      {R"({"totalNumberOfPages":7,"content":[{"id":1}]})", 7},
+      {R"({"totalNumberOfPages":7,"totalNumberOfElements":600,"content":[]})", std::nullopt},
+      {R"({"totalNumberOfPages":-1,"content":[{"id":1}]})", std::nullopt},
+  };
+  TTicketPageParser parser;
+  for (const auto &c : cases)
+    EXPECT_EQ(parser.AnnouncedPages(c.Body), c.Pages) << c.Body.toStdString();
+}
+
+// A service asking to wait is waited for, but never more than 30 s.
+TEST(TicketPage, RetryAfterIsReadAndCappedAtThirtySeconds)
+{
+  const QByteArray inAnHour = QDateTime::currentDateTimeUtc().addSecs(3600).toString(Qt::RFC2822Date).toLatin1();
+  const struct
+  {
+    QByteArray Header;
+    int Seconds;
+  } cases[] = {{"1", 1}, {" 12 ", 12}, {"3600", 30}, {"-5", 0}, {"soon", 0}, {"", 0}, {inAnHour, 30}};
+  for (const auto &c : cases)
+    EXPECT_EQ(RetryAfterSeconds(c.Header), c.Seconds) << c.Header.toStdString();
 }
