@@ -1,8 +1,7 @@
 // Three consecutive unattended runs over the demo service and a real relay:
 // what the report remembers of the last one it sent.
 
-#include "SmtpTestServer.h"
-#include "StepsFixture.h"
+#include "RelayStepsFixture.h"
 #include "core/LibraryVersions.h"
 #include "report/FollowUpHistory.h"
 #include "report/FollowUpStore.h"
@@ -17,16 +16,11 @@ QString Stamp(double daysAgo)
   return QDateTime::currentDateTime().addSecs(static_cast<qint64>(-daysAgo * 86400)).toString(Qt::ISODateWithMs);
 }
 
-class FollowUpTest : public StepsFixture
+class FollowUpTest : public RelayStepsFixture
 {
 protected:
   FollowUpTest()
   {
-    SelectAll();
-    FState->FSmtp.Server = "127.0.0.1";
-    FState->FSmtp.Port = FRelay.Port();
-    FState->FSmtp.UseSSL = false;
-    FState->FDelivery.Mode = TDeliveryMode::Concerned;
     FState->FDelivery.AttachWorkbook = true;
     FState->FDelivery.FollowUp.EscalateAfter = 2;
     FState->FDelivery.FollowUp.EscalateTo = "boss@vellmor.example";
@@ -83,7 +77,6 @@ protected:
     return TFollowUpHistory(*FStore);
   }
 
-  TSmtpTestServer FRelay{TSmtpTestServer::TOptions{}};
   std::unique_ptr<TFollowUpStore> FStore;
 };
 

@@ -1,8 +1,7 @@
 // The mail steps over the demo service and a real SMTP server: what the people
 // concerned receive when the service's data is hostile or cannot be read.
 
-#include "SmtpTestServer.h"
-#include "StepsFixture.h"
+#include "RelayStepsFixture.h"
 #include "state/UnattendedRun.h"
 
 #include "core/StopRequest.h"
@@ -13,19 +12,9 @@
 
 namespace {
 
-class MailStepsTest : public StepsFixture
+class MailStepsTest : public RelayStepsFixture
 {
 protected:
-  MailStepsTest()
-  {
-    SelectAll();
-    FState->FSmtp.Server = "127.0.0.1";
-    FState->FSmtp.Port = FRelay.Port();
-    FState->FSmtp.UseSSL = false;
-    FState->FSmtp.DefaultTo = "leads@vellmor.example";
-    FState->FDelivery.Mode = TDeliveryMode::Concerned;
-  }
-
   // The operators list the service answers instead of its own.
   void Operators(const QByteArray &body, int status = 200)
   {
@@ -33,8 +22,6 @@ protected:
     faults.Bodies.append({QStringLiteral("/api/operators/list"), -1, body, status});
     FService.SetFaults(faults);
   }
-
-  TSmtpTestServer FRelay{TSmtpTestServer::TOptions{}};
 };
 
 TEST_F(MailStepsTest, AnAddressThatCouldCarrySmtpCommandsNeverReachesTheRelay)
