@@ -302,8 +302,7 @@ TSmtpResult TSmtpConnection::Send(const QByteArray &mail, const QStringList &env
     refused.Reply = QStringLiteral("%1 replied: %2").arg(F->Server, refused.Reply);
   if (code == CURLE_OK) {
     for (const QString &address : envelope)
-      if (std::none_of(result.Refused.cbegin(), result.Refused.cend(),
-                       [&address](const TRefusedRecipient &refused) { return refused.Address == address; }))
+      if (!IsAmong(result.Refused, address))
         result.Accepted.append(address); // libcurl succeeds once one recipient took it
     return result;
   }
@@ -321,6 +320,12 @@ TSmtpResult TSmtpConnection::Send(const QByteArray &mail, const QStringList &env
   if (transcript.LastError.isEmpty())
     CleanUpWithin(F->Handle, std::chrono::seconds(0));
   return result;
+}
+
+bool IsAmong(const QList<TRefusedRecipient> &recipients, const QString &address)
+{
+  return std::any_of(recipients.cbegin(), recipients.cend(),
+                     [&address](const TRefusedRecipient &recipient) { return recipient.Address == address; });
 }
 
 CURLcode StartMailSending()

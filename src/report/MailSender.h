@@ -33,6 +33,9 @@ struct TRefusedRecipient
   bool Temporary = false; // a 4xx reply: a later try may succeed
 };
 
+// Whether `address` is among `recipients`.
+bool IsAmong(const QList<TRefusedRecipient> &recipients, const QString &address);
+
 // How one upload of one mail went.
 struct TSmtpResult
 {

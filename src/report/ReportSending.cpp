@@ -127,12 +127,6 @@ struct TOutcome
 
 bool StopRequested(const TDeliveryOptions &options) { return options.Stop && options.Stop->IsRequested(); }
 
-bool Names(const QList<TRefusedRecipient> &recipients, const QString &address)
-{
-  return std::any_of(recipients.cbegin(), recipients.cend(),
-                     [&address](const TRefusedRecipient &recipient) { return recipient.Address == address; });
-}
-
 // Why no further mail or try starts, or nothing when one may.
 QString Halt(const TDeliveryOptions &options)
 {
@@ -184,7 +178,7 @@ TOutcome SendWithTries(TSmtpConnection &connection, const TOutgoing &mail, const
         (refused.Temporary ? temporary : outcome.NotServed).append(refused);
       // A failure beyond the recipients' own refusals concerns the whole upload.
       for (const QString &address : chunk)
-        if (!result.Error.isEmpty() && !result.Accepted.contains(address) && !Names(result.Refused, address)) {
+        if (!result.Error.isEmpty() && !result.Accepted.contains(address) && !IsAmong(result.Refused, address)) {
           outcome.Error = result.Error;
           (result.Temporary ? temporary : outcome.NotServed).append({address, result.Error, result.Temporary});
         }
@@ -198,7 +192,7 @@ TOutcome SendWithTries(TSmtpConnection &connection, const TOutgoing &mail, const
   // What was never tried is not served either, with the reason tries stopped.
   outcome.NotServed += temporary;
   for (const QString &address : mail.Envelope)
-    if (!outcome.Delivered.contains(address) && !Names(outcome.NotServed, address))
+    if (!outcome.Delivered.contains(address) && !IsAmong(outcome.NotServed, address))
       outcome.NotServed.append({address, outcome.Error.isEmpty() ? Halt(options) : outcome.Error, false});
   if (!outcome.Delivered.isEmpty() && outcome.NotServed.isEmpty())
     outcome.Error.clear();
