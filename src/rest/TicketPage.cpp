@@ -1,13 +1,20 @@
 #include "TicketPage.h"
 
+#include "TicketSchema.h"
+
 #include <simdjson.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <type_traits>
 #include <unordered_map>
+#include <utility>
 
 namespace {
 
@@ -48,10 +55,6 @@ using simdjson::dom::array;
 using simdjson::dom::element;
 using simdjson::dom::object;
 
-// Every reader assigns its whole field: the zero value when the member has
-// another type. A ticket starts at its zero values, so this is the same as
-// leaving the field alone, and a repeated member overrides an earlier one.
-
 std::optional<std::int32_t> Integer(element value)
 {
   double number = 0;
@@ -63,7 +66,6 @@ std::optional<std::int32_t> Integer(element value)
   return static_cast<std::int32_t>(number);
 }
 
-// An id: 64 bits, as the service may count beyond 2^31.
 std::optional<std::int64_t> Id(element value)
 {
   std::int64_t id = 0;
@@ -76,258 +78,173 @@ std::optional<std::int64_t> Id(element value)
   return static_cast<std::int64_t>(number);
 }
 
-void Read(element value, std::int32_t &field)
+// Reading a record by its table (TicketSchema.h). Every reader assigns its whole
+// field, the zero value when the member holds another kind of value, and says
+// whether the value was of the member's kind. A record starts at its zero
+// values, so this is the same as leaving the field alone, and a repeated member
+// overrides an earlier one, as for any JSON object reader.
+
+template <typename R>
+bool ReadMembers(element value, R &record);
+
+template <TMemberKind Kind>
+bool Read(element value, std::int64_t &field)
 {
-  field = Integer(value).value_or(0);
+  static_assert(Kind == TMemberKind::Id, "a 64-bit field holds an id");
+  const auto id = Id(value);
+  field = id.value_or(0);
+  return id.has_value();
 }
 
-void Read(element value, std::int64_t &field)
+template <TMemberKind Kind>
+bool Read(element value, std::int32_t &field)
 {
-  field = Id(value).value_or(0);
+  static_assert(Kind == TMemberKind::Integer, "a 32-bit field holds an integer");
+  const auto number = Integer(value);
+  field = number.value_or(0);
+  return number.has_value();
 }
 
-void Read(element value, bool &field)
+template <TMemberKind Kind>
+bool Read(element value, bool &field)
 {
+  static_assert(Kind == TMemberKind::Boolean, "a bool field holds a boolean");
+  if (value.get_bool().get(field) == simdjson::SUCCESS)
+    return true;
   field = false;
-  if (value.get_bool().get(field) != simdjson::SUCCESS)
-    field = false;
+  return false;
 }
 
-void Read(element value, QString &field)
+template <TMemberKind Kind>
+bool Read(element value, QString &field)
 {
+  static_assert(Kind == TMemberKind::Text || Kind == TMemberKind::SharedText, "a QString field holds a text");
   std::string_view text;
   if (value.get_string().get(text) != simdjson::SUCCESS) {
     field.clear();
-    return;
+    return false;
   }
-  field = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  if constexpr (Kind == TMemberKind::SharedText)
+    field = GSharedTexts->Text(text);
+  else
+    field = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  return true;
 }
 
-// A text that many tickets repeat.
-struct TShared
+template <TMemberKind Kind, typename TRecord>
+bool Read(element value, TRecord &record)
 {
-  QString &Field;
+  static_assert(Kind == TMemberKind::Object, "a record field holds an object");
+  record = TRecord{};
+  return ReadMembers(value, record);
+}
+
+// A part held apart is made only for an object; anything else empties it.
+template <TMemberKind Kind, typename TRecord>
+bool Read(element value, TRestPart<TRecord> &part)
+{
+  static_assert(Kind == TMemberKind::Object, "a part holds an object");
+  if (!value.is_object()) {
+    part = {};
+    return false;
+  }
+  return Read<TMemberKind::Object>(value, part.Edit());
+}
+
+template <TMemberKind Kind, typename TRecord>
+bool Read(element value, QList<TRecord> &list)
+{
+  static_assert(Kind == TMemberKind::List, "a list field holds an array");
+  list.clear();
+  array items;
+  if (value.get_array().get(items) != simdjson::SUCCESS)
+    return false;
+  list.resize(static_cast<qsizetype>(items.size()));
+  qsizetype i = 0;
+  for (const element item : items)
+    ReadMembers(item, list[i++]);
+  return true;
+}
+
+// The members of a record's table, in order.
+template <typename R>
+constexpr std::size_t CMemberCount = std::tuple_size_v<std::remove_cvref_t<decltype(TTicketSchema<R>::Members)>>;
+
+// The reader of row `I` of a record's table, made for that row's kind and field.
+template <typename R, std::size_t I>
+bool ReadMember(element value, R &record)
+{
+  constexpr auto member = std::get<I>(TTicketSchema<R>::Members);
+  return Read<member.Kind>(value, record.*member.Field);
+}
+
+template <typename R>
+struct TMemberReader
+{
+  std::string_view Name;
+  bool (*Read)(element value, R &record);
+  bool Required;
 };
 
-void Read(element value, TShared field)
+template <typename R>
+constexpr auto CMemberReaders = []<std::size_t... I>(std::index_sequence<I...>) {
+  constexpr auto &members = TTicketSchema<R>::Members;
+  return std::array{TMemberReader<R>{std::get<I>(members).Name, &ReadMember<R, I>,
+                                     std::get<I>(members).Need == TMemberNeed::Required}...};
+}(std::make_index_sequence<CMemberCount<R>>{});
+
+// The required members of a record, one bit per row of its table.
+template <typename R>
+constexpr std::uint64_t CRequiredMembers = [] {
+  static_assert(CMemberCount<R> <= 64, "one bit per member");
+  std::uint64_t bits = 0;
+  for (std::size_t i = 0; i < CMemberReaders<R>.size(); ++i)
+    if (CMemberReaders<R>[i].Required)
+      bits |= std::uint64_t(1) << i;
+  return bits;
+}();
+
+// The row of a record's table named `key`, if any: a small table is searched,
+// a large one hashed.
+template <typename R>
+const TMemberReader<R> *FindMember(std::string_view key)
 {
-  std::string_view text;
-  if (value.get_string().get(text) != simdjson::SUCCESS)
-    field.Field.clear();
-  else
-    field.Field = GSharedTexts->Text(text);
+  constexpr auto &readers = CMemberReaders<R>;
+  if constexpr (readers.size() <= 8) {
+    for (const TMemberReader<R> &reader : readers)
+      if (reader.Name == key)
+        return &reader;
+    return nullptr;
+  } else {
+    static const auto byName = [] {
+      std::unordered_map<std::string_view, const TMemberReader<R> *> index;
+      for (const TMemberReader<R> &reader : readers)
+        index.emplace(reader.Name, &reader);
+      return index;
+    }();
+    const auto found = byName.find(key);
+    return found == byName.end() ? nullptr : found->second;
+  }
 }
 
-// Calls `read(key, value)` for each member when `value` is an object; returns
-// whether it is one.
-template <typename TRead>
-bool ForEachMember(element value, TRead read)
+// Fills the record from the members of `value`; returns whether `value` is an
+// object whose required members all hold a value of their kind.
+template <typename R>
+bool ReadMembers(element value, R &record)
 {
   object members;
   if (value.get_object().get(members) != simdjson::SUCCESS)
     return false;
+  std::uint64_t required = 0; // the required members read, one bit per row
   for (const auto [key, member] : members)
-    read(key, member);
-  return true;
-}
-
-// A small reference object of the service: "id" and one text member.
-template <typename TSub>
-void ReadSub(element value, TSub &sub, QString TSub::*text, std::string_view textKey)
-{
-  sub = TSub{};
-  ForEachMember(value, [&](std::string_view key, element member) {
-    if (key == "id")
-      Read(member, sub.id);
-    else if (key == textKey)
-      Read(member, TShared{sub.*text});
-  });
-}
-
-void Read(element value, tyRestSubName &sub)
-{
-  ReadSub(value, sub, &tyRestSubName::name, "name");
-}
-
-void Read(element value, tyRestSubDescription &sub)
-{
-  ReadSub(value, sub, &tyRestSubDescription::description, "description");
-}
-
-void Read(element value, tyRestSubReference &sub)
-{
-  ReadSub(value, sub, &tyRestSubReference::reference, "reference");
-}
-
-void Read(element value, tyRestCustomProperty &property)
-{
-  property = {};
-  ForEachMember(value, [&](std::string_view key, element member) {
-    if (key == "customProperty")
-      Read(member, property.customProperty);
-    else if (key == "selectedOption")
-      Read(member, property.selectedOption);
-  });
-}
-
-template <typename TItem>
-void Read(element value, QList<TItem> &list)
-{
-  list.clear();
-  array items;
-  if (value.get_array().get(items) != simdjson::SUCCESS)
-    return;
-  list.resize(static_cast<qsizetype>(items.size()));
-  qsizetype i = 0;
-  for (const element item : items)
-    Read(item, list[i++]);
-}
-
-void Read(element value, tyRestStatus &status)
-{
-  status = {};
-  ForEachMember(value, [&](std::string_view key, element member) {
-    if (key == "id")
-      Read(member, status.id);
-    else if (key == "reference")
-      Read(member, TShared{status._reference});
-    else if (key == "category")
-      Read(member, TShared{status.category});
-  });
-}
-
-void Read(element value, tyRestValidationLevel &level)
-{
-  level = {};
-  ForEachMember(value, [&](std::string_view key, element member) {
-    if (key == "description")
-      Read(member, level.description);
-    else if (key == "id")
-      Read(member, level.id);
-    else if (key == "level")
-      Read(member, level.level);
-  });
-}
-
-void Read(element value, tyRestIncident &incident)
-{
-  incident = {};
-  ForEachMember(value, [&](std::string_view key, element member) {
-    if (key == "incidentImpact")
-      Read(member, TShared{incident.incidentImpact});
-    else if (key == "incidentUrgency")
-      Read(member, TShared{incident.incidentUrgency});
-  });
-}
-
-void Read(element value, tyRestChange &change)
-{
-  static const std::unordered_map<std::string_view, QString tyRestChange::*> fields{
-      {"changelogDescription", &tyRestChange::changelogDescription},
-      {"changelogType", &tyRestChange::changelogType},
-      {"deploymentPlan", &tyRestChange::deploymentPlan},
-      {"impact", &tyRestChange::impact},
-      {"reason", &tyRestChange::reason},
-      {"risks", &tyRestChange::risks},
-      {"rollbackPlan", &tyRestChange::rollbackPlan}};
-  change = {};
-  ForEachMember(value, [&](std::string_view key, element member) {
-    if (const auto field = fields.find(key); field != fields.end())
-      Read(member, change.*(field->second));
-  });
-}
-
-// A part held apart is made only for an object; anything else empties it.
-template <typename TPart>
-void Read(element value, TRestPart<TPart> &part)
-{
-  if (value.is_object())
-    Read(value, part.Edit());
-  else
-    part = {};
-}
-
-// The field each member of a ticket item fills, by member name.
-using TTicketReader = void (*)(element member, tyRestTicket &ticket);
-
-template <auto Field>
-void ReadField(element member, tyRestTicket &ticket)
-{
-  Read(member, ticket.*Field);
-}
-
-template <QString tyRestTicket::*Field>
-void ReadSharedField(element member, tyRestTicket &ticket)
-{
-  Read(member, TShared{ticket.*Field});
-}
-
-const std::unordered_map<std::string_view, TTicketReader> &TicketReaders()
-{
-  using T = tyRestTicket;
-  static const std::unordered_map<std::string_view, TTicketReader> readers{
-      {"id", ReadField<&T::id>},
-      {"type", ReadSharedField<&T::_type>},
-      {"organization", ReadField<&T::organization>},
-      {"assignedTeam", ReadField<&T::assignedTeam>},
-      {"assignedUser", ReadField<&T::assignedUser>},
-      {"title", ReadField<&T::title>},
-      {"description", ReadField<&T::description>},
-      {"creationDate", ReadField<&T::creationDate>},
-      {"lastUpdate", ReadField<&T::lastUpdate>},
-      {"author", ReadField<&T::author>},
-      {"authorName", ReadSharedField<&T::authorName>},
-      {"authorEmail", ReadSharedField<&T::authorEmail>},
-      {"createdBy", ReadField<&T::createdBy>},
-      {"authorSite", ReadField<&T::authorSite>},
-      {"authorEmailNotify", ReadField<&T::authorEmailNotify>},
-      {"ticketOrigin", ReadSharedField<&T::ticketOrigin>},
-      {"resolutionDelay", ReadField<&T::resolutionDelay>},
-      {"slaResolutionDelay", ReadField<&T::slaResolutionDelay>},
-      {"slaCompletionStatus", ReadSharedField<&T::slaCompletionStatus>},
-      {"actualAcknowledgeDate", ReadField<&T::actualAcknowledgeDate>},
-      {"slaAcknowledgementStatus", ReadSharedField<&T::slaAcknowledgementStatus>},
-      {"priority", ReadField<&T::priority>},
-      {"status", ReadField<&T::status>},
-      {"application", ReadField<&T::application>},
-      {"customProperties", ReadField<&T::customProperties>},
-      {"tasksPublic", ReadField<&T::tasksPublic>},
-      {"access", ReadField<&T::access>},
-      {"writeAccess", ReadField<&T::writeAccess>},
-      {"waitingDate", ReadField<&T::waitingDate>},
-      {"waitingDelay", ReadField<&T::waitingDelay>},
-      {"flagApi", ReadField<&T::flagApi>},
-      {"archived", ReadField<&T::archived>},
-      {"actualResolutionDate", ReadField<&T::actualResolutionDate>},
-      {"change", ReadField<&T::change>},
-      {"checks", ReadField<&T::checks>},
-      {"incident", ReadField<&T::incident>},
-      {"sla", ReadField<&T::sla>},
-      {"startDate", ReadField<&T::startDate>},
-      {"supplier", ReadField<&T::supplier>},
-      {"task", ReadField<&T::task>},
-      {"template", ReadField<&T::template_>},
-      {"theoreticalAcknowledgeDate", ReadField<&T::theoreticalAcknowledgeDate>},
-      {"theoreticalResolutionDate", ReadField<&T::theoreticalResolutionDate>},
-      {"validationLevel", ReadField<&T::validationLevel>},
-      {"validationWorkflow", ReadField<&T::validationWorkflow>},
-  };
-  return readers;
-}
-
-// Fills the ticket from one item; returns whether the item is an object with an
-// integer "id".
-bool ReadTicket(element item, tyRestTicket &ticket)
-{
-  const auto &readers = TicketReaders();
-  bool hasId = false;
-  const bool isObject = ForEachMember(item, [&](std::string_view key, element member) {
-    if (const auto reader = readers.find(key); reader != readers.end())
-      reader->second(member, ticket);
-    if (key == "id")
-      hasId = Id(member).has_value();
-  });
-  return isObject && hasId;
+    if (const TMemberReader<R> *reader = FindMember<R>(key)) {
+      const bool read = reader->Read(member, record);
+      if (reader->Required) {
+        const std::uint64_t bit = std::uint64_t(1) << (reader - CMemberReaders<R>.data());
+        required = read ? required | bit : required & ~bit;
+      }
+    }
+  return required == CRequiredMembers<R>;
 }
 
 } // namespace
@@ -352,17 +269,18 @@ TTicketPage TTicketPageParser::Parse(const QByteArray &body)
   element root;
   if (FParsers->Dom.parse(body.constData(), static_cast<std::size_t>(body.size())).get(root) != simdjson::SUCCESS)
     return page;
-  std::optional<element> content;
-  const bool isObject = ForEachMember(root, [&](std::string_view key, element member) {
-    if (key == "totalNumberOfPages")
-      page.TotalPages = Integer(member);
-    else if (key == "totalNumberOfElements")
-      page.TotalElements = Integer(member);
-    else if (key == "content")
-      content = member;
-  });
-  if (!isObject)
+  object members;
+  if (root.get_object().get(members) != simdjson::SUCCESS)
     return page;
+  std::optional<element> content;
+  for (const auto [key, member] : members) {
+    if (key == TicketPageMember::TotalPages)
+      page.TotalPages = Integer(member);
+    else if (key == TicketPageMember::TotalElements)
+      page.TotalElements = Integer(member);
+    else if (key == TicketPageMember::Content)
+      content = member;
+  }
   array items;
   if (!content || content->get_array().get(items) != simdjson::SUCCESS) {
     page.Shape = TTicketPage::TShape::NoContent;
@@ -374,7 +292,7 @@ TTicketPage TTicketPageParser::Parse(const QByteArray &body)
   // An item that is not a ticket is left out: it would show as a ticket 0 of 1899.
   qsizetype kept = 0;
   for (const element item : items) {
-    if (ReadTicket(item, page.Tickets[kept]))
+    if (ReadMembers(item, page.Tickets[kept]))
       ++kept;
     else {
       page.Tickets[kept] = tyRestTicket();
@@ -408,11 +326,11 @@ std::optional<std::int32_t> TTicketPageParser::AnnouncedPages(const QByteArray &
     std::string_view key;
     if (member.unescaped_key().get(key) != simdjson::SUCCESS)
       return std::nullopt;
-    if (key == "totalNumberOfPages") {
+    if (key == TicketPageMember::TotalPages) {
       pages = count(member.value());
-    } else if (key == "totalNumberOfElements") {
+    } else if (key == TicketPageMember::TotalElements) {
       elements = count(member.value());
-    } else if (key == "content") {
+    } else if (key == TicketPageMember::Content) {
       simdjson::ondemand::array content;
       bool empty = true;
       items = member.value().get_array().get(content) == simdjson::SUCCESS &&
