@@ -44,6 +44,7 @@ mutations=(
   "a digest's person found by case|src/report/DeliveryPlan.cpp|s/op.notificationEmail.compare\(address, Qt::CaseInsensitive\) == 0/op.notificationEmail == address/|test_delivery_plan|^DeliveryPlanTest\."
   "SkipWhenClear skips an incomplete retrieval|src/report/DeliveryPlan.cpp|s/return input.RetrievalWarning.isEmpty\(\) && /return /|test_delivery_plan|^DeliveryPlanTest\."
   "a report nobody received remembered|src/state/TMainStateMail.cpp|s/if \(!FDryRun && result.MailsSent > 0\)/if (!FDryRun)/|test_follow_up|^FollowUpTest\."
+  "a ticket item without an id kept|src/rest/TicketSchema.h|s/TMember\{\"id\", Id, &T::id, Required\}/TMember{\"id\", Id, \&T::id}/|test_rest_ticket_page|^TicketPage\."
   "announced page count not capped|src/rest/TicketPage.cpp|s/    pages = std::min\(\*pages, MaxPagesFor\(\*elements\)\);\n//|test_rest_ticket_page|^TicketPage\."
   "Retry-After not capped|src/rest/TicketRetrieval.cpp|s/std::clamp<qint64>\(seconds, 0, TTicketRetrieval::CMaxRetryAfterSeconds\)/std::max<qint64>(seconds, 0)/|test_rest_ticket_page|^TicketPage\."
   "full report sent after the digests|src/report/DeliveryPlan.cpp|s/QList<TReportMail>\{full\} \+ digests/digests + QList<TReportMail>{full}/|test_delivery_plan|^DeliveryPlanTest\."
