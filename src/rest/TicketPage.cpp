@@ -55,6 +55,7 @@ using simdjson::dom::array;
 using simdjson::dom::element;
 using simdjson::dom::object;
 
+// A whole number that fits 32 bits (a count, a delay), or nothing.
 std::optional<std::int32_t> Integer(element value)
 {
   double number = 0;
@@ -66,6 +67,7 @@ std::optional<std::int32_t> Integer(element value)
   return static_cast<std::int32_t>(number);
 }
 
+// A whole number that fits 64 bits (an id), or nothing.
 std::optional<std::int64_t> Id(element value)
 {
   std::int64_t id = 0;

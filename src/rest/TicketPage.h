@@ -39,11 +39,12 @@ inline std::int32_t MaxPagesFor(std::int32_t totalElements)
   return static_cast<std::int32_t>((qint64(totalElements) + CTicketPageSize - 1) / CTicketPageSize + 1);
 }
 
-// Reads ticket pages with simdjson straight into the records. A member that is
-// absent, null or of another type leaves its field at the zero value; when a
-// member appears twice the last one counts, as for any JSON object reader.
-// `tenExchangesAdded` is never set. One parser serves one thread at a time and
-// keeps its buffers for the next page.
+// Reads ticket pages with simdjson straight into the records, each member as
+// the ticket table declares it (TicketSchema.h). A member that is absent, null
+// or of another type leaves its field at the zero value; when a member appears
+// twice the last one counts, as for any JSON object reader. `tenExchangesAdded`
+// is never set. One parser serves one thread at a time and keeps its buffers
+// for the next page.
 class TTicketPageParser
 {
 public:
