@@ -74,7 +74,7 @@ class StartTlsSendingTest : public ::testing::Test
 protected:
   static void SetUpTestSuite()
   {
-    FServer = new TSmtpTestServer({TSmtpTestServer::StartTls, 0, CUser, CPassword, {"nobody@vellmor.example"}, false, {}});
+    FServer = new TSmtpTestServer({TSmtpTestServer::StartTls, 0, CUser, CPassword, {}, false, {}});
   }
   static void TearDownTestSuite()
   {
@@ -136,13 +136,7 @@ TEST_F(StartTlsSendingTest, ServerRefusalsCarryTheServersWords)
   EXPECT_TRUE(login.contains("535")) << login.toStdString();
 
   FSmtp.Password = CPassword;
-  FSmtp.DefaultCC = "nobody@vellmor.example";
-  const QString recipient = SendReport(FSmtp, Report()).join("\n");
-  EXPECT_TRUE(recipient.contains(server)) << recipient.toStdString();
-  EXPECT_TRUE(recipient.contains("550 5.1.1 <nobody@vellmor.example>: mailbox unavailable")) << recipient.toStdString();
-
   FSmtp.UseSSL = false;
-  FSmtp.DefaultCC.clear();
   const QString clear = SendReport(FSmtp, Report()).join("\n");
   EXPECT_TRUE(clear.contains(server)) << clear.toStdString();
   EXPECT_TRUE(clear.contains("530")) << clear.toStdString();
