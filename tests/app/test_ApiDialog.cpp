@@ -11,35 +11,16 @@
 #include <gtest/gtest.h>
 
 namespace {
-tyQuorvexITSM Complete()
-{
-  tyQuorvexITSM settings;
-  settings.SaaS = true;
-  settings.Instance = "acme";
-  settings.API.ClientID = "id";
-  settings.API.ClientSecret = "s3cret";
-  settings.API.Username = "api";
-  settings.API.Password = "pw";
-  settings.API.Token = "kept";
-  settings.API.TokenValidity = 33;
-  settings.ParallelRequests = 3;
-  return settings;
-}
+tyQuorvexITSM Complete() { return {true, "acme", {}, {}, {}, {"id", "s3cret", "api", "pw", 0, 33, "kept"}, 3}; }
 } // namespace
 
-TEST(ApiDialog, PreviewFollowsTheInstanceAndTheHostingMode)
+TEST(ApiDialog, PreviewFollowsTheHostingModeSecretsAreReadableAndOkNeedsEveryField)
 {
   TfrmSetQuorvexItsmConfig dialog;
   dialog.Fill(Complete());
   EXPECT_EQ(dialog.hlblInstance1->text(), "https://<b>acme</b>." QUORVEX_SAAS_DOMAIN);
   dialog.chkSaaS->click();
   EXPECT_EQ(dialog.hlblInstance1->text(), "https://<b>acme</b>");
-}
-
-TEST(ApiDialog, SecretsAreReadableAndOkNeedsEveryField)
-{
-  TfrmSetQuorvexItsmConfig dialog;
-  dialog.Fill(Complete());
   EXPECT_EQ(dialog.ledtClientSecret->echoMode(), QLineEdit::Normal);
   EXPECT_EQ(dialog.ledtClientSecret->text(), "s3cret");
   EXPECT_TRUE(dialog.bbtOk->isEnabled());

@@ -88,18 +88,6 @@ TEST(Executable, SnoozeWakeSnoozedAndHistoryWorkOnTheStore)
   EXPECT_TRUE(snoozed[1].startsWith("24020  until it changes  by "));
 }
 
-TEST(Executable, VersionAndHelpAnswerAtOnce)
-{
-  TTempConfig config;
-  EXPECT_EQ(RunTool({"--version"}, ToolEnvironment(config.Root())).Out,
-            QStringLiteral("quorvex-followup %1\n").arg(QUORVEX_VERSION));
-  const TToolRun help = RunTool({"--help"}, ToolEnvironment(config.Root()));
-  EXPECT_EQ(help.ExitCode, 0);
-  for (const char *option : {"Usage: quorvex-followup [options] [routine]", "--help", "--version", "--verbose",
-                             "--encrypt", "--dry-run", "--deadline <MINUTES>", "run the daily routine unattended"})
-    EXPECT_TRUE(help.Out.contains(option)) << option << help.Out.toStdString();
-}
-
 // A typo never runs the routine: it is refused before anything is read,
 // retrieved or sent.
 TEST(Executable, AnUnknownOptionIsRefusedAndDoesNothing)

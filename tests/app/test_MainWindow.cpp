@@ -50,15 +50,19 @@ protected:
   std::unique_ptr<TfrmMain> FWindow;
 };
 
-// Closes the next message box with Escape once it shows, and keeps its text.
-void CloseNextMessageBox(QString *text)
+// Answers the next message box once it shows, with its button `answer` or else
+// Escape, and keeps its text.
+void CloseNextMessageBox(QString *text, const QString &answer = {})
 {
   auto *poll = new QTimer;
-  QObject::connect(poll, &QTimer::timeout, [poll, text] {
+  QObject::connect(poll, &QTimer::timeout, [poll, text, answer] {
     if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
       poll->deleteLater();
       poll->stop();
       *text = box->text();
+      for (QAbstractButton *button : box->buttons())
+        if (button->text() == answer)
+          return QTest::mouseClick(button, Qt::LeftButton);
       QTest::keyClick(box, Qt::Key_Escape);
     }
   });
@@ -130,14 +134,10 @@ TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)
   EXPECT_TRUE(FWindow->statusBar()->currentMessage().startsWith("Already sent at "))
       << FWindow->statusBar()->currentMessage().toStdString();
   EXPECT_EQ(server.Messages().size(), 1);
-  QTimer::singleShot(0, [] {
-    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-    ASSERT_NE(box, nullptr);
-    for (QAbstractButton *button : box->buttons())
-      if (button->text() == "Send again")
-        QTest::mouseClick(button, Qt::LeftButton);
-  });
+  asked.clear();
+  CloseNextMessageBox(&asked, "Send again");
   QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
+  EXPECT_FALSE(asked.isEmpty());
   EXPECT_EQ(server.Messages().size(), 2);
 
   FState.FTicketsGrid.SetTickets({Ticket(1, "one", false), Ticket(2, "two", false)});

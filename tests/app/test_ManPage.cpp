@@ -1,5 +1,5 @@
-// The manual page names every option that the program's --help lists, whatever
-// options the program gains.
+// --help and --version answer at once, and the manual page names every option
+// that --help lists, whatever options the program gains.
 
 #include "support/ToolRun.h"
 
@@ -30,13 +30,19 @@ QString ManText(const QString &roff)
 
 } // namespace
 
-TEST(ManPage, NamesEveryOptionOfHelp)
+TEST(ManPage, HelpAndVersionAnswerAtOnceAndThePageNamesEveryOptionOfHelp)
 {
   TTempConfig config;
-  const TToolRun help = RunTool({"--help"}, ToolEnvironment(config.Root(), "offscreen"));
+  EXPECT_EQ(RunTool({"--version"}, ToolEnvironment(config.Root())).Out,
+            QStringLiteral("quorvex-followup %1\n").arg(QUORVEX_VERSION));
+  const TToolRun help = RunTool({"--help"}, ToolEnvironment(config.Root()));
   ASSERT_EQ(help.ExitCode, 0) << help.Err.toStdString();
+  for (const char *line : {"Usage: quorvex-followup [options] [routine]", "--deadline <MINUTES>",
+                           "run the daily routine unattended"})
+    EXPECT_TRUE(help.Out.contains(line)) << line << help.Out.toStdString();
   const QStringList options = HelpOptions(help.Out);
-  ASSERT_TRUE(options.contains("--help") && options.contains("--version")) << help.Out.toStdString();
+  for (const char *option : {"--help", "--version", "--verbose", "--encrypt", "--dry-run", "--deadline"})
+    EXPECT_TRUE(options.contains(option)) << option << help.Out.toStdString();
 
   const QString page = ManText(ReadTextFile(QStringLiteral(QUORVEX_MAN_PAGE)));
   ASSERT_TRUE(page.startsWith(".\\\"") || page.startsWith(".TH")) << QUORVEX_MAN_PAGE;

@@ -5,7 +5,6 @@
 #include "support/TempConfig.h"
 
 #include <QDir>
-#include <QStringEncoder>
 #include <gtest/gtest.h>
 
 TEST(IniFile, ProfileSemanticsOnReading)
@@ -65,18 +64,6 @@ TEST(IniFile, TwoWritersKeepEachOthersValues)
                          saved.ReadSection("Status").join(','), saved.ReadString("Status", "New", "")}),
             (QStringList{"renewed", "acme2", "New", "3"}));
   EXPECT_EQ(window.ReadString("QuorvexITSM", "Token", ""), "renewed"); // the file as it is now
-}
-
-TEST(IniFile, ByteOrderMarkSelectsTheEncoding)
-{
-  TTempConfig config;
-  const QString path = config.File("utf16.ini");
-  QStringEncoder utf16(QStringConverter::Utf16LE, QStringConverter::Flag::WriteBom);
-  WriteTextFile(path, utf16(QString::fromUtf8("[S]\nName=Zoë\n")));
-  EXPECT_EQ(TIniFile(path).ReadString("S", "Name", ""), QString::fromUtf8("Zoë"));
-
-  WriteTextFile(path, "\xEF\xBB\xBF[S]\nName=Zoë\n");
-  EXPECT_EQ(TIniFile(path).ReadString("S", "Name", ""), QString::fromUtf8("Zoë"));
 }
 
 // A settings file travels between machines and locales (a cron run in C.UTF-8,

@@ -1,4 +1,3 @@
-#include "core/SecretCodec.h"
 #include "core/Trace.h"
 #include "state/TMainState.h"
 #include "support/OfflineRest.h"
@@ -7,36 +6,32 @@
 #include <QDir>
 #include <gtest/gtest.h>
 
-TEST(MainState, FormCreateOnAFreshAccountRunsWithDefaults)
-{
-  TTempConfig config;
-  Trace::Install(false);
-  QStringList warnings;
-  TOfflineRest offline;
-  TMainState state("quorvex-followup", offline.Rest, [&](const QString &w) { warnings << w; });
-  state.FormCreate();
-  const QString base = config.SettingsFolder();
-  EXPECT_EQ(state.FFichINI, base + "quorvex-followup.ini");
-  EXPECT_TRUE(state.FLogFile.startsWith(base + "quorvex-followup_"));
-  EXPECT_EQ(state.FStatusToIgnore, QStringList{"Planned (without SLA)"});
-  EXPECT_TRUE(warnings.isEmpty());
-  state.FormDestroy();
-  EXPECT_TRUE(ReadTextFile(base + "quorvex-followup.log").contains("Entering TfrmMain.FormCreate")); // the trace
-}
-
+// The start reads the settings file beside the run log, with the defaults for
+// what it lacks, and tells the person of a damaged secret, naming key and file.
 TEST(MainState, DamagedSecretIsReportedToThePerson)
 {
-  TTempConfig config;
-  const QString base = config.SettingsFolder();
-  QDir().mkpath(base);
-  WriteTextFile(base + "quorvex-followup.ini", "[QuorvexITSM]\nPassword=garbage!\nInstance=blue\n");
-  QStringList warnings;
-  TOfflineRest offline;
-  TMainState state("quorvex-followup", offline.Rest, [&](const QString &w) { warnings << w; });
-  state.FormCreate();
-  ASSERT_EQ(warnings.size(), 1);
-  EXPECT_TRUE(warnings[0].contains("\"Password\""));
-  EXPECT_TRUE(warnings[0].contains(base + "quorvex-followup.ini"));
-  EXPECT_EQ(state.FICI.Instance, "blue");
-  state.FormDestroy();
+  for (const bool damaged : {false, true}) {
+    TTempConfig config;
+    Trace::Install(false);
+    const QString ini = config.SettingsFolder() + "quorvex-followup.ini";
+    if (damaged) {
+      QDir().mkpath(config.SettingsFolder());
+      WriteTextFile(ini, "[QuorvexITSM]\nPassword=garbage!\nInstance=blue\n");
+    }
+    QStringList warnings;
+    TOfflineRest offline;
+    TMainState state("quorvex-followup", offline.Rest, [&](const QString &w) { warnings << w; });
+    state.FormCreate();
+    EXPECT_EQ(state.FFichINI, ini);
+    EXPECT_TRUE(state.FLogFile.startsWith(config.SettingsFolder() + "quorvex-followup_"));
+    EXPECT_EQ(state.FStatusToIgnore, QStringList{"Planned (without SLA)"});
+    EXPECT_EQ(state.FICI.Instance, damaged ? "blue" : "acme");
+    ASSERT_EQ(warnings.size(), damaged ? 1 : 0);
+    if (damaged) {
+      EXPECT_TRUE(warnings[0].contains("\"Password\"") && warnings[0].contains(ini)) << warnings[0].toStdString();
+    }
+    state.FormDestroy();
+    const QString trace = ReadTextFile(config.SettingsFolder() + "quorvex-followup.log");
+    EXPECT_TRUE(trace.contains("Entering TfrmMain.FormCreate"));
+  }
 }

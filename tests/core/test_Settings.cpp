@@ -20,22 +20,6 @@ protected:
   TSettingsWarnings FWarnings;
 };
 
-tyQuorvexITSM SampleITSM()
-{
-  tyQuorvexITSM ici;
-  ici.SaaS = false;
-  ici.Instance = QString::fromUtf8("itsm.société.example");
-  ici.API.ClientID = QString::fromUtf8("client-42-ß");
-  ici.API.ClientSecret = QString(200, u'z') + " with trailing blank ";
-  ici.API.Username = QString::fromUtf8("jürgen");
-  ici.API.Password = " pass word ";
-  ici.API.TokenRequest = 46341.2534722222;
-  ici.API.TokenValidity = 33;
-  ici.API.Token = QString::fromUtf8("eyJhbGciOi.token.valeur-été");
-  ici.ParallelRequests = 4;
-  return ici;
-}
-
 } // namespace
 
 TEST_F(SettingsTest, MissingFileGivesEveryDefault)
@@ -65,14 +49,22 @@ TEST_F(SettingsTest, MissingFileGivesEveryDefault)
   EXPECT_FALSE(QFile::exists(FPath)); // reading never writes
 }
 
-TEST_F(SettingsTest, ServiceGroupRoundTripsWithSecretsEnciphered)
+TEST_F(SettingsTest, ServiceAndMailGroupsRoundTripWithSecretsEnciphered)
 {
-  const tyQuorvexITSM written = SampleITSM();
-  SaveConfigITSM(FPath, written);
+  // The client secret is long, with a trailing blank.
+  const tyAPIAccess api{QString::fromUtf8("client-42-ß"), QString(200, u'z') + " with trailing blank ",
+                        QString::fromUtf8("jürgen"), " pass word ", 46341.2534722222, 33,
+                        QString::fromUtf8("eyJhbGciOi.token.valeur-été")};
+  const tyQuorvexITSM ici{false, QString::fromUtf8("itsm.société.example"), {}, {}, {}, api, 4};
+  tySMTPserver smtp{QString::fromUtf8("smtp.bücher.example"), 587, false, QString::fromUtf8("boîte@example.org"),
+                    "S3cret%_", QString::fromUtf8("a@example.org;zoë@example.org"), "",
+                    QString::fromUtf8("équipe@example.org")};
+  SaveConfigITSM(FPath, ici);
+  SaveConfigSMTP(FPath, smtp);
 
   const QString text = ReadTextFile(FPath);
-  EXPECT_FALSE(text.contains("zzzzzzzz")) << "client secret stored in clear";
-  EXPECT_FALSE(text.contains("pass word"));
+  for (const char *clear : {"zzzzzzzz", "pass word", "S3cret"})
+    EXPECT_FALSE(text.contains(clear)) << clear << " stored in clear";
   // Keys in their fixed order; the token is kept in clear.
   EXPECT_TRUE(QRegularExpression(QString::fromUtf8(
                   "^\\[QuorvexITSM\\]\nSaaS=0\nInstance=.*\nClientID=.*\nClientSecret=.*\nUsername=.*\nPassword=.*\n"
@@ -81,38 +73,27 @@ TEST_F(SettingsTest, ServiceGroupRoundTripsWithSecretsEnciphered)
                   .hasMatch())
       << text.toStdString();
 
-  tyQuorvexITSM read;
-  ReadConfigITSM(FPath, read, FWarnings);
-  const auto fields = [](const tyQuorvexITSM &i) {
+  tyQuorvexITSM readIci;
+  ReadConfigITSM(FPath, readIci, FWarnings);
+  const auto ITSM = [](const tyQuorvexITSM &i) {
     return std::tie(i.SaaS, i.Instance, i.API.ClientID, i.API.ClientSecret, i.API.Username, i.API.Password,
-                    i.API.TokenValidity, i.API.Token); // the secret is long, with a trailing blank
+                    i.API.TokenValidity, i.API.Token, i.ParallelRequests);
   };
-  EXPECT_EQ(fields(read), fields(written));
-  EXPECT_DOUBLE_EQ(read.API.TokenRequest, written.API.TokenRequest);
-  EXPECT_EQ(read.ParallelRequests, 4);
-  EXPECT_TRUE(FWarnings.isEmpty());
-}
-
-TEST_F(SettingsTest, SmtpGroupRoundTrips)
-{
-  tySMTPserver smtp{QString::fromUtf8("smtp.bücher.example"), 587, false, QString::fromUtf8("boîte@example.org"),
-                    "S3cret%_", QString::fromUtf8("a@example.org;zoë@example.org"), "",
-                    QString::fromUtf8("équipe@example.org")};
-  SaveConfigSMTP(FPath, smtp);
-  EXPECT_FALSE(ReadTextFile(FPath).contains("S3cret"));
-
-  tySMTPserver read;
-  ReadConfigSMTP(FPath, read, FWarnings);
-  const auto fields = [](const tySMTPserver &m) {
+  EXPECT_EQ(ITSM(readIci), ITSM(ici));
+  EXPECT_DOUBLE_EQ(readIci.API.TokenRequest, ici.API.TokenRequest);
+  tySMTPserver readSmtp;
+  const auto SMTP = [](const tySMTPserver &m) {
     return std::tie(m.Server, m.Port, m.UseSSL, m.UserName, m.Password, m.DefaultTo, m.DefaultCC, m.From);
   };
-  EXPECT_EQ(fields(read), fields(smtp));
+  ReadConfigSMTP(FPath, readSmtp, FWarnings);
+  EXPECT_EQ(SMTP(readSmtp), SMTP(smtp));
+  EXPECT_TRUE(FWarnings.isEmpty());
 
   // An empty password stays empty: it is not replaced by the built-in one.
   smtp.Password.clear();
   SaveConfigSMTP(FPath, smtp);
-  ReadConfigSMTP(FPath, read, FWarnings);
-  EXPECT_EQ(read.Password, "");
+  ReadConfigSMTP(FPath, readSmtp, FWarnings);
+  EXPECT_EQ(readSmtp.Password, "");
 }
 
 TEST_F(SettingsTest, DeliveryModesRoundTripAndAnUnknownOneReadsAsReportWithAWarning)

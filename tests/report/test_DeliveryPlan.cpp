@@ -1,10 +1,13 @@
+#include "SmtpTestServer.h"
 #include "report/DeliveryPlan.h"
 #include "report/MailAddress.h"
 #include "report/OperatorAddresses.h"
+#include "report/ReportWorkbook.h"
 #include "support/TempConfig.h"
 #include "tickets/ColourStore.h"
 #include "tickets/Selection.h"
 
+#include <QJsonArray>
 #include <gtest/gtest.h>
 
 namespace {
@@ -162,6 +165,30 @@ TEST_F(DeliveryPlanTest, SkipWhenClearSendsNothingOnlyForACompleteEmptyReport)
   EXPECT_TRUE(PlanDelivery(FIn, delivery, FSmtp, FColours, [] { return CNow; }).Mails.isEmpty());
   FIn.RetrievalWarning = "incomplete";
   EXPECT_EQ(PlanDelivery(FIn, delivery, FSmtp, FColours, [] { return CNow; }).Mails.size(), 1);
+}
+
+// The workbook a mail carries: a sheet per section with rows, its header bold,
+// frozen and filtered; the ticket, the ages and the reports as numbers, dates as dates.
+TEST_F(DeliveryPlanTest, TheAttachedWorkbookHoldsTheRowsOfItsMailAsTypedCells)
+{
+  FIn.FollowUp = std::make_shared<TFollowUpMemory>();
+  const TReportMail digest = Plan(TDeliveryMode::Personal).Mails[1];
+  ASSERT_EQ(digest.To, QStringList{"ann@example.test"});
+  const QJsonArray sheets = ReadWorkbook(ReportWorkbook(digest.Report, FColours));
+  ASSERT_EQ(sheets.size(), 1); // Ann's only row is unassigned
+  const QJsonObject sheet = sheets[0].toObject();
+  EXPECT_EQ(std::tuple(sheet["name"].toString(), sheet["bold"].toBool(), sheet["freeze"].toString(),
+                       sheet["filter"].toString()),
+            std::tuple(QString("Unassigned"), true, QString("A2"), QString("A1:K2")));
+  const QJsonArray rows = sheet["rows"].toArray();
+  EXPECT_EQ(rows[0].toArray().toVariantList(),
+            (QVariantList{"Organization", "Ticket", "Title", "Assigned Team", "Creation Date", "Hours since creation",
+                          "Last Update", "Priority", "Status", "Listed since", "Reports in a row"}));
+  const QJsonArray row = rows[1].toArray();
+  EXPECT_EQ(std::tuple(row[1].toDouble(), row[5].toDouble(), row[10].toDouble()), std::tuple(1.0, 48.0, 1.0));
+  for (const int date : {4, 6, 9})
+    EXPECT_TRUE(QDateTime::fromString(row[date].toString(), Qt::ISODate).isValid()) << date;
+  EXPECT_EQ(ReportWorkbookName(QDate(2026, 11, 4)), "tickets-follow-up-20261104.xlsx");
 }
 
 } // namespace

