@@ -9,12 +9,12 @@
 #include "report/gui/TfrmSMTP.h"
 #include "rest/gui/TfrmSetQuorvexItsmConfig.h"
 #include "state/TMainState.h"
-#include "tickets/GridExport.h"
 #include "tickets/gui/TfmChooseOrga.h"
 #include "tickets/gui/TfrmFilters.h"
 #include "tickets/gui/TfrmLoading.h"
 #include "tickets/gui/TfrmStatusPriorities.h"
 #include "FailureBox.h"
+#include "GridSaving.h"
 #include "TfrmAbout.h"
 #include "TfrmSnooze.h"
 #include "TicketsView.h"
@@ -24,7 +24,6 @@
 #include <QDir>
 #include <QIcon>
 #include <QDesktopServices>
-#include <QFileDialog>
 #include <QUrl>
 #include <QCloseEvent>
 #include <QLabel>
@@ -394,13 +393,8 @@ void TfrmMain::bbtFilterClick()
 void TfrmMain::bbtSaveGridClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSaveGridClick");
-  const QString fileName =
-      QFileDialog::getSaveFileName(this, tr("Save the tickets"), QString(), QStringLiteral("Excel file (*.xlsx)"));
-  if (fileName.isEmpty())
-    return;
-  ExportGridToXlsx(FState.FTicketsGrid, fileName);
-  statusBar()->showMessage(tr("%n ticket(s) saved to %1", nullptr, FState.FTicketsGrid.rowCount())
-                               .arg(QDir::toNativeSeparators(fileName)));
+  if (const QString saved = SaveGrid(*findChild<TTicketsView *>(), this); !saved.isEmpty())
+    statusBar()->showMessage(saved);
 }
 
 void TfrmMain::bbtAboutClick()

@@ -126,6 +126,16 @@ bool TTicketsView::AnySnoozedSelected() const
                      [](const QModelIndex &row) { return row.data(TTicketsModel::SnoozedRole).toBool(); });
 }
 
+const QAbstractItemModel &TTicketsView::ShownRows() const { return *FShown; }
+
+std::unique_ptr<QAbstractItemModel> TTicketsView::AllRowsInShownOrder() const
+{
+  auto rows = std::make_unique<TShownTickets>(nullptr);
+  rows->setSourceModel(FShown->sourceModel());
+  rows->sort(FShown->sortColumn(), FShown->sortOrder());
+  return rows;
+}
+
 void TTicketsView::FitColumns()
 {
   constexpr int CPadding = 5;

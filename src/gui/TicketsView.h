@@ -2,9 +2,10 @@
 
 #include "rest/uTypes.h"
 
+#include <QAbstractItemModel>
 #include <QStackedWidget>
+#include <memory>
 
-class QAbstractItemModel;
 class QLabel;
 class QLineEdit;
 class QSortFilterProxyModel;
@@ -12,11 +13,11 @@ class QTableView;
 
 // The grid area of the main window. Until the first retrieval it shows a short
 // guide to the first steps; then a search box above the ticket grid. Sorting by a
-// header click and the search change only what the grid shows: the ticket list,
-// the report and the workbook keep the retrieval's order. A ticket new on the
-// report shows in bold, a snoozed one greyed; a right click asks for the
-// follow-up's menu (customContextMenuRequested of the grid). Columns take the width
-// of their contents as soon as the grid is filled.
+// header click and the search change only what the grid shows: the ticket list
+// and the report keep the retrieval's order ("Save the grid" writes what the grid
+// shows). A ticket new on the report shows in bold, a snoozed one greyed; a right
+// click asks for the follow-up's menu (customContextMenuRequested of the grid).
+// Columns take the width of their contents as soon as the grid is filled.
 class TTicketsView : public QStackedWidget
 {
   Q_OBJECT
@@ -27,6 +28,11 @@ public:
   // The tickets of the selected rows, and whether one of them is snoozed.
   QList<TRestId> SelectedTickets() const;
   bool AnySnoozedSelected() const;
+
+  // The rows the grid shows (searched and sorted), and all of its rows in the
+  // order it sorts them.
+  const QAbstractItemModel &ShownRows() const;
+  std::unique_ptr<QAbstractItemModel> AllRowsInShownOrder() const;
 
   QLabel *lblGuide;
   QLineEdit *edtSearch;

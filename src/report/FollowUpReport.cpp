@@ -38,6 +38,12 @@ void AddParagraph(QStringList &html, TReportText &text, const QStringList &lines
   text.Paragraph(lines);
 }
 
+// The first headers of the summary's tables, those of the sections.
+QStringList TicketHeaders()
+{
+  return {Column(TColumnId::Organization).Caption, Column(TColumnId::Ticket).Caption, Column(TColumnId::Title).Caption};
+}
+
 // "Incident 24012", as the sections name a ticket.
 QString TicketName(const QString &type, TRestId id)
 {
@@ -164,10 +170,8 @@ void TMailReport::AddSummary()
                      SectionName(section), ListedText(listing)});
       }
   }
-  AddPlainTable(FOut.HtmlContent, FText,
-                {QStringLiteral("Organization"), QStringLiteral("Ticket"), QStringLiteral("Title"),
-                 QStringLiteral("Section"), QStringLiteral("Listed")},
-                rows);
+  const QStringList headers = TicketHeaders() << QStringLiteral("Section") << Column(TColumnId::Listed).Caption;
+  AddPlainTable(FOut.HtmlContent, FText, headers, rows);
 }
 
 void TMailReport::AddLeft()
@@ -189,8 +193,5 @@ void TMailReport::AddLeft()
   for (const TLeftTicket &left : FOut.Left)
     rows.append({left.Was.OrganizationName, TicketName(left.Was.Type, left.Was.Ticket), left.Was.Title,
                  SectionName(static_cast<TReportSection>(left.Was.Section)), left.Why});
-  AddPlainTable(FOut.HtmlContent, FText,
-                {QStringLiteral("Organization"), QStringLiteral("Ticket"), QStringLiteral("Title"),
-                 QStringLiteral("Section"), QStringLiteral("Why")},
-                rows);
+  AddPlainTable(FOut.HtmlContent, FText, TicketHeaders() << QStringLiteral("Section") << QStringLiteral("Why"), rows);
 }

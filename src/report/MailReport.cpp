@@ -13,18 +13,10 @@ const QString CActive = QStringLiteral("ACTIVE");
 const QString CNotChecked =
     QStringLiteral("This could not be checked: the retrieval of the tickets was incomplete.");
 constexpr qint64 CMillisecondsPerMinute = 60 * 1000;
-constexpr qint64 CMillisecondsPerHour = 60 * CMillisecondsPerMinute;
-constexpr qint64 CMillisecondsPerDay = 24 * CMillisecondsPerHour;
+constexpr qint64 CMillisecondsPerDay = 24 * 60 * CMillisecondsPerMinute;
 
 // Values of the service joined by ", ", as HTML that shows them as text.
 QString EscapedList(const QStringList &serviceTexts) { return serviceTexts.join(QStringLiteral(", ")).toHtmlEscaped(); }
-
-// Whole units from `from` to `to`, truncated toward zero. Service stamps lie
-// between the years 0 and 9999, so that even their hours fit a 32-bit number.
-std::int32_t WholeUnits(const QDateTime &from, const QDateTime &to, qint64 unit)
-{
-  return static_cast<std::int32_t>(from.msecsTo(to) / unit);
-}
 
 // ASCII letters in lower case, as addresses are listed.
 QString AsciiLower(const QString &text)
@@ -37,26 +29,6 @@ QString AsciiLower(const QString &text)
 }
 
 } // namespace
-
-TSectionLayout SectionLayout(TReportSection section)
-{
-  switch (section) {
-  case TReportSection::Unassigned: return {false, TAge::Hours, TAge::None};
-  case TReportSection::WithoutUpdate: return {true, TAge::None, TAge::Days};
-  case TReportSection::Gt10Exchanges: break;
-  }
-  return {true, TAge::Days, TAge::Days};
-}
-
-std::int32_t AgeOf(const QDateTime &moment, const QDateTime &now, TAge unit)
-{
-  switch (unit) {
-  case TAge::None: break;
-  case TAge::Hours: return std::abs(WholeUnits(moment, now, CMillisecondsPerHour));
-  case TAge::Days: return WholeUnits(moment, now, CMillisecondsPerDay);
-  }
-  return 0;
-}
 
 namespace {
 
@@ -78,131 +50,67 @@ QStringList Names(const auto &records)
   return names;
 }
 
-// The columns of the tables, each declared once for the HTML and the text.
-enum class TColumn { Organization, Ticket, Title, AssignedTeam, AssignedUser, CreationDate, LastUpdate, Priority, Status, Listed };
-
-struct TColumnSpec
+// A cell of a section's table in the mail: its text, the address it links to,
+// and the note its column's next columns add in brackets (an age, "escalated").
+struct TMailCell
 {
-  TColumn Column;
-  QString Header;
-  bool NoWrap;       // the HTML cell does not wrap
-  bool Centred;      // the HTML cell is centred
-  bool KeepTogether; // its spaces are no-break spaces in the HTML
+  const TTicketColumn *Column;
+  QString Text;
+  QString Address;
+  QString Note = {};
 };
 
-const TColumnSpec CColumns[] = {
-    {TColumn::Organization, QStringLiteral("Organization"), true, false, false},
-    {TColumn::Ticket, QStringLiteral("Ticket"), true, false, false},
-    {TColumn::Title, QStringLiteral("Title"), false, false, false},
-    {TColumn::AssignedTeam, QStringLiteral("Assigned Team"), true, false, false},
-    {TColumn::AssignedUser, QStringLiteral("Assigned User"), true, false, true},
-    {TColumn::CreationDate, QStringLiteral("Creation Date"), false, true, true},
-    {TColumn::LastUpdate, QStringLiteral("Last Update"), false, true, true},
-    {TColumn::Priority, QStringLiteral("Priority"), false, true, false},
-    {TColumn::Status, QStringLiteral("Status"), true, true, false},
-    {TColumn::Listed, QStringLiteral("Listed"), false, true, false}, // with a memory only
-};
-
-struct TSectionColumn
+QList<TMailCell> MailCells(const TTicketTable &table, qsizetype row)
 {
-  const TColumnSpec *Spec;
-  TAge Age;
-};
-
-QList<TSectionColumn> SectionColumns(TReportSection section, bool listed)
-{
-  const auto [withAssignedUser, creationAge, updateAge] = SectionLayout(section);
-  QList<TSectionColumn> columns;
-  for (const TColumnSpec &spec : CColumns)
-    if ((spec.Column != TColumn::AssignedUser || withAssignedUser) && (spec.Column != TColumn::Listed || listed))
-      columns.append({&spec, spec.Column == TColumn::CreationDate ? creationAge
-                             : spec.Column == TColumn::LastUpdate ? updateAge
-                                                                  : TAge::None});
-  return columns;
+  QList<TMailCell> cells;
+  for (qsizetype c = 0; c < table.Columns.size(); ++c) {
+    const TTicketColumn *column = table.Columns[c];
+    const TCellValue &value = table.Rows[row][c];
+    if (!column->Note) {
+      cells.append({column, CellText(column->Type, value.Value, QStringLiteral("unknown")), value.Address});
+      continue;
+    }
+    const bool flag = column->Type == TCellType::Flag;
+    if (cells.isEmpty() || value.Value.isNull() || (flag && !value.Value.toBool()))
+      continue; // nothing to note
+    const QString note = QString::fromLatin1(column->Note);
+    cells.last().Note = flag ? note : note.arg(value.Value.toString());
+  }
+  return cells;
 }
 
-// What a cell shows, as plain text: the value, the address it links to, the age.
-struct TCell
+QString HtmlCell(const TMailCell &cell, TColourStore &colours)
 {
-  QString Text;
-  QString Address = {};
-  QString Age = {};
-  std::optional<TColor> Background = {};
-};
-
-QString HtmlCell(const TColumnSpec &spec, const TCell &cell)
-{
+  const TTicketColumn &column = *cell.Column;
   QString content = cell.Text.toHtmlEscaped();
-  if (spec.KeepTogether)
+  if (column.KeepTogether)
     content = Str2Html(content);
   if (!cell.Address.isEmpty())
     content = QStringLiteral("<a href=\"") + cell.Address.toHtmlEscaped() + QStringLiteral("\" target=\"_blank\">") +
               content + QStringLiteral("</a>");
-  if (!cell.Age.isEmpty())
-    content += QStringLiteral("<br><strong>(") + Str2Html(cell.Age) + QStringLiteral(")</strong>");
+  if (!cell.Note.isEmpty())
+    content += QStringLiteral("<br><strong>(") + Str2Html(cell.Note) + QStringLiteral(")</strong>");
   QString open = QStringLiteral("          <td");
-  if (spec.Centred)
+  if (column.Centred)
     open += QStringLiteral(" align=\"center\"");
-  if (spec.NoWrap)
+  if (column.NoWrap)
     open += QStringLiteral(" nowrap");
-  if (cell.Background)
-    open += QStringLiteral(" color=") + ColorToHtml1(GetContrastedColor(*cell.Background)) +
-            QStringLiteral(" bgcolor=") + ColorToHtml1(*cell.Background);
+  if (column.Colours) {
+    const TColor background = colours.GetSavedColor(*column.Colours, cell.Text);
+    open += QStringLiteral(" color=") + ColorToHtml1(GetContrastedColor(background)) + QStringLiteral(" bgcolor=") +
+            ColorToHtml1(background);
+  }
   return open + u'>' + content + QStringLiteral("</td>");
 }
 
-QString TextCell(const TCell &cell)
+QString TextCell(const TMailCell &cell)
 {
   QString text = cell.Text;
   if (!cell.Address.isEmpty())
     text += QStringLiteral(" <") + cell.Address + u'>';
-  if (!cell.Age.isEmpty())
-    text += QStringLiteral(" (") + cell.Age + u')';
+  if (!cell.Note.isEmpty())
+    text += QStringLiteral(" (") + cell.Note + u')';
   return text;
-}
-
-// What `column` shows for `ticket` (listed as `listing`): the one place that
-// reads a row's values.
-TCell TicketCell(const TSectionColumn &column, const tyRestTicket &ticket, const TListing *listing,
-                 const QString &serviceUrl, TColourStore &colours, const QDateTime &now)
-{
-  switch (column.Spec->Column) {
-  case TColumn::Listed:
-    if (!listing)
-      return {};
-    return {ListedText(*listing), {}, listing->Escalated ? QStringLiteral("escalated") : QString()};
-  case TColumn::Organization: return {ticket.organization.name};
-  case TColumn::Ticket: {
-    static const QHash<QString, QString> typeNames{{QStringLiteral("INCIDENT"), QStringLiteral("Incident")},
-                                                   {QStringLiteral("REQUEST"), QStringLiteral("Request")},
-                                                   {QStringLiteral("CHANGE"), QStringLiteral("Change")},
-                                                   {QStringLiteral("PROBLEM"), QStringLiteral("Problem")}};
-    const QString id = QString::number(ticket.id);
-    return {typeNames.value(ticket._type) + u' ' + id, serviceUrl + QStringLiteral("/operators/tickets/all/") + id};
-  }
-  case TColumn::Title: return {ticket.title};
-  case TColumn::AssignedTeam: return {ticket.assignedTeam.name};
-  case TColumn::AssignedUser: return {ticket.assignedUser.name};
-  case TColumn::CreationDate:
-  case TColumn::LastUpdate: {
-    // A stamp that cannot be read is an unknown date, without an age.
-    const std::optional<QDateTime> moment = RestTimestamp2DateTime(
-        column.Spec->Column == TColumn::CreationDate ? ticket.creationDate : ticket.lastUpdate);
-    if (!moment)
-      return {QStringLiteral("unknown")};
-    TCell cell{DateTimeToStr(*moment)};
-    if (column.Age != TAge::None)
-      cell.Age = QStringLiteral("%1 %2").arg(AgeOf(*moment, now, column.Age))
-                     .arg(column.Age == TAge::Hours ? QStringLiteral("hours") : QStringLiteral("days"));
-    return cell;
-  }
-  case TColumn::Priority: {
-    const QString text = colours.GetPriorityText(ticket.priority.reference);
-    return {text, {}, {}, colours.GetSavedColor(Setting::PriorityColours, text)};
-  }
-  case TColumn::Status: break;
-  }
-  return {ticket.status._reference, {}, {}, colours.GetSavedColor(Setting::StatusColours, ticket.status._reference)};
 }
 
 } // namespace
@@ -231,6 +139,7 @@ TReportOutput TMailReport::Generate()
   FCurrentTime = FNow();
   FOut = TReportOutput();
   FOut.CurrentTime = FCurrentTime;
+  FOut.ServiceUrl = FIn.ServiceUrl;
   FText = TReportText();
   FSnoozedRows.clear();
   FSelected = {};
@@ -387,27 +296,24 @@ const TReportRows &TMailReport::SectionRows(TReportSection section)
 
 void TMailReport::AddTable(TReportSection section)
 {
-  const TReportRows &rows = FOut.Rows.at(static_cast<std::size_t>(section));
-  const QList<TSectionColumn> columns = SectionColumns(section, FOut.Remembers);
-  const QList<TListing> &listings = FOut.Listings.at(static_cast<std::size_t>(section));
+  const TCellContext context{FCurrentTime, FIn.ServiceUrl, &FColours};
+  const TTicketTable table = SectionTable(FOut, section, InMail, context);
   QStringList headers;
   QStringList &html = FOut.HtmlContent;
   html << QStringLiteral("    <table style=\"width: 100%\" border=\"1\">") << QStringLiteral("      <thead>")
        << QStringLiteral("        <tr>");
-  for (const TSectionColumn &column : columns) {
-    headers << column.Spec->Header;
-    html << QStringLiteral("          <td align=\"center\">") + Str2Html(column.Spec->Header) + QStringLiteral("</td>");
-  }
+  for (const TTicketColumn *column : table.Columns)
+    if (!column->Note) {
+      headers << column->Caption;
+      html << QStringLiteral("          <td align=\"center\">") + Str2Html(column->Caption) + QStringLiteral("</td>");
+    }
   html << QStringLiteral("        </tr>") << QStringLiteral("      </thead>") << QStringLiteral("      <tbody>");
   QList<QStringList> textRows;
-  for (qsizetype row = 0; row < rows.size(); ++row) {
-    const tyRestTicket &ticket = rows[row];
-    const TListing *listing = row < listings.size() ? &listings.at(row) : nullptr;
+  for (qsizetype row = 0; row < table.Rows.size(); ++row) {
     html << QStringLiteral("        <tr>");
     QStringList &textRow = textRows.emplaceBack();
-    for (const TSectionColumn &column : columns) {
-      const TCell cell = TicketCell(column, ticket, listing, FIn.ServiceUrl, FColours, FCurrentTime);
-      html << HtmlCell(*column.Spec, cell);
+    for (const TMailCell &cell : MailCells(table, row)) {
+      html << HtmlCell(cell, FColours);
       textRow << TextCell(cell);
     }
     html << QStringLiteral("        </tr>");

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include "report/FollowUp.h"
 #include "report/HtmlTexts.h"
+#include "report/ReportRows.h"
 #include "report/ReportText.h"
 #include "rest/uTypes.h"
 
@@ -23,25 +24,6 @@ inline constexpr TReportSection CReportSections[] = {TReportSection::Unassigned,
                                                      TReportSection::Gt10Exchanges};
 // "Unassigned", "Without update", "More than 10 exchanges".
 QString SectionName(TReportSection section);
-
-// What a date cell shows besides the date: nothing, or the age in whole hours or days.
-enum class TAge { None, Hours, Days };
-
-// The columns of a section's table: Organization, Ticket, Title, Assigned Team,
-// Assigned User (when WithAssignedUser), Creation Date, Last Update, Priority,
-// Status; the two dates carry the ages named here.
-struct TSectionLayout
-{
-  bool WithAssignedUser;
-  TAge CreationAge;
-  TAge UpdateAge;
-};
-TSectionLayout SectionLayout(TReportSection section);
-
-// The age a date cell shows: whole hours (from the distance between the two
-// moments) or whole days (`now` minus `moment`), truncated, in absolute time: a
-// change of the clocks (DST) does not change an age.
-std::int32_t AgeOf(const QDateTime &moment, const QDateTime &now, TAge unit);
 
 // What the report is made from: the retrieved tickets and the choices of the
 // user. Lists are Qt's shared lists, so filling this copies no ticket.
@@ -79,44 +61,6 @@ struct TReportInput
   std::shared_ptr<const TFollowUpMemory> FollowUp;
 };
 
-// The rows of one section, in report order: tickets of the report's input by
-// position, so that no ticket is copied.
-class TReportRows
-{
-public:
-  class const_iterator
-  {
-  public:
-    using value_type = tyRestTicket;
-    using difference_type = qsizetype;
-    const_iterator(const TReportRows &rows, qsizetype row) : FRows(&rows), FRow(row) {}
-    const tyRestTicket &operator*() const { return (*FRows)[FRow]; }
-    const_iterator &operator++()
-    {
-      ++FRow;
-      return *this;
-    }
-    bool operator==(const const_iterator &other) const = default;
-
-  private:
-    const TReportRows *FRows;
-    qsizetype FRow;
-  };
-
-  TReportRows() = default;
-  explicit TReportRows(tyRestTickets tickets) : FTickets(std::move(tickets)) {}
-  void Append(qsizetype ticket) { FIndexes.append(ticket); }
-  qsizetype size() const { return FIndexes.size(); }
-  bool isEmpty() const { return FIndexes.isEmpty(); }
-  const tyRestTicket &operator[](qsizetype row) const { return FTickets.at(FIndexes.at(row)); }
-  const_iterator begin() const { return {*this, 0}; }
-  const_iterator end() const { return {*this, size()}; }
-
-private:
-  tyRestTickets FTickets; // shared with the input, never changed
-  QList<qsizetype> FIndexes;
-};
-
 // The report and the people it concerns.
 struct TReportOutput
 {
@@ -132,6 +76,7 @@ struct TReportOutput
   std::int32_t NbGt10Exch = 0;
   std::array<TReportRows, CReportSectionCount> Rows; // the rows of each section
   QDateTime CurrentTime; // the clock reading every age counts from
+  QString ServiceUrl;    // where the tickets' links lead
   // "Quorvex ITSM tickets follow-up", with a memory followed by the date and the counts.
   QString Subject = CReportTitle;
   // With a memory: since when each row is listed (beside Rows), the tickets

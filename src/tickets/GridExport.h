@@ -4,8 +4,11 @@
 
 class QAbstractItemModel;
 
-// Writes a grid to an XLSX workbook at `path`, used as given (no extension is
-// added): the header row first, then each row. Integer cells are written as
-// numbers and date-time cells as dates; everything else as text. Raises
+// The sheet of the grid's export.
+inline const QString CGridSheetName = QStringLiteral("Open tickets");
+
+// Writes the rows of `grid` (the ticket grid's model or a view of it that sorts
+// and filters its rows), in its order, to an XLSX workbook at `path`: one sheet
+// with the grid's columns and their typed values (WriteWorkbook). Raises
 // EWriteError naming the file when the workbook cannot be written.
 void ExportGridToXlsx(const QAbstractItemModel &grid, const QString &path);

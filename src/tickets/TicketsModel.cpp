@@ -3,14 +3,35 @@
 #include "core/uTools.h"
 
 namespace {
-const QStringList CHeaders{QStringLiteral("Type"),         QStringLiteral("Id"),
-                           QStringLiteral("Organization"), QStringLiteral("Priority"),
-                           QStringLiteral("Title"),        QStringLiteral("CreationDate"),
-                           QStringLiteral("Status"),       QStringLiteral("Assigned Team"),
-                           QStringLiteral("Assigned User"), QStringLiteral("Last Update"),
-                           QStringLiteral("Listed")};
-// A date of the grid; an unknown one (a stamp that could not be read) is empty.
-QString DateText(const QDateTime &moment) { return moment.isValid() ? DateTimeToStr(moment) : QString(); }
+
+// The positions the model names are those of the grid's columns.
+constexpr bool NamesFollowTheColumns()
+{
+  using M = TTicketsModel;
+  const std::pair<int, TColumnId> named[] = {
+      {M::colType, TColumnId::Type},         {M::colId, TColumnId::Id},
+      {M::colOrganization, TColumnId::Organization}, {M::colPriority, TColumnId::GridPriority},
+      {M::colTitle, TColumnId::Title},       {M::colCreationDate, TColumnId::GridCreationDate},
+      {M::colStatus, TColumnId::Status},     {M::colAssignedTeam, TColumnId::AssignedTeam},
+      {M::colAssignedUser, TColumnId::AssignedUser}, {M::colLastUpdate, TColumnId::LastUpdate},
+      {M::colTenExchanges, TColumnId::TenExchanges}, {M::colListed, TColumnId::Listed}};
+  for (const auto &[position, id] : named)
+    if (CGridColumnIds[position] != id)
+      return false;
+  return std::size(CGridColumnIds) == M::ColumnCount;
+}
+static_assert(NamesFollowTheColumns());
+
+const TRowMark CNoMark;
+const TCellContext CNoContext; // the grid's columns read nothing beyond the row
+
+// What the grid shows of a value: numbers and texts as they are, so that the
+// view writes numbers its own way.
+QVariant Shown(TCellType type, const QVariant &value)
+{
+  return type == TCellType::DateTime || type == TCellType::Flag ? QVariant(CellText(type, value)) : value;
+}
+
 } // namespace
 
 const QString TTicketsModel::CTenExchangesTip =
@@ -48,41 +69,30 @@ int TTicketsModel::columnCount(const QModelIndex &parent) const
 
 QVariant TTicketsModel::data(const QModelIndex &index, int role) const
 {
-  if (!index.isValid() || index.row() >= FTickets.size())
+  if (!index.isValid() || index.row() >= FTickets.size() || index.column() >= ColumnCount)
     return {};
   const tyRestTicket &ticket = FTickets.at(index.row());
+  const auto mark = FMarks.constFind(ticket.id);
   switch (role) {
   case Qt::DisplayRole:
   case Qt::EditRole: break;
   case TenExchangesRole: return ticket.tenExchangesAdded;
-  case NewRole: return FMarks.value(ticket.id).New;
-  case SnoozedRole: return !FMarks.value(ticket.id).Snoozed.isEmpty();
+  case NewRole: return mark != FMarks.cend() && mark->New;
+  case SnoozedRole: return mark != FMarks.cend() && !mark->Snoozed.isEmpty();
   case TicketIdRole: return qlonglong(ticket.id);
   case Qt::ToolTipRole: return ticket.tenExchangesAdded ? QVariant(CTenExchangesTip) : QVariant();
   case Qt::TextAlignmentRole:
-    return index.column() == colId ? QVariant(int(Qt::AlignRight | Qt::AlignVCenter)) : QVariant();
+    if (GridColumns().at(index.column())->Type == TCellType::Number)
+      return int(Qt::AlignRight | Qt::AlignVCenter);
+    return {};
   default: return {};
   }
-  const TDates &row = FDates.at(index.row());
-  switch (index.column()) {
-  case colType: return ticket._type;
-  case colId: return qlonglong(ticket.id);
-  case colOrganization: return ticket.organization.name;
-  case colPriority: return ticket.priority.reference;
-  case colTitle: return ticket.title;
-  case colCreationDate:
-    return role == Qt::DisplayRole ? QVariant(DateText(row.CreationDate)) : QVariant(row.CreationDate);
-  case colStatus: return ticket.status._reference;
-  case colAssignedTeam: return ticket.assignedTeam.name;
-  case colAssignedUser: return ticket.assignedUser.name;
-  case colLastUpdate:
-    return role == Qt::DisplayRole ? QVariant(DateText(row.LastUpdate)) : QVariant(row.LastUpdate);
-  case colListed: {
-    const TFollowUpMark mark = FMarks.value(ticket.id);
-    return mark.Snoozed.isEmpty() ? mark.Listed : QStringLiteral("snoozed ") + mark.Snoozed;
-  }
-  default: return {};
-  }
+  const TDates &dates = FDates.at(index.row());
+  const TTicketColumn &column = *GridColumns().at(index.column());
+  const QVariant value =
+      column.Value({ticket, dates.CreationDate, dates.LastUpdate, mark != FMarks.cend() ? *mark : CNoMark, CNoContext})
+          .Value;
+  return role == Qt::DisplayRole ? Shown(column.Type, value) : value;
 }
 
 QVariant TTicketsModel::headerData(int section, Qt::Orientation orientation, int role) const
@@ -90,6 +100,6 @@ QVariant TTicketsModel::headerData(int section, Qt::Orientation orientation, int
   if (role != Qt::DisplayRole)
     return {};
   if (orientation == Qt::Horizontal)
-    return section >= 0 && section < CHeaders.size() ? QVariant(CHeaders.at(section)) : QVariant();
+    return section >= 0 && section < ColumnCount ? QVariant(GridColumns().at(section)->Caption) : QVariant();
   return section + 1;
 }

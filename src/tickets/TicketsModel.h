@@ -1,25 +1,28 @@
 #pragma once
 
-#include <QDateTime>
+#include "TicketColumns.h"
 #include "rest/uTypes.h"
 
 #include <QAbstractTableModel>
+#include <QDateTime>
 #include <QHash>
 #include <QList>
 
-// The ticket grid: one row a ticket, eleven columns, the last saying since when
-// the report lists the ticket or until when it is snoozed. The Id column holds integers and
-// the two date columns date-times (converted from the service's time stamps when
-// the tickets are set), so that views sort and the workbook export writes them as
-// numbers and dates. Numbers are right-aligned; a ticket on which the supervisor
-// added ten exchanges carries TenExchangesRole and a tool tip on every cell.
+// The ticket grid: one row a ticket, in the columns of GridColumns(), the last
+// saying since when the report lists the ticket or until when it is snoozed.
+// The display role gives what the grid shows; the edit role the typed values
+// (integers, date-times converted from the service's time stamps when the
+// tickets are set, flags), so that views sort and the workbook export writes them
+// as numbers, dates and booleans. Numbers are right-aligned; a ticket on which the
+// supervisor added ten exchanges carries TenExchangesRole and a tool tip on every
+// cell.
 class TTicketsModel : public QAbstractTableModel
 {
   Q_OBJECT
 
 public:
   enum TColumn { colType, colId, colOrganization, colPriority, colTitle, colCreationDate, colStatus,
-                 colAssignedTeam, colAssignedUser, colLastUpdate, colListed, ColumnCount };
+                 colAssignedTeam, colAssignedUser, colLastUpdate, colTenExchanges, colListed, ColumnCount };
 
   // true for a ticket flagged for the ten-exchanges notice
   static constexpr int TenExchangesRole = Qt::UserRole + 1;
@@ -31,18 +34,12 @@ public:
 
   // What the follow-up says of a ticket: since when the report lists it ("new",
   // "since 18.11.2026, 5 reports"), or until when it is snoozed.
-  struct TFollowUpMark
-  {
-    QString Listed;
-    bool New = false;
-    QString Snoozed; // "until 01.12.2026", "until it changes"; empty when not snoozed
-  };
+  using TFollowUpMark = TRowMark;
   static const QString CTenExchangesTip;
 
   using QAbstractTableModel::QAbstractTableModel;
 
-  // Replaces every row. Raises ERangeError for a time stamp whose numbers do not
-  // fit, before anything is replaced.
+  // Replaces every row.
   void SetTickets(const tyRestTickets &tickets);
   // Replaces the follow-up marks (by ticket id); the tickets stay.
   void SetFollowUp(QHash<TRestId, TFollowUpMark> marks);

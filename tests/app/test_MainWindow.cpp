@@ -7,6 +7,9 @@
 #include "tickets/gui/TfrmLoading.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -139,20 +142,77 @@ TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)
   QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
   EXPECT_FALSE(asked.isEmpty());
   EXPECT_EQ(server.Messages().size(), 2);
+}
 
-  FState.FTicketsGrid.SetTickets({Ticket(1, "one", false), Ticket(2, "two", false)});
+// Sorting and searching change the view only. "Save the grid" with the search
+// on asks whether to save all the tickets or those shown (Enter: those shown,
+// Escape: nothing), proposes a dated name, adds ".xlsx" and keeps the grid's order.
+TEST_F(MainWindow, TheGridSortsAndSearchesItsViewAndSavesWhatItShows)
+{
+  FState.FTickets = {Ticket(4521, "Printer", false), Ticket(99, "VPN slow", false), Ticket(17, "VPN down", true)};
+  FState.FTicketsGrid.SetTickets(FState.FTickets);
   QTest::mouseClick(FWindow->bbtGenerateMail, Qt::LeftButton); // any step brings the buttons up to date
   ASSERT_TRUE(FWindow->bbtSaveGrid->isEnabled());
-  const QString workbook = FConfig.File("tickets.xlsx");
-  QTimer::singleShot(0, [&workbook] {
-    auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-    ASSERT_NE(dialog, nullptr);
-    auto *name = dialog->findChild<QLineEdit *>("fileNameEdit");
-    name->setText(workbook); // typed, its completer would take the Enter
-    QTest::keyClick(name, Qt::Key_Return);
-  });
-  QTest::mouseClick(FWindow->bbtSaveGrid, Qt::LeftButton);
-  EXPECT_EQ(FWindow->statusBar()->currentMessage(), "2 ticket(s) saved to " + workbook);
+  auto *grid = FWindow->findChild<QTableView *>("asgTickets");
+  QHeaderView *header = grid->horizontalHeader();
+  QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                    QPoint(header->sectionViewportPosition(TTicketsModel::colId) + 4, header->height() / 2));
+  QTest::keyClicks(FWindow->findChild<QLineEdit *>("edtSearch"), "vpn");
+  const QAbstractItemModel *shown = grid->model();
+  EXPECT_EQ(shown->rowCount(), 2);
+  EXPECT_FALSE(shown->data(shown->index(0, TTicketsModel::colType), Qt::DecorationRole).value<QIcon>().isNull());
+  EXPECT_EQ(FState.FTicketsGrid.data(FState.FTicketsGrid.index(0, TTicketsModel::colId)).toInt(), 4521);
+
+  const struct
+  {
+    Qt::Key Key;
+    const char *Button; // clicked instead of a key
+    QList<int> Ids;
+  } answers[] = {{Qt::Key_Return, nullptr, {17, 99}},
+                 {Qt::Key_unknown, "All 3", {17, 99, 4521}},
+                 {Qt::Key_Escape, nullptr, {}}};
+  for (const auto &[key, button, ids] : answers) {
+    SCOPED_TRACE(ids.size());
+    const QString typed = FConfig.File(QStringLiteral("saved %1").arg(ids.size())); // without its suffix
+    QString asked;
+    QString proposed;
+    QTimer::singleShot(0, [&] {
+      auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr);
+      asked = box->text();
+      if (!ids.isEmpty())
+        QTimer::singleShot(0, [&] {
+          auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+          ASSERT_NE(dialog, nullptr);
+          auto *name = dialog->findChild<QLineEdit *>("fileNameEdit");
+          proposed = name->text();
+          name->setText(typed); // typed, its completer would take the Enter
+          QTest::keyClick(name, Qt::Key_Return);
+        });
+      for (QAbstractButton *choice : box->buttons())
+        if (button && choice->text() == button)
+          QTest::mouseClick(choice, Qt::LeftButton);
+      if (!button)
+        QTest::keyClick(box, key);
+    });
+    FWindow->statusBar()->clearMessage();
+    QTest::mouseClick(FWindow->bbtSaveGrid, Qt::LeftButton);
+    EXPECT_EQ(asked, "The search shows 2 of the 3 tickets. Save all 3 or the 2 shown?");
+    if (ids.isEmpty()) {
+      EXPECT_EQ(FWindow->statusBar()->currentMessage(), "");
+      continue;
+    }
+    EXPECT_EQ(proposed, "tickets-" + QDate::currentDate().toString("yyyyMMdd") + ".xlsx");
+    EXPECT_EQ(FWindow->statusBar()->currentMessage(),
+              QString("%1 ticket(s) saved to %2.xlsx").arg(ids.size()).arg(typed));
+    QFile saved(typed + ".xlsx");
+    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+    QList<int> rows;
+    for (const QJsonValue row : ReadWorkbook(saved.readAll()).first().toObject()["rows"].toArray())
+      if (row[1].isDouble())
+        rows.append(row[1].toInt());
+    EXPECT_EQ(rows, ids);
+  }
 }
 
 TEST_F(MainWindow, MailIsSentOffTheWindowThreadWithEveryButtonOff)
@@ -182,25 +242,6 @@ TEST_F(MainWindow, MailIsSentOffTheWindowThreadWithEveryButtonOff)
       << shown.toStdString();
   EXPECT_EQ(VisibleProgress(FWindow.get()), nullptr);
   EXPECT_TRUE(FWindow->bbtSendMail->isEnabled());
-}
-
-TEST_F(MainWindow, TheGridSortsAndSearchesItsViewOnly)
-{
-  FState.FTickets = {Ticket(4521, "Printer", false), Ticket(17, "VPN down", true)};
-  FState.FTicketsGrid.SetTickets(FState.FTickets);
-  auto *grid = FWindow->findChild<QTableView *>("asgTickets");
-  ASSERT_TRUE(grid->isVisible()); // the guide gave way to the grid
-  const QAbstractItemModel *shown = grid->model();
-  QHeaderView *header = grid->horizontalHeader();
-  QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
-                    QPoint(header->sectionViewportPosition(TTicketsModel::colId) + 4, header->height() / 2));
-  EXPECT_EQ(shown->data(shown->index(0, TTicketsModel::colId)).toInt(), 17);
-  EXPECT_FALSE(shown->data(shown->index(0, TTicketsModel::colType), Qt::DecorationRole).value<QIcon>().isNull());
-  EXPECT_EQ(FState.FTicketsGrid.data(FState.FTicketsGrid.index(0, TTicketsModel::colId)).toInt(), 4521);
-
-  QTest::keyClicks(FWindow->findChild<QLineEdit *>("edtSearch"), "vpn");
-  EXPECT_EQ(shown->rowCount(), 1);
-  EXPECT_EQ(FState.FTicketsGrid.rowCount(), 2);
 }
 
 TEST_F(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)

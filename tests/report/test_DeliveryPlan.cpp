@@ -168,7 +168,8 @@ TEST_F(DeliveryPlanTest, SkipWhenClearSendsNothingOnlyForACompleteEmptyReport)
 }
 
 // The workbook a mail carries: a sheet per section with rows, its header bold,
-// frozen and filtered; the ticket, the ages and the reports as numbers, dates as dates.
+// frozen and filtered; the ticket as its name, the ages and the reports as numbers,
+// dates as dates.
 TEST_F(DeliveryPlanTest, TheAttachedWorkbookHoldsTheRowsOfItsMailAsTypedCells)
 {
   FIn.FollowUp = std::make_shared<TFollowUpMemory>();
@@ -185,7 +186,8 @@ TEST_F(DeliveryPlanTest, TheAttachedWorkbookHoldsTheRowsOfItsMailAsTypedCells)
             (QVariantList{"Organization", "Ticket", "Title", "Assigned Team", "Creation Date", "Hours since creation",
                           "Last Update", "Priority", "Status", "Listed since", "Reports in a row"}));
   const QJsonArray row = rows[1].toArray();
-  EXPECT_EQ(std::tuple(row[1].toDouble(), row[5].toDouble(), row[10].toDouble()), std::tuple(1.0, 48.0, 1.0));
+  EXPECT_TRUE(row[1].toString().endsWith(" 1")) << row[1].toString().toStdString();
+  EXPECT_EQ(std::tuple(row[5].toDouble(), row[10].toDouble()), std::tuple(48.0, 1.0));
   for (const int date : {4, 6, 9})
     EXPECT_TRUE(QDateTime::fromString(row[date].toString(), Qt::ISODate).isValid()) << date;
   EXPECT_EQ(ReportWorkbookName(QDate(2026, 11, 4)), "tickets-follow-up-20261104.xlsx");

@@ -100,7 +100,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
        {"2 unassigned\n5 without update\n2 with ten exchanges\nFirst report: nothing to compare with",
         "New | new"},
        {"leads@vellmor.example"},
-       {{11, 1}, {16, 1}}},
+       {{"Incident 11", 1}, {"Incident 16", 1}}},
       {[this] {
          // A dry run between two reports is not one: nothing is recorded.
          TUnattendedOptions dry;
@@ -130,7 +130,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
         "Acme | Incident 18 | Ticket 18 | Without update | snoozed until it changes",
         "Acme | Incident 13 | Ticket 13 | More than 10 exchanges | no longer open"},
        {"leads@vellmor.example", "boss@vellmor.example"},
-       {{11, 2}, {14, 1}}},
+       {{"Incident 11", 2}, {"Incident 14", 1}}},
       {[this] {
          FService.SetFaults({});
          Change(18, [](QJsonObject &t) { t["status"] = QJsonObject{{"id", 2}, {"reference", "Waiting"}}; });
@@ -140,7 +140,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
         "Acme | Incident 11 | Ticket 11 | Unassigned | since " + today + ", 3 reports",
         "Ticket 22 | Desk | Ann |", "| Waiting | new", "No ticket left the report."},
        {"leads@vellmor.example", "boss@vellmor.example"},
-       {{11, 3}, {14, 2}}},
+       {{"Incident 11", 3}, {"Incident 14", 2}}},
   };
   int number = 0;
   for (const auto &run : runs) {
@@ -165,7 +165,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
         EXPECT_EQ(rows[0].toArray().last().toString(), "Reports in a row");
         QList<QVariantList> shown;
         for (qsizetype i = 1; i < rows.size(); ++i)
-          shown.append({rows[i][1].toInt(), rows[i].toArray().last().toInt()});
+          shown.append({rows[i][1].toString(), rows[i].toArray().last().toInt()});
         EXPECT_EQ(shown, run.UnassignedSheet);
       }
   }
