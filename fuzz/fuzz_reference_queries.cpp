@@ -3,6 +3,7 @@
 // body every request gets.
 
 #include "CannedNetwork.h"
+#include "support/Await.h"
 #include "FuzzSupport.h"
 #include "rest/dRest.h"
 
@@ -39,11 +40,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   tyQuorvexITSM settings;
   settings.Instance = QStringLiteral("fuzz.invalid");
   switch (data[0] % 5) {
-  case 0: Check(Rest->GET_Objects(settings, QStringLiteral("TICKETING"), QStringLiteral("TICKET_STATUS"))); break;
-  case 1: Check(Rest->GET_OrganizationsList(settings)); break;
-  case 2: Check(Rest->GET_Teams(settings, false)); break;
-  case 3: Check(Rest->GET_Teams(settings, true)); break;
-  default: Check(Rest->GET_OperatorsList(settings)); break;
+  case 0: Check(Await(Rest->GET_Objects(settings, QStringLiteral("TICKETING"), QStringLiteral("TICKET_STATUS")))); break;
+  case 1: Check(Await(Rest->GET_OrganizationsList(settings))); break;
+  case 2: Check(Await(Rest->GET_Teams(settings, false))); break;
+  case 3: Check(Await(Rest->GET_Teams(settings, true))); break;
+  default: Check(Await(Rest->GET_OperatorsList(settings))); break;
   }
   return 0;
 }

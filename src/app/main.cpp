@@ -161,7 +161,14 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
   int status = CExitOk;
   if (!window) {
     TStderrProgress progress;
-    status = TimerTimer(state, progress, options);
+    // Started from the event loop, which the run's end then quits.
+    QTimer::singleShot(0, application.get(), [&] {
+      Launch(RunUnattended(state, progress, options), [&status](TExitStatus ended) {
+        status = ended;
+        QCoreApplication::quit();
+      });
+    });
+    application->exec();
   }
 #ifdef QUORVEX_WITH_WIDGETS
   else {
@@ -170,8 +177,10 @@ int Run(int argc, char *argv[], const QString &exeFileName, const TCommandLine &
     form.show();
     if (unattended)
       QTimer::singleShot(100, &form, [&] {
-        status = form.RunUnattended(options);
-        form.close();
+        form.TimerTimer(options, [&](TExitStatus ended) {
+          status = ended;
+          form.close();
+        });
       });
     const int loopStatus = application->exec();
     if (!unattended)

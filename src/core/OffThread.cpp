@@ -1,26 +1,25 @@
 #include "OffThread.h"
 
-#include <QEventLoop>
 #include <QThread>
 #include <exception>
-#include <memory>
 
-void RunOffThread(const std::function<void()> &work)
+TTask<> RunOnThread(std::function<void()> work)
 {
-  std::exception_ptr failure;
-  const std::unique_ptr<QThread> thread(QThread::create([&work, &failure] {
-    try {
-      work();
-    } catch (...) {
-      failure = std::current_exception();
-    }
-  }));
-  QEventLoop loop;
-  // Queued to this thread: a quit sent before exec() still ends it.
-  QObject::connect(thread.get(), &QThread::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
-  thread->start();
-  loop.exec();
-  thread->wait();
+  const std::exception_ptr failure = co_await TCallback<std::exception_ptr>([&work](auto done) {
+    auto failed = std::make_shared<std::exception_ptr>();
+    QThread *const thread = QThread::create([work = std::move(work), failed] {
+      try {
+        work();
+      } catch (...) {
+        *failed = std::current_exception();
+      }
+    });
+    QObject::connect(thread, &QThread::finished, QCoreApplication::instance(), [thread, failed, done] {
+      thread->deleteLater();
+      done(*failed);
+    });
+    thread->start();
+  });
   if (failure)
     std::rethrow_exception(failure);
 }

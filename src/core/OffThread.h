@@ -1,9 +1,10 @@
 #pragma once
 
+#include "Task.h"
+
 #include <functional>
 
-// Runs `work` on a thread of its own and waits for it in a local event loop, so
-// that windows keep repainting while a slow server answers; the caller disables
-// whatever must not be used meanwhile. An exception of `work` is raised again
-// here. `work` must not touch widgets.
-void RunOffThread(const std::function<void()> &work);
+// Runs `work` on a thread of its own; the awaiting work goes on once it ended,
+// with the exception `work` raised, if any, raised again. The calling thread's
+// event loop runs meanwhile (no loop of its own). `work` must not touch widgets.
+TTask<> RunOnThread(std::function<void()> work);

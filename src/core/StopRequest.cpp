@@ -17,6 +17,12 @@ void TStopRequest::Request(const QString &reason)
   emit Stopped();
 }
 
+QString TStopRequest::Happened() const
+{
+  return FReason == CancelReason() ? QStringLiteral("the step was cancelled")
+                                   : QStringLiteral("the run was stopped (%1)").arg(FReason);
+}
+
 namespace {
 
 // The handler only writes the signal's number to this socket; the event loop

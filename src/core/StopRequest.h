@@ -17,8 +17,19 @@ public:
   // The first request wins; `reason` says who asked ("SIGTERM", "Cancel").
   void Request(const QString &reason);
   bool IsRequested() const { return FRequested.load(); }
+  // Ready for the next piece of work: nothing requested.
+  void Reset()
+  {
+    FRequested.store(false);
+    FReason.clear();
+  }
   // Set once IsRequested() is true.
   QString Reason() const { return FReason; }
+  // What happened, for a person: "the step was cancelled" after a Cancel,
+  // else "the run was stopped (SIGTERM)".
+  QString Happened() const;
+  // The reason a person's Cancel gives.
+  static QString CancelReason() { return QStringLiteral("Cancel"); }
 
 signals:
   void Stopped();

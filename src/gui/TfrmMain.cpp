@@ -62,7 +62,7 @@ static void InitIconResources() { Q_INIT_RESOURCE(icons); }
 TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FState(state)
 {
   InitIconResources();
-  FProgress = std::make_unique<TWindowProgress>(this);
+  FProgress = std::make_unique<TWindowProgress>(this, [this] { FState.Cancel(); });
   setObjectName(QStringLiteral("frmMain"));
   setWindowTitle(QStringLiteral("Quorvex ITSM tickets follow-up"));
   setWindowIcon(Icon(QStringLiteral("quorvex-followup")));
@@ -146,9 +146,10 @@ void TfrmMain::GridContextMenu(TTicketsView &view, const QPoint &position)
     statusBar()->showMessage(tr("%1 ticket(s) back on the report").arg(tickets.size()));
 }
 
-void TfrmMain::bbtGetTicketsClick()
+TTask<> TfrmMain::bbtGetTicketsClick()
 {
-  FState.bbtGetTicketsClick(*FProgress);
+  const TraceScope trace(lcApp(), "TfrmMain.bbtGetTicketsClick");
+  co_await FState.RetrieveTickets(*FProgress);
   ShowRetrievalStatus();
 }
 
@@ -164,9 +165,10 @@ void TfrmMain::ShowRetrievalStatus()
   statusBar()->setToolTip(status); // a long line is clipped
 }
 
-void TfrmMain::bbtGET_Organization_ListClick()
+TTask<> TfrmMain::bbtGET_Organization_ListClick()
 {
-  FState.bbtGET_Organization_ListClick(
+  const TraceScope trace(lcApp(), "TfrmMain.bbtGET_Organization_ListClick");
+  co_await FState.ChooseOrganizations(
       *FProgress, [this](const tyRestOrganizations &organizations, tyRestOrganizations &selectedOrganizations,
                          const tyRestTeams &teams, tyRestTeams &selectedTeams, const tyRestOrganizationsTeams &links) {
         const bool chosen = ChooseOrga(organizations, selectedOrganizations, teams, selectedTeams, links, this);
@@ -179,25 +181,28 @@ void TfrmMain::bbtGET_Organization_ListClick()
       });
 }
 
-void TfrmMain::bbtStatusAndPropertiesClick()
+TTask<> TfrmMain::bbtStatusAndPropertiesClick()
 {
-  FState.bbtStatusAndPropertiesClick([this](tyRestObjects &statuses, tyRestObjects &priorities, TColourStore &colours) {
+  const TraceScope trace(lcApp(), "TfrmMain.bbtStatusAndPropertiesClick");
+  co_await FState.EditStatusColours(*FProgress, [this](tyRestObjects &statuses, tyRestObjects &priorities,
+                                                        TColourStore &colours) {
     const bool changed = EditStatusAndPriorities(statuses, priorities, colours, this);
     ShowSettingsResult(changed, tr("Status and priority colours"));
     return changed;
   });
 }
 
-void TfrmMain::bbtSendMailClick()
+TTask<> TfrmMain::bbtSendMailClick()
 {
-  const QStringList mails = FState.bbtSendMailClick(
+  const TraceScope trace(lcApp(), "TfrmMain.bbtSendMailClick");
+  const QStringList mails = co_await FState.SendReport(
       *FProgress, [this](const QStringList &to, const QStringList &cc) { return ConfirmRecipients(to, cc, this); },
       [this](const QStringList &earlier) { return ConfirmResend(earlier, this); });
   if (mails.isEmpty()) {
     statusBar()->showMessage(FState.FHtmlContent.isEmpty()
                                  ? tr("Nothing sent: generate the report first (\"Generate Mail\")")
                                  : tr("Nothing sent"));
-    return;
+    co_return;
   }
   const QString through = tr("through %1 at %2")
                               .arg(SmtpServerName(FState.FSmtp), QTime::currentTime().toString(QStringLiteral("HH:mm")));
@@ -212,16 +217,17 @@ void TfrmMain::bbtSendMailClick()
   }
 }
 
-void TfrmMain::bbtTextsClick()
+TTask<> TfrmMain::bbtTextsClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtTextsClick");
   const bool changed = EditHtmlTexts(FState.FHtmlTexts, this);
   if (changed)
     FState.SaveHtmlTexts();
   ShowSettingsResult(changed, tr("Texts"));
+  co_return;
 }
 
-void TfrmMain::bbtSmtpServerClick()
+TTask<> TfrmMain::bbtSmtpServerClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSmtpServerClick");
   const bool changed = ConfigureSMTPserver(FState.FSmtp, FState.FDelivery, this);
@@ -230,12 +236,14 @@ void TfrmMain::bbtSmtpServerClick()
     FState.SaveConfigDelivery();
   }
   ShowSettingsResult(changed, tr("SMTP settings"));
+  co_return;
 }
 
-void TfrmMain::bbtGenerateMailClick()
+TTask<> TfrmMain::bbtGenerateMailClick()
 {
+  const TraceScope trace(lcApp(), "TfrmMain.bbtGenerateMailClick");
   bool opened = false;
-  FState.bbtGenerateMailClick(
+  co_await FState.GenerateReport(
       [&opened](const QString &page) { opened = QDesktopServices::openUrl(QUrl::fromLocalFile(page)); });
   const QString page = QDir::toNativeSeparators(FState.ReportFile());
   statusBar()->showMessage(opened ? tr("Report written to %1 and opened in the browser").arg(page)
@@ -276,15 +284,17 @@ void TfrmMain::RaiseToFront()
   activateWindow();
 }
 
-TExitStatus TfrmMain::RunUnattended(const TUnattendedOptions &options)
+void TfrmMain::TimerTimer(const TUnattendedOptions &options, std::function<void(TExitStatus status)> ended)
 {
+  const TraceScope trace(lcApp(), "TfrmMain.TimerTimer");
   TUnattendedOptions shown = options;
   shown.ShowAutomaticMode = [this](bool automatic) { ShowAutomaticMode(automatic); };
   SetStepRunning(true);
-  const TExitStatus status = TimerTimer(FState, *FProgress, shown);
-  SetStepRunning(false);
-  ShowRetrievalStatus();
-  return status;
+  Launch(RunUnattended(FState, *FProgress, shown), [this, ended = std::move(ended)](TExitStatus status) {
+    SetStepRunning(false);
+    ShowRetrievalStatus();
+    ended(status);
+  });
 }
 
 void TfrmMain::ShowAutomaticMode(bool automatic)
@@ -310,49 +320,57 @@ void TfrmMain::UpdateButtons()
 
 void TfrmMain::closeEvent(QCloseEvent *event)
 {
-  // A step lets window events through while it waits for the service; closing
-  // the window then would pull its state away from under it.
+  // The step's work refers to this window and its state: it is cancelled, and
+  // the window closes once it ended.
   if (FStepRunning) {
-    statusBar()->showMessage(tr("Wait for the current step to end before closing."));
+    FCloseWhenIdle = true;
+    FState.Cancel();
+    statusBar()->showMessage(tr("Cancelling the current step; the window closes once it has ended."));
     event->ignore();
     return;
   }
   QMainWindow::closeEvent(event);
 }
 
-void TfrmMain::RunStep(const QString &caption, const std::function<void()> &step)
+void TfrmMain::RunStep(const QString &caption, TTask<> step)
 {
-  // The buttons stay disabled while a step runs: a long step lets window events
-  // through to keep the window painted, and no step may start inside another.
+  // The buttons stay disabled while a step runs: no step may start inside another.
   SetStepRunning(true);
-  const auto restore = qScopeGuard([this] { SetStepRunning(false); });
   // A line from an earlier step must not stand for this one.
   statusBar()->clearMessage();
-  try {
-    step();
-  } catch (const EQuorvexError &error) {
-    TraceFailure(lcApp(), error.Message());
-    statusBar()->showMessage(error.Message());
-    ShowFailure(this, error.Message(), error.Details());
-    return;
-  } catch (const std::exception &error) {
-    TraceFailure(lcApp(), QString::fromLocal8Bit(error.what()));
-    statusBar()->showMessage(QString::fromLocal8Bit(error.what()));
-    ShowFailure(this, QString::fromLocal8Bit(error.what()), QString());
-    return;
-  }
-  const TStepFailures failures = FState.TakeStepFailures();
-  if (!failures.isEmpty())
-    ShowStepFailures(this, tr("\"%1\" could not be completed.").arg(caption), failures);
+  Launch(std::move(step), [this, caption](std::exception_ptr failure) {
+    SetStepRunning(false);
+    if (FCloseWhenIdle) {
+      close();
+      return;
+    }
+    try {
+      if (failure)
+        std::rethrow_exception(failure);
+    } catch (const EQuorvexError &error) {
+      TraceFailure(lcApp(), error.Message());
+      statusBar()->showMessage(error.Message());
+      ShowFailure(this, error.Message(), error.Details());
+      return;
+    } catch (const std::exception &error) {
+      TraceFailure(lcApp(), QString::fromLocal8Bit(error.what()));
+      statusBar()->showMessage(QString::fromLocal8Bit(error.what()));
+      ShowFailure(this, QString::fromLocal8Bit(error.what()), QString());
+      return;
+    }
+    const TStepFailures failures = FState.TakeStepFailures();
+    if (!failures.isEmpty())
+      ShowStepFailures(this, tr("\"%1\" could not be completed.").arg(caption), failures);
+  });
 }
 
 void TfrmMain::WireButtons()
 {
-  auto wire = [this](QToolButton *button, void (TfrmMain::*handler)()) {
+  auto wire = [this](QToolButton *button, TTask<> (TfrmMain::*handler)()) {
     connect(button, &QToolButton::clicked, this, [this, button, handler] {
       QString caption = button->text().isEmpty() ? button->toolTip() : button->text();
       caption.replace(QStringLiteral("&&"), QStringLiteral("&"));
-      RunStep(caption, [this, handler] { (this->*handler)(); });
+      RunStep(caption, (this->*handler)());
     });
   };
   wire(bbtQuorvexItsmApi, &TfrmMain::bbtQuorvexItsmApiClick);
@@ -374,33 +392,38 @@ void TfrmMain::WireButtons()
   });
 }
 
-void TfrmMain::bbtQuorvexItsmApiClick()
+TTask<> TfrmMain::bbtQuorvexItsmApiClick()
 {
+  const TraceScope trace(lcApp(), "TfrmMain.bbtQuorvexItsmApiClick");
   const bool changed =
-      FState.bbtQuorvexItsmApiClick([this](tyQuorvexITSM &settings) { return SetQuorvexItsmConfig(settings, this); });
+      FState.EditServiceSettings([this](tyQuorvexITSM &settings) { return SetQuorvexItsmConfig(settings, this); });
   ShowSettingsResult(changed, tr("Service settings"));
+  co_return;
 }
 
-void TfrmMain::bbtFilterClick()
+TTask<> TfrmMain::bbtFilterClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtFilterClick");
   const bool changed = EditFilters(FState.FNbMinutes, FState.FNbDays, FState.FStatusToIgnore, this);
   if (changed)
     FState.SaveConfigFilters();
   ShowSettingsResult(changed, tr("Filters"));
+  co_return;
 }
 
-void TfrmMain::bbtSaveGridClick()
+TTask<> TfrmMain::bbtSaveGridClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSaveGridClick");
   if (const QString saved = SaveGrid(*findChild<TTicketsView *>(), this); !saved.isEmpty())
     statusBar()->showMessage(saved);
+  co_return;
 }
 
-void TfrmMain::bbtAboutClick()
+TTask<> TfrmMain::bbtAboutClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtAboutClick");
   TfrmAbout(this).exec();
+  co_return;
 }
 
 void TfrmMain::bbtAboutContextMenu(const QPoint &position)

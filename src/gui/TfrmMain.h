@@ -28,19 +28,20 @@ public:
   // Red image while the program works on its own, the usual one otherwise.
   void ShowAutomaticMode(bool automatic);
 
-  // The unattended run, shown in this window; returns its exit status.
-  TExitStatus RunUnattended(const TUnattendedOptions &options);
+  // The unattended run, shown in this window; `ended` gets its exit status.
+  void TimerTimer(const TUnattendedOptions &options, std::function<void(TExitStatus status)> ended);
 
 protected:
   void closeEvent(QCloseEvent *event) override;
 
 private:
-  // Marks a step as running (every button off, closing refused) or ended.
+  // Marks a step as running (every button off) or ended.
   void SetStepRunning(bool running);
-  // Runs a button's step; an error ends the step and is shown in a message box,
-  // as the toolkit would show an uncaught error, and so is what the step could
-  // not do.
-  void RunStep(const QString &caption, const std::function<void()> &step);
+  // Runs a button's step while the window stays responsive; an error ends the
+  // step and is shown in a message box, as the toolkit would show an uncaught
+  // error, and so is what the step could not do. A close asked meanwhile
+  // cancels the step and closes once it ended.
+  void RunStep(const QString &caption, TTask<> step);
   void WireButtons();
   // "Send Mail" only with a report to send, the workbook only with tickets.
   void UpdateButtons();
@@ -49,17 +50,17 @@ private:
   void ShowRetrievalStatus();
   // The status-bar line of a settings dialog: saved, or left as it was.
   void ShowSettingsResult(bool saved, const QString &what);
-  void bbtQuorvexItsmApiClick();
-  void bbtGetTicketsClick();
-  void bbtGET_Organization_ListClick();
-  void bbtStatusAndPropertiesClick();
-  void bbtGenerateMailClick();
-  void bbtSendMailClick();
-  void bbtTextsClick();
-  void bbtSmtpServerClick();
-  void bbtFilterClick();
-  void bbtSaveGridClick();
-  void bbtAboutClick();
+  TTask<> bbtQuorvexItsmApiClick();
+  TTask<> bbtGetTicketsClick();
+  TTask<> bbtGET_Organization_ListClick();
+  TTask<> bbtStatusAndPropertiesClick();
+  TTask<> bbtGenerateMailClick();
+  TTask<> bbtSendMailClick();
+  TTask<> bbtTextsClick();
+  TTask<> bbtSmtpServerClick();
+  TTask<> bbtFilterClick();
+  TTask<> bbtSaveGridClick();
+  TTask<> bbtAboutClick();
   void bbtAboutContextMenu(const QPoint &position);
   // "Snooze…" and "Wake up" for the selected rows of the grid.
   void GridContextMenu(TTicketsView &view, const QPoint &position);
@@ -74,6 +75,7 @@ private:
   QWidget *FButtonPanel = nullptr;
   QWidget *FIconRow = nullptr;
   bool FStepRunning = false;
+  bool FCloseWhenIdle = false; // closing was asked while a step ran
 
 public:
   QToolButton *bbtQuorvexItsmApi = nullptr;

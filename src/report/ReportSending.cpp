@@ -131,7 +131,7 @@ bool StopRequested(const TDeliveryOptions &options) { return options.Stop && opt
 QString Halt(const TDeliveryOptions &options)
 {
   if (StopRequested(options))
-    return QStringLiteral("not sent: the run was stopped (%1)").arg(options.Stop->Reason());
+    return QStringLiteral("not sent: %1").arg(options.Stop->Happened());
   if (options.Deadline.hasExpired())
     return QStringLiteral("not sent: the run's time limit had passed; allow more time with --deadline MINUTES");
   return {};
@@ -222,8 +222,8 @@ QList<TDeliveryFailure> Failures(const TReportMail &mail, const TOutcome &outcom
 
 } // namespace
 
-TDeliveryResult DeliverReport(const tySMTPserver &smtp, const QList<TReportMail> &mails,
-                              const TDeliveryOptions &options, TColourStore &colours)
+TTask<TDeliveryResult> DeliverReport(tySMTPserver smtp, QList<TReportMail> mails, TDeliveryOptions options,
+                                     TColourStore &colours)
 {
   TDeliveryResult delivery;
   auto said = [&delivery, &options](const QString &text) {
@@ -272,7 +272,7 @@ TDeliveryResult DeliverReport(const tySMTPserver &smtp, const QList<TReportMail>
   // comes back to this thread to be journaled and told as soon as it is known.
   QObject receiver;
   StartMailSending();
-  RunOffThread([&] {
+  co_await RunOnThread([&] {
     TSmtpConnection connection(smtp, [&options] { return StopRequested(options); });
     for (const TOutgoing &mail : outgoing) {
       const TOutcome outcome = SendWithTries(connection, mail, options);
@@ -299,7 +299,7 @@ TDeliveryResult DeliverReport(const tySMTPserver &smtp, const QList<TReportMail>
   QCoreApplication::sendPostedEvents(&receiver); // outcomes posted as the thread ended
   if (journal)
     delivery.Warnings = journal->Warnings();
-  return delivery;
+  co_return delivery;
 }
 
 QStringList DeliveredEarlier(const QList<TReportMail> &mails, TDeliveryMode mode, TDeliveryJournal &journal,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/ConfigTypes.h"
+#include "core/Task.h"
 
 #include <QDate>
 #include <QDeadlineTimer>
@@ -61,7 +62,8 @@ struct TDeliveryResult
 // Sends the mails in order, each built once as bytes (the report's subject, HTML and
 // plain-text renderings, with AttachWorkbook its rows as
 // tickets-follow-up-YYYYMMDD.xlsx when it has any), over one SMTP conversation
-// kept open while the server allows it, off this thread:
+// kept open while the server allows it, on a thread of its own while this
+// thread's event loop goes on:
 // - a recipient the server refuses does not stop the others, nor a failed mail
 //   the next;
 // - a temporary failure (a 4xx reply, a lost connection) is tried again, three
@@ -71,8 +73,8 @@ struct TDeliveryResult
 // - with a journal, recipients who received the same rows in the same mail
 //   earlier today are skipped ("Already sent at HH:MM: skipped"), unless Resend.
 // Raises EWriteError only when a dry run's file cannot be written.
-TDeliveryResult DeliverReport(const tySMTPserver &smtp, const QList<TReportMail> &mails,
-                              const TDeliveryOptions &options, TColourStore &colours);
+TTask<TDeliveryResult> DeliverReport(tySMTPserver smtp, QList<TReportMail> mails, TDeliveryOptions options,
+                                     TColourStore &colours);
 
 // The gateway test of the SMTP settings: a plain-text mail to `recipient`.
 // Raises ESmtpError when it cannot be delivered.

@@ -8,7 +8,6 @@
 #include "core/Trace.h"
 
 #include <algorithm>
-#include <QEventLoop>
 #include <QHostAddress>
 #include <QNetworkAccessManager>
 #include <QNetworkProxyFactory>
@@ -114,41 +113,16 @@ QNetworkAccessManager &TRestTransport::ManagerForNext()
   return *FOverflow;
 }
 
-TRestTransport::TAnswer TRestTransport::Send(const TRequest &request)
+TTask<TRestTransport::TReply> TRestTransport::Send(TRequest request)
 {
-  return Wait(*StartAhead(request));
-}
-
-std::shared_ptr<TRestTransport::TPending> TRestTransport::StartAhead(const TRequest &request)
-{
-  auto pending = std::make_shared<TPending>();
-  Start(request, [pending](TReply answered) {
-    pending->FReply = std::move(answered);
-    if (pending->FArrived)
-      pending->FArrived();
-  });
-  return pending;
-}
-
-TRestTransport::TAnswer TRestTransport::Wait(TPending &pending)
-{
-  if (!pending.FReply) {
-    QEventLoop loop;
-    pending.FArrived = [&loop] { loop.quit(); };
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
-    pending.FArrived = nullptr;
-  }
-  TReply reply = *std::exchange(pending.FReply, std::nullopt);
-  if (!reply.Answer)
-    throw ERestTransportError(reply.Error, reply.Details);
-  return *std::move(reply.Answer);
+  co_return co_await TCallback<TReply>([this, &request](TDone done) { Start(request, std::move(done)); });
 }
 
 void TRestTransport::Start(const TRequest &request, TDone done)
 {
   const QString refusal =
       FStop && FStop->IsRequested()
-          ? QStringLiteral("the run was stopped (%1), so it was not requested").arg(FStop->Reason())
+          ? QStringLiteral("%1, so it was not requested").arg(FStop->Happened())
       : FDeadline.hasExpired()
           ? QStringLiteral("the run's time limit had passed, so it was not requested; allow more time with "
                            "--deadline MINUTES")
@@ -212,7 +186,7 @@ void TRestTransport::Start(const TRequest &request, TDone done)
     if (state->Stopped || state->TimedOut || state->TooBig || !status.isValid() || BrokenOff(reply->error())) {
       const QString reason =
           state->Stopped
-              ? QStringLiteral("the run was stopped (%1) before %2 answered").arg(FStop->Reason(), HostOf(url))
+              ? QStringLiteral("%1 before %2 answered").arg(FStop->Happened(), HostOf(url))
           : state->TimedOut
               ? QStringLiteral("no answer from %1 within %2 s (time-out); check the network, or try again later")
                     .arg(HostOf(url))

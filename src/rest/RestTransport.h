@@ -7,6 +7,8 @@
 #include <QSslConfiguration>
 #include <QString>
 #include <QUrl>
+
+#include "core/Task.h"
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -15,9 +17,9 @@
 class QNetworkAccessManager;
 class TStopRequest;
 
-// HTTP exchanges with the service: started and answered through the event loop,
-// or synchronous from the caller's view (a local event loop runs while the reply
-// is pending, so windows keep painting).
+// HTTP exchanges with the service, answered through the event loop: nothing
+// waits in a loop of its own, so windows stay responsive and any exchange can be
+// cut.
 // Every request has a time-out, uses the system proxy and verifies TLS, trusting
 // the system's certificate authorities plus those of the PEM file named by the
 // environment variable QUORVEX_EXTRA_CA_CERTS.
@@ -60,28 +62,16 @@ public:
   explicit TRestTransport(QNetworkAccessManager &manager);
   ~TRestTransport();
 
-  // Sends the request and waits for the answer. Any HTTP status is an answer;
-  // only a failure to get one raises ERestTransportError, whose text tells a
-  // refused connection, an unknown host, an untrusted certificate, a time-out,
-  // a connection lost mid-answer, an answer above CMaxAnswerBytes and an
+  // Sends the request; the awaiting work goes on with the answer or why there
+  // is none. Any HTTP status is an answer; without one, Error tells a refused
+  // connection, an unknown host, an untrusted certificate, a time-out, a
+  // connection lost mid-answer, an answer above CMaxAnswerBytes and an
   // unreadable file of extra authorities apart, with what to do.
-  TAnswer Send(const TRequest &request);
+  TTask<TReply> Send(TRequest request);
 
-  // Sends the request and returns at once; `done` runs from the event loop with
-  // the answer or the text Send would raise. Several requests may be pending.
+  // The same through a callback, which runs from the event loop. Several
+  // requests may be pending.
   void Start(const TRequest &request, TDone done);
-
-  // A request sent ahead of the moment its answer is needed.
-  class TPending
-  {
-    friend class TRestTransport;
-    std::optional<TReply> FReply;
-    std::function<void()> FArrived;
-  };
-  // Sends the request and returns at once; Wait then gives its answer as Send would.
-  std::shared_ptr<TPending> StartAhead(const TRequest &request);
-  // The answer of a request started ahead, waiting for it if it is still travelling.
-  TAnswer Wait(TPending &pending);
 
   void SetTimeout(std::chrono::milliseconds timeout) { FTimeout = timeout; }
   // After `deadline` no request starts (it fails at once, as for a network

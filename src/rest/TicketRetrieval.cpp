@@ -3,7 +3,6 @@
 #include "core/Trace.h"
 
 #include <QDateTime>
-#include <QEventLoop>
 #include <QSet>
 #include <QThreadPool>
 #include <QTimer>
@@ -79,14 +78,12 @@ TTicketRetrieval::~TTicketRetrieval()
   FWorker->waitForDone();
 }
 
-void TTicketRetrieval::Run()
+TTask<> TTicketRetrieval::Run()
 {
-  QEventLoop loop;
-  FQuit = [&loop] { loop.quit(); };
   Pump();
   if (!Finished())
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
-  FQuit = nullptr;
+    co_await TCallback<bool>([this](auto done) { FEnded = [done] { done(true); }; });
+  FEnded = nullptr;
 }
 
 bool TTicketRetrieval::Finished() const
@@ -105,8 +102,8 @@ void TTicketRetrieval::Pump()
       break;
     StartPage(next - FQueries.begin(), next->Started++, false);
   }
-  if (FQuit && Finished())
-    FQuit();
+  if (FEnded && Finished())
+    FEnded();
 }
 
 void TTicketRetrieval::StartPage(qsizetype index, std::int32_t page, bool repeated)

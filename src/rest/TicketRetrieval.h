@@ -3,6 +3,7 @@
 #include "RestFailure.h"
 #include "RestTransport.h"
 #include "TicketPage.h"
+#include "core/Task.h"
 
 #include <QList>
 #include <QString>
@@ -63,8 +64,8 @@ public:
   TTicketRetrieval(const TTicketRetrieval &) = delete;
   TTicketRetrieval &operator=(const TTicketRetrieval &) = delete;
 
-  // Returns once every query's result has been given (windows keep painting).
-  void Run();
+  // Ends once every query's result has been given.
+  TTask<> Run();
 
 private:
   struct TPageOutcome;
@@ -101,5 +102,5 @@ private:
   std::unique_ptr<TTicketPageParser> FPageParser; // on the worker thread only
   std::unique_ptr<QThreadPool> FWorker;
   std::unique_ptr<QObject> FContext; // receives the worker's results on this thread
-  std::function<void()> FQuit;
+  std::function<void()> FEnded; // resumes Run once the last result was given
 };

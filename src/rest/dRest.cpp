@@ -1,6 +1,6 @@
 #include "dRest.h"
 
-#include "RestErrors.h"
+#include "core/Errors.h"
 #include "core/Trace.h"
 
 #include <QJsonDocument>
@@ -51,19 +51,19 @@ QString TdmRest::GetQuorvexItsmUrl(const tyQuorvexITSM &settings)
   return QStringLiteral("https://") + settings.Instance;
 }
 
-TRestResult<> TdmRest::GetToken(tyQuorvexITSM &settings)
+TTask<TRestResult<>> TdmRest::GetToken(tyQuorvexITSM &settings)
 {
   const TraceScope trace(lcRest(), "TdmRest.GetToken");
-  BeginCall();
+  TRestCall call;
   const QString url = GetQuorvexItsmUrl(settings) + QStringLiteral("/oauth/token");
   TraceValue(lcRest(), "URL", url);
 
   tyAPIAccess &api = settings.API;
   const TDateTime expiry = TokenExpiry(api);
   if (!api.Token.isEmpty() && expiry > NowDateTime()) {
-    FToken = api.Token;
-    qCDebug(lcRest()).noquote() << QStringLiteral("Utilisation du précédent Token: ") + MaskToken(FToken);
-    return Finish(std::monostate());
+    FTokens.Set(api.Token);
+    qCDebug(lcRest()).noquote() << QStringLiteral("Utilisation du précédent Token: ") + MaskToken(api.Token);
+    co_return call.Finish(std::monostate());
   }
 
   const QByteArray body = "grant_type=password&client_id=" + FormValue(api.ClientID) + '&' +
@@ -71,79 +71,39 @@ TRestResult<> TdmRest::GetToken(tyQuorvexITSM &settings)
                           "username=" + FormValue(api.Username) + '&' +
                           "password=" + FormValue(api.Password) + '&' +
                           "scope=" + FormValue(QStringLiteral("public-api"));
-  TRestTransport::TAnswer answer;
-  try {
-    answer = FTransport.Send({"POST", QUrl(url), {{"Content-Type", "application/x-www-form-urlencoded"}}, body, true});
-  } catch (const ERestTransportError &error) {
-    TraceFailure(lcRest(), QStringLiteral("Erreur OAuth2: ") + error.Message());
-    Remember(error.Message(), error.Details());
-    return Finish(std::monostate());
+  const TRestTransport::TRequest request{
+      "POST", QUrl(url), {{"Content-Type", "application/x-www-form-urlencoded"}}, body, true};
+  TRestTransport::TReply reply = co_await FTransport.Send(request);
+  if (!reply.Answer) {
+    TraceFailure(lcRest(), QStringLiteral("Erreur OAuth2: ") + reply.Error);
+    call.Remember(reply.Error, reply.Details);
+    co_return call.Finish(std::monostate());
   }
   api.TokenRequest = NowDateTime();
-  FLastUrl = url;
-  FLastStatus = answer.Status;
-  FLastStatusText = answer.StatusText;
-  FLastBodyStart = AnswerStart(answer.Body);
+  const QString statusText = reply.Answer->StatusText;
+  const QByteArray answer = call.Took(url, std::move(reply));
 
-  if (answer.Status != 200) {
-    Fail(QStringLiteral("Erreur OAuth2: %1 - %2").arg(answer.Status).arg(answer.StatusText));
-    return Finish(std::monostate());
+  if (call.LastStatus() != 200) {
+    call.Fail(QStringLiteral("Erreur OAuth2: %1 - %2").arg(call.LastStatus()).arg(statusText));
+    co_return call.Finish(std::monostate());
   }
-  const QJsonValue token = QJsonDocument::fromJson(answer.Body).object().value(QStringLiteral("access_token"));
+  const QJsonValue token = QJsonDocument::fromJson(answer).object().value(QStringLiteral("access_token"));
   if (!token.isString() || token.toString().isEmpty()) {
-    Fail(QStringLiteral("Erreur : Token non trouvé dans la réponse"));
-    return Finish(std::monostate());
+    call.Fail(QStringLiteral("Erreur : Token non trouvé dans la réponse"));
+    co_return call.Finish(std::monostate());
   }
-  FToken = token.toString();
-  api.Token = FToken;
-  qCDebug(lcRest()).noquote() << QStringLiteral("Token reçu : ") + MaskToken(FToken);
-  return Finish(std::monostate());
+  FTokens.Set(token.toString());
+  api.Token = token.toString();
+  qCDebug(lcRest()).noquote() << QStringLiteral("Token reçu : ") + MaskToken(api.Token);
+  co_return call.Finish(std::monostate());
 }
 
 bool TdmRest::TokenOk() const
 {
   const TraceScope trace(lcRest(), "TdmRest.TokenOk");
-  const bool result = !FToken.isEmpty();
+  const bool result = !FTokens.Token().isEmpty();
   qCDebug(lcRest()).noquote() << "Result =" << (result ? "True" : "False");
   return result;
-}
-
-void TdmRest::BeginCall()
-{
-  FCallFailure.reset();
-  FLastUrl.clear();
-  FLastStatus = 0;
-  FLastStatusText.clear();
-  FLastBodyStart.clear();
-}
-
-void TdmRest::Remember(const QString &reason, const QString &details)
-{
-  if (!FCallFailure)
-    FCallFailure = TRestFailure{reason, details};
-}
-
-void TdmRest::Fail(const QString &message)
-{
-  TraceFailure(lcRest(), message);
-  // The details stay in the language of the exchange: the address, and the
-  // beginning of an answer that was not understood.
-  const QString server = ServerOf(FLastUrl);
-  if (FLastStatus / 100 != 2)
-    Remember(StatusReason(server, FLastStatus, FLastStatusText), FLastUrl);
-  else
-    Remember(NotUnderstoodReason(server),
-             QStringLiteral("%1 answered: %2").arg(FLastUrl, FLastBodyStart.isEmpty() ? QStringLiteral("(nothing)")
-                                                                                      : FLastBodyStart));
-}
-
-void TdmRest::FailOn(const EQuorvexError &error)
-{
-  TraceFailure(lcRest(), QStringLiteral("Erreur API : ") + error.Message());
-  if (dynamic_cast<const ERestTransportError *>(&error))
-    Remember(error.Message(), error.Details());
-  else
-    Remember(NotUnderstoodReason(ServerOf(FLastUrl)), error.Message());
 }
 
 QString TdmRest::QueryUrl(const tyQuorvexITSM &settings, const QString &path)
@@ -154,12 +114,12 @@ QString TdmRest::QueryUrl(const tyQuorvexITSM &settings, const QString &path)
 }
 
 TRestTransport::TRequest TdmRest::ApiRequest(const QString &url, const QByteArray &method,
-                                             const QByteArray *jsonBody) const
+                                             const std::optional<QByteArray> &jsonBody) const
 {
   TRestTransport::TRequest request;
   request.Method = method;
   request.Url = QUrl(url);
-  request.Headers = {{"Authorization", "Bearer " + FToken.toUtf8()}};
+  request.Headers = {{"Authorization", "Bearer " + FTokens.Token().toUtf8()}};
   if (jsonBody) {
     request.Headers.append({QByteArrayLiteral("Content-Type"), QByteArrayLiteral("application/json")});
     request.Body = *jsonBody;
@@ -168,38 +128,20 @@ TRestTransport::TRequest TdmRest::ApiRequest(const QString &url, const QByteArra
   return request;
 }
 
-bool TdmRest::RenewRefusedToken()
+TTask<TRestTransport::TReply> TdmRest::SendApi(QString url, QByteArray method, std::optional<QByteArray> jsonBody)
 {
-  qCDebug(lcRest()) << "The service refused the token (HTTP 401); it is dropped";
-  FToken.clear();
-  if (!FTokenRefused)
-    return false;
-  // The token request starts a call of its own; the query under way keeps its state.
-  const std::optional<TRestFailure> failure = FCallFailure;
-  FRenewing = true;
-  const bool renewed = FTokenRefused();
-  FRenewing = false;
-  FCallFailure = failure;
-  // The requests refused meanwhile waited for this renewal.
-  for (auto &waiting : std::exchange(FAfterRenewal, {}))
-    waiting();
-  return renewed;
+  const QString sentWith = FTokens.Token();
+  TRestTransport::TReply reply = co_await FTransport.Send(ApiRequest(url, method, jsonBody));
+  // (No co_await inside a condition that may skip it: the compiler mishandles it.)
+  if (reply.Answer && reply.Answer->Status == 401) {
+    const bool renewed = co_await FTokens.Refused(sentWith);
+    if (renewed)
+      reply = co_await FTransport.Send(ApiRequest(url, method, jsonBody));
+  }
+  co_return reply;
 }
 
-QByteArray TdmRest::Execute(const QString &url, const QByteArray &method, const QByteArray *jsonBody)
+TTask<QByteArray> TdmRest::Execute(TRestCall &call, QString url, QByteArray method, std::optional<QByteArray> jsonBody)
 {
-  return Execute(url, method, jsonBody, *FTransport.StartAhead(ApiRequest(url, method, jsonBody)), FToken);
-}
-
-QByteArray TdmRest::Execute(const QString &url, const QByteArray &method, const QByteArray *jsonBody,
-                            TRestTransport::TPending &sent, const QString &sentWith)
-{
-  TRestTransport::TAnswer answer = FTransport.Wait(sent);
-  if (answer.Status == 401 && ((!FToken.isEmpty() && sentWith != FToken) || (sentWith == FToken && RenewRefusedToken())))
-    answer = FTransport.Send(ApiRequest(url, method, jsonBody));
-  FLastUrl = url;
-  FLastStatus = answer.Status;
-  FLastStatusText = answer.StatusText;
-  FLastBodyStart = AnswerStart(answer.Body);
-  return answer.Body;
+  co_return call.Took(url, co_await SendApi(url, method, std::move(jsonBody)));
 }

@@ -63,20 +63,20 @@ TRestId StrictId(const QJsonObject &item, qsizetype index, const QString &url)
 
 } // namespace
 
-QJsonArray TdmRest::ArrayAnswer(const QByteArray &body)
+QJsonArray TdmRest::ArrayAnswer(TRestCall &call, const QByteArray &body)
 {
   if (body.isEmpty()) {
-    Fail(CEmptyAnswer);
+    call.Fail(CEmptyAnswer);
     return {};
   }
   QJsonParseError error;
   const QJsonDocument document = QJsonDocument::fromJson(body, &error);
   if (error.error != QJsonParseError::NoError) {
-    Fail(CInvalidJson);
+    call.Fail(CInvalidJson);
     return {};
   }
   if (!document.isArray()) {
-    Fail(CArrayExpected);
+    call.Fail(CArrayExpected);
     return {};
   }
   if (document.array().isEmpty())
@@ -84,11 +84,10 @@ QJsonArray TdmRest::ArrayAnswer(const QByteArray &body)
   return document.array();
 }
 
-TRestResult<tyRestObjects> TdmRest::GET_Objects(const tyQuorvexITSM &settings, const QString &module,
-                                                const QString &types)
+TTask<TRestResult<tyRestObjects>> TdmRest::GET_Objects(tyQuorvexITSM settings, QString module, QString types)
 {
   const TraceScope trace(lcRest(), "TdmRest.GET_Objects");
-  BeginCall();
+  TRestCall call;
   qCDebug(lcRest()).noquote() << QStringLiteral("module = ") + module;
   qCDebug(lcRest()).noquote() << QStringLiteral("types = ") + types;
   tyRestObjects result;
@@ -97,23 +96,22 @@ TRestResult<tyRestObjects> TdmRest::GET_Objects(const tyQuorvexITSM &settings, c
     // and underscores only.
     const QString url =
         QueryUrl(settings, QStringLiteral("/api/repository/objects?module=") + module + QStringLiteral("&types=") + types);
-    const QByteArray emptyObject = "{}";
-    const QByteArray body = Execute(url, "GET", &emptyObject);
+    const QByteArray body = co_await Execute(call, url, "GET", QByteArray("{}"));
     if (body.isEmpty()) {
-      Fail(CEmptyAnswer);
-      return Finish(std::move(result));
+      call.Fail(CEmptyAnswer);
+      co_return call.Finish(std::move(result));
     }
     const QJsonDocument document = QJsonDocument::fromJson(body);
     if (!document.isArray()) {
       // Not a list of objects: nothing to show. Kept out of the error lines, but
       // the caller still learns that nothing could be read.
       qCDebug(lcRest()) << "The answer is not a JSON array";
-      Remember(NotUnderstoodReason(ServerOf(url)), QStringLiteral("The answer of %1 is not a JSON array").arg(url));
-      return Finish(std::move(result));
+      call.Remember(NotUnderstoodReason(ServerOf(url)), QStringLiteral("The answer of %1 is not a JSON array").arg(url));
+      co_return call.Finish(std::move(result));
     }
     const QJsonArray items = document.array();
     if (items.isEmpty())
-      return Finish(std::move(result));
+      co_return call.Finish(std::move(result));
     TraceValue(lcRest(), "ContentArray.Count", items.size());
     result.resize(items.size());
     for (qsizetype i = 0; i < items.size(); ++i) {
@@ -127,21 +125,21 @@ TRestResult<tyRestObjects> TdmRest::GET_Objects(const tyQuorvexITSM &settings, c
       ParseString(item, QStringLiteral("type"), object._type);
     }
   } catch (const EQuorvexError &error) {
-    FailOn(error);
+    call.FailOn(error);
   }
-  return Finish(std::move(result));
+  co_return call.Finish(std::move(result));
 }
 
-TRestResult<tyRestOrganizations> TdmRest::GET_OrganizationsList(const tyQuorvexITSM &settings)
+TTask<TRestResult<tyRestOrganizations>> TdmRest::GET_OrganizationsList(tyQuorvexITSM settings)
 {
   const TraceScope trace(lcRest(), "TdmRest.GET_OrganizationsList");
-  BeginCall();
+  TRestCall call;
   tyRestOrganizations result;
   try {
     const QString url = QueryUrl(settings, QStringLiteral("/api/organization/list"));
-    const QJsonArray items = ArrayAnswer(Execute(url, "GET", nullptr));
+    const QJsonArray items = ArrayAnswer(call, co_await Execute(call, url, "GET", std::nullopt));
     if (items.isEmpty())
-      return Finish(std::move(result));
+      co_return call.Finish(std::move(result));
     TraceValue(lcRest(), "JSONArray.Count", items.size());
     // Read strictly: the first item that lacks a member stops the reading, and
     // the items after it stay blank.
@@ -158,19 +156,19 @@ TRestResult<tyRestOrganizations> TdmRest::GET_OrganizationsList(const tyQuorvexI
       result[i] = organization;
     }
   } catch (const EQuorvexError &error) {
-    FailOn(error);
+    call.FailOn(error);
   }
-  return Finish(std::move(result));
+  co_return call.Finish(std::move(result));
 }
 
-TRestResult<tyRestTeams> TdmRest::GET_Teams(const tyQuorvexITSM &settings, bool WithOrganizations)
+TTask<TRestResult<tyRestTeams>> TdmRest::GET_Teams(tyQuorvexITSM settings, bool WithOrganizations)
 {
   const TraceScope trace(lcRest(), "TdmRest.GET_Teams");
-  BeginCall();
+  TRestCall call;
   qCDebug(lcRest()).noquote() << "WithOrganizations =" << (WithOrganizations ? "True" : "False");
   tyRestTeams result;
   try {
-    const QJsonArray items = ArrayAnswer(Execute(QueryUrl(settings, QStringLiteral("/api/teams")), "POST", nullptr));
+    const QJsonArray items = ArrayAnswer(call, co_await Execute(call, QueryUrl(settings, QStringLiteral("/api/teams")), "POST", std::nullopt));
     result.resize(items.size());
     for (qsizetype i = 0; i < items.size(); ++i) {
       const QJsonObject item = items.at(i).toObject();
@@ -180,22 +178,22 @@ TRestResult<tyRestTeams> TdmRest::GET_Teams(const tyQuorvexITSM &settings, bool 
       result[i].members = ReadSubNames(item, QStringLiteral("members"));
     }
     if (!WithOrganizations)
-      return Finish(std::move(result));
+      co_return call.Finish(std::move(result));
     for (tyRestTeam &team : result) {
-      const QByteArray body =
-          Execute(QueryUrl(settings, QStringLiteral("/api/teams/") + QString::number(team.id)), "GET", nullptr);
+      const QByteArray body = co_await Execute(
+          call, QueryUrl(settings, QStringLiteral("/api/teams/") + QString::number(team.id)), "GET", std::nullopt);
       if (body.isEmpty()) {
-        Fail(CEmptyAnswer);
+        call.Fail(CEmptyAnswer);
         continue;
       }
       QJsonParseError error;
       const QJsonDocument document = QJsonDocument::fromJson(body, &error);
       if (error.error != QJsonParseError::NoError) {
-        Fail(CInvalidJson);
+        call.Fail(CInvalidJson);
         continue;
       }
       if (!document.isObject()) {
-        Fail(CObjectExpected);
+        call.Fail(CObjectExpected);
         continue;
       }
       TRestId detailId = 0;
@@ -204,37 +202,42 @@ TRestResult<tyRestTeams> TdmRest::GET_Teams(const tyQuorvexITSM &settings, bool 
       team.organizations = ReadSubNames(document.object(), QStringLiteral("organizations"));
     }
   } catch (const EQuorvexError &error) {
-    FailOn(error);
+    call.FailOn(error);
   }
-  return Finish(std::move(result));
+  co_return call.Finish(std::move(result));
 }
 
-TRestResult<tyRestOperators> TdmRest::GET_OperatorsList(const tyQuorvexITSM &settings)
+TTask<TRestResult<tyRestOperators>> TdmRest::GET_OperatorsList(tyQuorvexITSM settings)
 {
   const TraceScope trace(lcRest(), "TdmRest.GET_OperatorsList");
-  BeginCall();
+  TRestCall call;
   tyRestOperators result;
   qint64 leftOut = 0;
   try {
     const QString url = QueryUrl(settings, COperatorsPath);
     const TOperatorsAhead ahead = std::exchange(FOperatorsAhead, {});
-    const QByteArray body = ahead.Sent && ahead.Url == url
-                                ? Execute(url, "POST", &COperatorsRequest, *ahead.Sent, ahead.SentWith)
-                                : Execute(url, "POST", &COperatorsRequest);
+    QByteArray body;
+    if (!ahead.Sent || ahead.Url != url)
+      body = co_await Execute(call, url, "POST", COperatorsRequest);
+    else if (ahead.Sent->Reply)
+      body = call.Took(url, *std::move(ahead.Sent->Reply));
+    else
+      body = call.Took(url, co_await TCallback<TRestTransport::TReply>(
+                                [&ahead](auto done) { ahead.Sent->Waiting = std::move(done); }));
     if (body.isEmpty()) {
-      Fail(CEmptyAnswer);
-      return Finish(std::move(result));
+      call.Fail(CEmptyAnswer);
+      co_return call.Finish(std::move(result));
     }
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(body, &error);
     if (error.error != QJsonParseError::NoError) {
-      Fail(CInvalidJson);
-      return Finish(std::move(result));
+      call.Fail(CInvalidJson);
+      co_return call.Finish(std::move(result));
     }
     // An error answer in JSON is not an empty list: nobody could be computed.
-    if (FLastStatus / 100 != 2) {
-      Fail(QStringLiteral("Erreur API : HTTP %1").arg(FLastStatus));
-      return Finish(std::move(result));
+    if (call.LastStatus() / 100 != 2) {
+      call.Fail(QStringLiteral("Erreur API : HTTP %1").arg(call.LastStatus()));
+      co_return call.Finish(std::move(result));
     }
     if (!document.isObject())
       throw ERestFormatError(QStringLiteral("The answer of %1 is not a JSON object").arg(url));
@@ -250,21 +253,28 @@ TRestResult<tyRestOperators> TdmRest::GET_OperatorsList(const tyQuorvexITSM &set
       result.append(OperatorFromJson(item.toObject()));
     leftOut = announced - items.size();
   } catch (const EQuorvexError &error) {
-    FailOn(error);
+    call.FailOn(error);
   }
-  TRestResult<tyRestOperators> finished = Finish(std::move(result));
+  TRestResult<tyRestOperators> finished = call.Finish(std::move(result));
   if (leftOut > 0)
     finished.Warnings.append(QStringLiteral("The operator list of %1 announces %2 more operator(s) than its page of "
                                             "%3 holds: they were left out, and are not mailed")
                                  .arg(ServerOf(QueryUrl(settings, COperatorsPath)))
                                  .arg(leftOut)
                                  .arg(finished.Value.size()));
-  return finished;
+  co_return finished;
 }
 
 void TdmRest::StartOperatorsListAhead(const tyQuorvexITSM &settings)
 {
   const TraceScope trace(lcRest(), "TdmRest.StartOperatorsListAhead");
   const QString url = QueryUrl(settings, COperatorsPath);
-  FOperatorsAhead = {url, FToken, FTransport.StartAhead(ApiRequest(url, "POST", &COperatorsRequest))};
+  const auto sent = std::make_shared<TAhead>();
+  FOperatorsAhead = {url, sent};
+  Launch(SendApi(url, "POST", COperatorsRequest), [sent](TRestTransport::TReply reply) {
+    if (sent->Waiting)
+      sent->Waiting(std::move(reply));
+    else
+      sent->Reply = std::move(reply);
+  });
 }

@@ -25,51 +25,28 @@ QByteArray PageRequest(TRestId organizationId, std::int32_t page, const QString 
 
 } // namespace
 
-void TdmRest::GET_TicketsListsOpen(const tyQuorvexITSM &settings, const QList<TTicketQuery> &queries,
-                                   const TTicketRetrieval::TQueryDone &done)
+TTask<> TdmRest::GET_TicketsListsOpen(tyQuorvexITSM settings, QList<TTicketQuery> queries,
+                                     TTicketRetrieval::TQueryDone done)
 {
   const QString url = GetQuorvexItsmUrl(settings) + QStringLiteral("/api/ticket/list/open");
   TTicketRetrieval retrieval(
-      url, queries, settings.ParallelRequests,
+      url, std::move(queries), settings.ParallelRequests,
       [this, url](const TTicketQuery &query, std::int32_t page, TRestTransport::TDone answered) {
-        const QByteArray body = PageRequest(query.OrganizationId, page, query.Search);
-        const QString sentWith = FToken;
-        FTransport.Start(ApiRequest(url, "GET", &body),
-                         [this, url, body, sentWith, answered = std::move(answered)](TRestTransport::TReply reply) {
-                           if (!reply.Answer || reply.Answer->Status != 401) {
-                             answered(std::move(reply));
-                             return;
-                           }
-                           // A refused token is renewed once, by the first page that met the
-                           // refusal; the others wait for that renewal. Each is then asked once
-                           // more with the new token, or answered with its 401 when none came.
-                           auto again = [this, url, body, answered, reply]() mutable {
-                             if (FToken.isEmpty())
-                               answered(std::move(reply));
-                             else
-                               FTransport.Start(ApiRequest(url, "GET", &body), answered);
-                           };
-                           if (FRenewing) {
-                             FAfterRenewal.append(std::move(again));
-                             return;
-                           }
-                           if (FToken == sentWith)
-                             RenewRefusedToken();
-                           again();
-                         });
+        Launch(SendApi(url, "GET", PageRequest(query.OrganizationId, page, query.Search)), std::move(answered));
       },
-      done);
-  retrieval.Run();
+      std::move(done));
+  co_await retrieval.Run();
 }
 
-TRestResult<tyRestTickets> TdmRest::GET_TicketsListOpen(const tyQuorvexITSM &settings, TRestId organizationId,
-                                                        const QString &search)
+TTask<TRestResult<tyRestTickets>> TdmRest::GET_TicketsListOpen(tyQuorvexITSM settings, TRestId organizationId,
+                                                               QString search)
 {
   TTicketQueryResult result;
-  GET_TicketsListsOpen(settings, {{organizationId, search}},
-                       [&result](qsizetype, TTicketQueryResult &&answered) { result = std::move(answered); });
+  const QList<TTicketQuery> queries{{organizationId, search}};
+  co_await GET_TicketsListsOpen(std::move(settings), queries,
+                                [&result](qsizetype, TTicketQueryResult &&answered) { result = std::move(answered); });
   TRestResult<tyRestTickets> tickets{std::move(result.Tickets), std::nullopt, {}};
   if (result.Failed)
     tickets.Failure = std::move(result.Failure);
-  return tickets;
+  co_return tickets;
 }

@@ -36,16 +36,18 @@ TMainState::TMainState(QString exeFileName, TdmRest &rest, TWarningSink warningS
     : FExeFileName(std::move(exeFileName)), FRest(rest), FWarningSink(std::move(warningSink))
 {
   FRest.SetTokenRefusedHandler([this] { return RenewRefusedToken(); });
+  FRest.SetStopRequest(&FCancel);
 }
 
 TMainState::~TMainState()
 {
   FRest.SetTokenRefusedHandler({});
+  FRest.SetStopRequest(nullptr);
 }
 
-bool TMainState::bbtQuorvexItsmApiClick(const TEditApi &editApi)
+bool TMainState::EditServiceSettings(const TEditApi &editApi)
 {
-  const TraceScope trace(lcApp(), "TfrmMain.bbtQuorvexItsmApiClick");
+  const TraceScope trace(lcApp(), "Session.EditServiceSettings");
   tyQuorvexITSM edited = FICI;
   if (!editApi(edited))
     return false;
@@ -112,7 +114,8 @@ void TMainState::SetRequestDeadline(QDeadlineTimer deadline)
 void TMainState::SetStopRequest(const TStopRequest *stop)
 {
   FStop = stop;
-  FRest.SetStopRequest(stop);
+  if (stop)
+    QObject::connect(stop, &TStopRequest::Stopped, &FCancel, [this] { FCancel.Request(FStop->Reason()); });
 }
 
 QString TMainState::TraceLogFile() const

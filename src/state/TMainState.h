@@ -3,7 +3,9 @@
 #include "StepFailure.h"
 #include "core/ConfigTypes.h"
 #include "core/SecretLookup.h"
+#include "core/StopRequest.h"
 #include "core/TDateTime.h"
+#include "core/Task.h"
 #include "report/HtmlTexts.h"
 #include "report/MailReport.h"
 #include "rest/RestFailure.h"
@@ -20,7 +22,6 @@
 class TColourStore;
 class TFollowUpStore;
 class TLoadingProgress;
-class TStopRequest;
 class TdmRest;
 
 // Everything the main window owns for the program's lifetime, and the steps that
@@ -72,34 +73,43 @@ public:
   void ReadHtmlTexts();
   void SaveHtmlTexts();
 
-  // "Quorvex ITSM API": the service settings, saved on OK. A change of the
+  // The service settings, edited on a copy and saved on OK. A change of the
   // connection or the credentials drops the saved token.
-  bool bbtQuorvexItsmApiClick(const TEditApi &editApi);
-  // "Get tickets": the open tickets of every selected organization, flagged for
-  // the ten-exchanges notice, into FTickets and the grid; counts in FslLog. When
-  // no token came or every query failed, the previous list and grid stay.
-  void bbtGetTicketsClick(TLoadingProgress &progress);
-  // "Organizations && Teams": fetches the lists still empty, links them, and
-  // lets the user choose; the choice is saved on OK.
-  void bbtGET_Organization_ListClick(TLoadingProgress &progress, const TChooseOrga &chooseOrga);
-  // "Status && Priorities": fetches the lists still empty, gives each its colour,
+  bool EditServiceSettings(const TEditApi &editApi);
+
+  // The steps. Each is a TTask: it goes on as the service answers while the
+  // caller's event loop runs; the caller starts no other step meanwhile, and
+  // Cancel ends it early. What it could not do is in TakeStepFailures.
+  //
+  // The open tickets of every selected organization, flagged for the
+  // ten-exchanges notice, into FTickets and the grid; counts in FslLog. When no
+  // token came, every query failed or the step was cancelled, the previous list
+  // and grid stay.
+  TTask<> RetrieveTickets(TLoadingProgress &progress);
+  // Fetches the organization, team and operator lists still empty, links them,
+  // and lets the user choose; the choice is saved on OK.
+  TTask<> ChooseOrganizations(TLoadingProgress &progress, TChooseOrga chooseOrga);
+  // Fetches the status and priority lists still empty, gives each its colour,
   // and lets the user change them; saved on OK.
-  void bbtStatusAndPropertiesClick(const TEditColours &editColours);
-  // "Generate Mail": the report in FHtmlContent and its recipients; an
-  // interactive run also writes the .to, .cc and .html files and opens the page.
-  void bbtGenerateMailClick(const TOpenFile &openFile = {});
-  // "Send Mail": the last generated report, delivered as FDelivery says
-  // (PlanDelivery, DeliverReport) while `progress` names the server, and
-  // journaled in the store beside the settings; a dry run writes the mails as
-  // <base>_1.eml, ... instead and journals nothing. In modes concerned and
-  // personal an interactive run first asks `confirm`, and sends nothing when
-  // refused; when the journal says some of the mails were delivered today it
-  // asks `confirmResend` (else they are skipped). Adds one run-log line per mail
-  // (or "Nothing to report") to FslLog and returns their texts; nothing when no
+  TTask<> EditStatusColours(TLoadingProgress &progress, TEditColours editColours);
+  // The report in FHtmlContent and its recipients; an interactive run also
+  // writes the .to, .cc and .html files and opens the page.
+  TTask<> GenerateReport(TOpenFile openFile = {});
+  // The last generated report, delivered as FDelivery says (PlanDelivery,
+  // DeliverReport) while `progress` names the server, and journaled in the
+  // store beside the settings; a dry run writes the mails as <base>_1.eml, ...
+  // instead and journals nothing. In modes concerned and personal an
+  // interactive run first asks `confirm`, and sends nothing when refused; when
+  // the journal says some of the mails were delivered today it asks
+  // `confirmResend` (else they are skipped). Adds one run-log line per mail (or
+  // "Nothing to report") to FslLog and gives their texts; nothing when no
   // report was generated or the person refused. Each mail or recipient finally
   // not served is one of the step's failures.
-  QStringList bbtSendMailClick(TLoadingProgress &progress, const TConfirmMails &confirm = {},
-                               const TConfirmResend &confirmResend = {});
+  TTask<QStringList> SendReport(TLoadingProgress &progress, TConfirmMails confirm = {},
+                                TConfirmResend confirmResend = {});
+  // Ends the step under way early: no new request or mail starts, those in
+  // flight are cut, and the step ends as incomplete, saying so.
+  void Cancel();
 
   // Path of the report page written by an interactive or dry run.
   QString ReportFile() const { return OutputBase() + QStringLiteral(".html"); }
@@ -123,7 +133,7 @@ public:
   // No request of the service nor mail starts after `deadline`.
   void SetRequestDeadline(QDeadlineTimer deadline);
   // Once `stop` is requested no request nor mail starts, and those under way
-  // are cut. The request outlives this state.
+  // are cut, in this step and every later one. The request outlives this state.
   void SetStopRequest(const TStopRequest *stop);
   // Mails the journal says were delivered today go again.
   void SetResend(bool resend) { FResend = resend; }
@@ -210,12 +220,16 @@ private:
     return std::move(result.Value);
   }
   // A token in force, requested (and saved) when needed.
-  bool EnsureToken();
+  TTask<bool> EnsureToken();
   // Asks the service for a token; a failure is one of the step's.
-  bool RequestToken();
+  TTask<bool> RequestToken();
   // The service refused the token: it is dropped from the settings, and one new
-  // token is requested per step. Returns whether a new one is in force.
-  bool RenewRefusedToken();
+  // token is requested per step. Gives whether a new one is in force.
+  TTask<bool> RenewRefusedToken();
+  // Whether the step under way was cancelled, and the failure saying so (none
+  // when the whole run is stopped: the run says that itself).
+  bool Cancelled() const;
+  void NoteCancelled(const QString &step);
   // Whether the service's address and API account were entered.
   bool ServiceConfigured() const;
   // The same; when not, a person is told where to enter them (EQuorvexError) and
@@ -237,7 +251,8 @@ private:
   TReportOutput FReport;     // and the report itself
   QString FRecipientsUnknown; // why the last report's recipients could not be computed
   QDeadlineTimer FDeadline{QDeadlineTimer::Forever};
-  const TStopRequest *FStop = nullptr;
+  const TStopRequest *FStop = nullptr; // the whole run's
+  TStopRequest FCancel; // the step's: a Cancel, or the run's stop passed on
   bool FResend = false;
   std::unique_ptr<TFollowUpStore> FStore;
   // Organizations whose tickets the last retrieval could not give in full.

@@ -19,16 +19,16 @@
 
 #include <QScopeGuard>
 
-void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
+TTask<> TMainState::GenerateReport(TOpenFile openFile)
 {
-  const TraceScope trace(lcApp(), "TfrmMain.bbtGenerateMailClick");
+  const TraceScope trace(lcApp(), "Session.GenerateReport");
   BeginServiceStep();
   // The recipients come from the service's operators; without a token the query
   // could only be refused (the retrieval has said why).
   FRecipientsUnknown.clear();
   if (FTeamsOperators.isEmpty() && ServiceConfigured() && FRest.TokenOk()) {
     const qsizetype failuresBefore = FStepFailures.size();
-    TakeOperators(FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list (the report's recipients)"));
+    TakeOperators(co_await FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list (the report's recipients)"));
     if (FStepFailures.size() > failuresBefore)
       FRecipientsUnknown = FStepFailures.last().Text();
   }
@@ -82,20 +82,20 @@ void TMainState::bbtGenerateMailClick(const TOpenFile &openFile)
 
   // Unattended, the report files are written only by a dry run, and never shown.
   if (FAutomatic && !FDryRun)
-    return;
+    co_return;
   const QString page = SaveReportFiles(OutputBase(), report);
   if (!FAutomatic && openFile)
     openFile(page);
 }
 
-QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConfirmMails &confirm,
-                                         const TConfirmResend &confirmResend)
+TTask<QStringList> TMainState::SendReport(TLoadingProgress &progress, TConfirmMails confirm,
+                                          TConfirmResend confirmResend)
 {
-  const TraceScope trace(lcApp(), "TfrmMain.bbtSendMailClick");
-  FStepFailures.clear();
+  const TraceScope trace(lcApp(), "Session.SendReport");
+  BeginServiceStep();
   constexpr qsizetype CMinimumReportLines = 5; // fewer: no report generated yet
   if (FHtmlContent.size() < CMinimumReportLines)
-    return {};
+    co_return QStringList();
   const QDateTime now = FReportTime;
   // Within an unattended run nothing changes between the two steps: the report
   // generated is the one delivered. A person may have changed colours since.
@@ -111,14 +111,14 @@ QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConf
   };
   if (plan.Mails.isEmpty()) {
     delivered(QStringLiteral("Nothing to report: no mail sent"));
-    return texts;
+    co_return texts;
   }
   if (!FAutomatic && confirm && FDelivery.Mode != TDeliveryMode::Report) {
     QStringList to;
     QStringList cc;
     ConfirmationLists(plan.Mails, FDelivery.Mode, to, cc);
     if (!confirm(to, cc))
-      return {};
+      co_return QStringList();
   }
   TDeliveryOptions options;
   options.Mode = FDelivery.Mode;
@@ -126,7 +126,7 @@ QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConf
   options.MaxRecipients = FSmtp.MaxRecipients;
   options.Resend = FResend;
   options.Deadline = FDeadline;
-  options.Stop = FStop;
+  options.Stop = &FCancel;
   options.Delivered = delivered;
   std::optional<TDeliveryJournal> journal;
   if (FDryRun) {
@@ -144,15 +144,17 @@ QStringList TMainState::bbtSendMailClick(TLoadingProgress &progress, const TConf
   const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
   progress.LoadingSetTitle(FDryRun ? QStringLiteral("Writing the mails…")
                                    : QStringLiteral("Sending to %1…").arg(SmtpServerName(FSmtp)));
-  const TDeliveryResult result = DeliverReport(FSmtp, plan.Mails, options, Colours());
+  const TDeliveryResult result = co_await DeliverReport(FSmtp, plan.Mails, options, Colours());
   NoteWarnings(result.Warnings);
   // Only a report that reached someone is one the next report compares with.
   if (!FDryRun && result.MailsSent > 0)
     RecordSentReport(plan.Mails.first().Report, plan.Mails.size(), result.MailsSent);
   for (const TDeliveryFailure &failure : result.Failures)
     FStepFailures.append(TStepFailure{failure.What, failure.Reason, QString()});
+  if (Cancelled())
+    NoteCancelled(QStringLiteral("Send Mail"));
   TraceValue(lcApp(), "Mails", static_cast<int>(plan.Mails.size()));
-  return texts;
+  co_return texts;
 }
 
 TFollowUpStore *TMainState::Store()

@@ -14,16 +14,12 @@
 #include "tickets/StatusPriorities.h"
 #include "tickets/TenExchanges.h"
 
-#include <QCoreApplication>
 #include <QScopeGuard>
 #include <QSet>
 #include <utility>
 #include <algorithm>
 
 namespace {
-// Keeps windows painted between two service calls of a long step.
-void ProcessMessages() { QCoreApplication::processEvents(); }
-
 // The dates the report sorts tickets by that cannot be read: such a ticket
 // stays listed but goes in no section by that date, and the retrieval is
 // incomplete, as nobody could check it.
@@ -48,6 +44,27 @@ void TMainState::BeginServiceStep()
   FStepFailures.clear();
   if (!FAutomatic)
     FTokenRenewed = false;
+  // A Cancel ends one step only; a stop of the whole run holds for every step.
+  FCancel.Reset();
+  if (FStop && FStop->IsRequested())
+    FCancel.Request(FStop->Reason());
+}
+
+void TMainState::Cancel()
+{
+  FCancel.Request(TStopRequest::CancelReason());
+}
+
+bool TMainState::Cancelled() const
+{
+  return FCancel.IsRequested();
+}
+
+void TMainState::NoteCancelled(const QString &step)
+{
+  if (FStop && FStop->IsRequested())
+    return;
+  FStepFailures.prepend(TStepFailure{step, QStringLiteral("cancelled before its end; nothing more was asked"), QString()});
 }
 
 void TMainState::Failed(const QString &what, const TRestFailure &failure)
@@ -55,31 +72,35 @@ void TMainState::Failed(const QString &what, const TRestFailure &failure)
   FStepFailures.append(TStepFailure{what, failure.Reason, failure.Details});
 }
 
-bool TMainState::RequestToken()
+TTask<bool> TMainState::RequestToken()
 {
-  const TRestResult<> token = FRest.GetToken(FICI);
+  const TRestResult<> token = co_await FRest.GetToken(FICI);
   if (token.Failure)
     Failed(QStringLiteral("Access token from ") + TdmRest::GetQuorvexItsmUrl(FICI), *token.Failure);
-  return !token.Failed();
+  co_return !token.Failed();
 }
 
-bool TMainState::EnsureToken()
+TTask<bool> TMainState::EnsureToken()
 {
-  if (!FRest.TokenOk() && RequestToken())
-    SaveConfigITSM();
-  return FRest.TokenOk();
+  // (No co_await inside a condition that may skip it: the compiler mishandles it.)
+  if (!FRest.TokenOk()) {
+    const bool obtained = co_await RequestToken();
+    if (obtained)
+      SaveConfigITSM();
+  }
+  co_return FRest.TokenOk();
 }
 
-bool TMainState::RenewRefusedToken()
+TTask<bool> TMainState::RenewRefusedToken()
 {
   FICI.API.Token.clear();
-  // Marked first: a request refused while the token request travels finds the
-  // renewal already made.
   const bool first = !FTokenRenewed;
   FTokenRenewed = true;
-  const bool renewed = first && RequestToken();
+  bool renewed = false;
+  if (first)
+    renewed = co_await RequestToken();
   SaveConfigITSM(); // the refused token must not be reused at the next start
-  return renewed;
+  co_return renewed;
 }
 
 QString TMainState::RetrievalStatusText() const
@@ -101,30 +122,30 @@ QString TMainState::RetrievalStatusText() const
   return QStringLiteral("Retrieval failed, %1. %2").arg(since, failures);
 }
 
-void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
+TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
 {
-  const TraceScope trace(lcApp(), "TfrmMain.bbtGetTicketsClick");
+  const TraceScope trace(lcApp(), "Session.RetrieveTickets");
   BeginServiceStep();
   FRetrievalAttempt = QDateTime::currentDateTime();
   // Until the tickets came, none of them can be compared with the last report.
   FUncomparedOrganizations = FSelectedOrganizations;
   const auto keepFailures = qScopeGuard([this] { FRetrievalFailures = FStepFailures; });
   if (!ServiceReady())
-    return;
+    co_return;
   if (FSelectedOrganizations.isEmpty()) {
     // Nothing to retrieve: a report made now would be a false "all clear".
     FStepFailures.append(TStepFailure{QStringLiteral("Get tickets"),
                                       QStringLiteral("no organization is selected; choose them with "
                                                      "\"Organizations & Teams\""),
                                       QString()});
-    return;
+    co_return;
   }
   // Entries that cannot be queried are left out, and the retrieval is then
   // incomplete: the report must not pass them over in silence.
   for (const QString &reason : SelectionIdErrors(FFichINI, FSelectedOrganizations, FSelectedTeams))
     FStepFailures.append(TStepFailure{QStringLiteral("Settings"), reason, QString()});
-  if (!EnsureToken())
-    return;
+  if (!co_await EnsureToken())
+    co_return;
   // The report needs the operators; when requests overlap anyway their query
   // travels with the tickets' instead of after them. One at a time, the
   // requests keep their order: tickets first.
@@ -162,7 +183,7 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   QSet<qsizetype> failedOrganizations; // by position in `organizations`
   // Each query's result, in order: counted, traced, logged, failures remembered,
   // and each organization's three lists merged once the last is in.
-  FRest.GET_TicketsListsOpen(FICI, requested, [&](qsizetype index, TTicketQueryResult &&result) {
+  co_await FRest.GET_TicketsListsOpen(FICI, requested, [&](qsizetype index, TTicketQueryResult &&result) {
     const QString name = organizations.at(index / 3).name;
     const int kind = static_cast<int>(index % 3);
     const QString title = kind == 0   ? name
@@ -184,7 +205,6 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
     }
     TraceValue(lcApp(), qPrintable(label), result.Tickets.size());
     FslLog.append(LogLine(QStringLiteral(" - * ") + label + dots + QString::number(result.Tickets.size())));
-    ProcessMessages();
     if (kind == 0) {
       tickets = std::move(result.Tickets);
     } else if (kind == 1) {
@@ -192,7 +212,6 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
     } else {
       progress.LoadingSetProgressBar(maximum, ++step);
       merged.append(MergeTenExchanges(std::exchange(tickets, {}), english, result.Tickets));
-      ProcessMessages();
       FslLog.append(QString());
     }
   });
@@ -208,9 +227,13 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
   TraceValue(lcApp(), "Nb tickets", retrieved.size());
   FslLog.append(LogLine(QStringLiteral(" - * Nb tickets: ") + QString::number(retrieved.size())));
   FslLog.append(QString());
-  // Nothing came at all: the list and the grid of the last good retrieval stay.
-  if (failedQueries == queries)
-    return;
+  // Nothing came at all, or the person cancelled: the list and the grid of the
+  // last good retrieval stay.
+  if (failedQueries == queries || Cancelled()) {
+    if (Cancelled())
+      NoteCancelled(QStringLiteral("Get tickets"));
+    co_return;
+  }
   FStepFailures.append(UnreadableDates(retrieved));
   FExtractionTickets = extraction;
   FTickets = std::move(retrieved);
@@ -226,30 +249,30 @@ void TMainState::bbtGetTicketsClick(TLoadingProgress &progress)
     MarkGrid();
 }
 
-void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const TChooseOrga &chooseOrga)
+TTask<> TMainState::ChooseOrganizations(TLoadingProgress &progress, TChooseOrga chooseOrga)
 {
-  const TraceScope trace(lcApp(), "TfrmMain.bbtGET_Organization_ListClick");
+  const TraceScope trace(lcApp(), "Session.ChooseOrganizations");
   BeginServiceStep();
   if (!ServiceReady())
-    return;
+    co_return;
   int errors = 0;
   {
     // The progress window goes away however the fetching ends, an error included.
     progress.LoadingShow(2);
     const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
     progress.LoadingSetTitle(QStringLiteral("GetToken"));
-    if (!EnsureToken()) {
+    if (!co_await EnsureToken()) {
       ++errors;
     } else {
       if (FOrganizations.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Organizations"));
-        FOrganizations = Noted(FRest.GET_OrganizationsList(FICI), QStringLiteral("Organization list"));
+        FOrganizations = Noted(co_await FRest.GET_OrganizationsList(FICI), QStringLiteral("Organization list"));
         if (FOrganizations.isEmpty())
           ++errors;
       }
       if (FTeams.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Teams"));
-        FTeams = Noted(FRest.GET_Teams(FICI, true), QStringLiteral("Team list"));
+        FTeams = Noted(co_await FRest.GET_Teams(FICI, true), QStringLiteral("Team list"));
         if (FTeams.isEmpty()) {
           ++errors;
         } else {
@@ -261,7 +284,7 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
       }
       if (FOperators.isEmpty()) {
         progress.LoadingSetTitle(QStringLiteral("Get Operators"));
-        TakeOperators(FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list"));
+        TakeOperators(co_await FRest.GET_OperatorsList(FICI), QStringLiteral("Operator list"));
         if (FOperators.isEmpty()) {
           ++errors;
         } else {
@@ -273,27 +296,44 @@ void TMainState::bbtGET_Organization_ListClick(TLoadingProgress &progress, const
     }
   }
   TraceValue(lcApp(), "Errors", errors);
+  if (Cancelled()) {
+    NoteCancelled(QStringLiteral("Organizations & Teams"));
+    co_return;
+  }
   if (errors == 0 &&
       chooseOrga(FOrganizations, FSelectedOrganizations, FTeams, FSelectedTeams, FOrganizationsTeams))
     SaveConfigOrgaAndTeams();
 }
 
-void TMainState::bbtStatusAndPropertiesClick(const TEditColours &editColours)
+TTask<> TMainState::EditStatusColours(TLoadingProgress &progress, TEditColours editColours)
 {
-  const TraceScope trace(lcApp(), "TfrmMain.bbtStatusAndPropertiesClick");
+  const TraceScope trace(lcApp(), "Session.EditStatusColours");
   BeginServiceStep();
   const QString module = QStringLiteral("TICKETING");
-  if (FStatus.isEmpty()) {
-    if (!ServiceReady() || !EnsureToken())
-      return;
-    FStatus = BuildStatusList(
-        Noted(FRest.GET_Objects(FICI, module, QStringLiteral("TICKET_STATUS")), QStringLiteral("Status list")),
-        Colours());
+  if (FStatus.isEmpty() || FPriorities.isEmpty()) {
+    progress.LoadingShow(2);
+    const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
+    if (FStatus.isEmpty()) {
+      if (!ServiceReady())
+        co_return;
+      const bool tokenInForce = co_await EnsureToken();
+      if (!tokenInForce)
+        co_return;
+      progress.LoadingSetTitle(QStringLiteral("Get Status"));
+      FStatus = BuildStatusList(Noted(co_await FRest.GET_Objects(FICI, module, QStringLiteral("TICKET_STATUS")),
+                                      QStringLiteral("Status list")),
+                                Colours());
+    }
+    if (FPriorities.isEmpty()) {
+      progress.LoadingSetTitle(QStringLiteral("Get Priorities"));
+      FPriorities = BuildPriorityList(Noted(co_await FRest.GET_Objects(FICI, module, QStringLiteral("TICKET_PRIORITY")),
+                                            QStringLiteral("Priority list")),
+                                      Colours());
+    }
   }
-  if (FPriorities.isEmpty()) {
-    FPriorities = BuildPriorityList(
-        Noted(FRest.GET_Objects(FICI, module, QStringLiteral("TICKET_PRIORITY")), QStringLiteral("Priority list")),
-        Colours());
+  if (Cancelled()) {
+    NoteCancelled(QStringLiteral("Status & Priorities"));
+    co_return;
   }
   if (editColours(FStatus, FPriorities, Colours())) {
     SaveStatus();

@@ -66,9 +66,9 @@ private:
 
 } // namespace
 
-TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUnattendedOptions &options)
+TTask<TExitStatus> RunUnattended(TMainState &state, TLoadingProgress &progress, TUnattendedOptions options)
 {
-  const TraceScope trace(lcApp(), "TfrmMain.TimerTimer");
+  const TraceScope trace(lcApp(), "Session.RunUnattended");
   QStringList &log = state.FslLog;
   log.clear();
   log.append(LogLine(QStringLiteral(" - BEGIN")));
@@ -87,7 +87,7 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
   try {
     log.append(LogLine(QStringLiteral(" - Retrieve all tickets")));
     echo.Flush();
-    state.bbtGetTicketsClick(progress);
+    co_await state.RetrieveTickets(progress);
     if (!state.RetrievalFailures().isEmpty())
       status = CExitIncomplete;
     LogFailures(state, state.RetrievalFailures());
@@ -95,7 +95,7 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
       throw EQuorvexError(QStringLiteral("Stopped by %1 during the retrieval: no report was sent").arg(options.Stop->Reason()));
     log.append(LogLine(QStringLiteral(" - Generate email")));
     echo.Flush();
-    state.bbtGenerateMailClick();
+    co_await state.GenerateReport();
     LogFailures(state, state.TakeStepFailures());
     if (!state.RecipientsUnknown().isEmpty() && status == CExitOk)
       status = CExitIncomplete;
@@ -108,7 +108,7 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
     log.append(LogLine(QStringLiteral(" - * Cc: ") + QString::number(state.FSlRecipientCc.size())));
     log.append(LogLine(QStringLiteral(" - Send email")));
     echo.Flush();
-    state.bbtSendMailClick(progress);
+    co_await state.SendReport(progress);
     const TStepFailures notServed = state.TakeStepFailures();
     LogFailures(state, notServed);
     if (stopped())
@@ -127,7 +127,7 @@ TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUna
   }
   echo.Flush();
   state.NoteExitStatus(status);
-  return SaveLog(state, status);
+  co_return SaveLog(state, status);
 }
 
 void SaveStartFailureLog(TMainState &state, const QString &message, const TUnattendedOptions &options)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/Task.h"
+
 #include <QDeadlineTimer>
 #include <QString>
 #include <functional>
@@ -39,7 +41,9 @@ struct TUnattendedOptions
 // tickets, generate the report, send it, and save the run log (FslLog) to
 // FLogFile. Never waits for anyone: an error is logged as an ERROR line, the log
 // is still saved, the message goes to stderr, and the status says what happened.
-TExitStatus TimerTimer(TMainState &state, TLoadingProgress &progress, const TUnattendedOptions &options);
+// The run goes on as the service and the mail server answer; the caller's event
+// loop runs meanwhile.
+TTask<TExitStatus> RunUnattended(TMainState &state, TLoadingProgress &progress, TUnattendedOptions options);
 
 // The run log of an unattended run that could not even start (the settings
 // could not be read): BEGIN and the ERROR line, saved to FLogFile when known.

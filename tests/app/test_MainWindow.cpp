@@ -47,6 +47,14 @@ protected:
     FState.FormDestroy();
   }
 
+  // Clicks a step's button and lets the window's thread run until the step ended
+  // (the buttons are back).
+  void ClickStep(QToolButton *button)
+  {
+    QTest::mouseClick(button, Qt::LeftButton);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return FWindow->bbtGetTickets->isEnabled(); }, 30000));
+  }
+
   TTempConfig FConfig;
   TOfflineRest FOffline;
   TMainState FState{"quorvex-followup", FOffline.Rest};
@@ -102,7 +110,7 @@ TEST_F(MainWindow, AFirstStartGuidesAndPointsToTheServiceSettings)
                             FWindow->bbtStatusAndProperties}) {
     QString shown;
     CloseNextMessageBox(&shown);
-    QTest::mouseClick(step, Qt::LeftButton);
+    ClickStep(step);
     EXPECT_EQ(shown, "Enter the service's address and API account in 'Quorvex ITSM API' first");
     EXPECT_EQ(FWindow->statusBar()->currentMessage(), shown) << step->objectName().toStdString();
   }
@@ -116,13 +124,13 @@ TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)
   EXPECT_FALSE(FWindow->bbtSendMail->isEnabled()); // no report yet
   EXPECT_FALSE(FWindow->bbtSaveGrid->isEnabled()); // no ticket yet
 
-  QTest::mouseClick(FWindow->bbtGenerateMail, Qt::LeftButton);
+  ClickStep(FWindow->bbtGenerateMail);
   // No browser on this platform: the path is shown all the same.
   EXPECT_EQ(FWindow->statusBar()->currentMessage(),
             "No browser could be started; the report is written to " + FState.ReportFile());
 
   ASSERT_TRUE(FWindow->bbtSendMail->isEnabled());
-  QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
+  ClickStep(FWindow->bbtSendMail);
   EXPECT_TRUE(FWindow->statusBar()->currentMessage().startsWith(
       QStringLiteral("Report sent to leads@vellmor.example and itsm@vellmor.example through 127.0.0.1:%1 at ")
           .arg(server.Port())))
@@ -132,14 +140,14 @@ TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)
   // The same report again the same day: the person is asked, and Escape skips it.
   QString asked;
   CloseNextMessageBox(&asked);
-  QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
+  ClickStep(FWindow->bbtSendMail);
   EXPECT_EQ(asked, "1 mail(s) of this report were already delivered today to the same people.");
   EXPECT_TRUE(FWindow->statusBar()->currentMessage().startsWith("Already sent at "))
       << FWindow->statusBar()->currentMessage().toStdString();
   EXPECT_EQ(server.Messages().size(), 1);
   asked.clear();
   CloseNextMessageBox(&asked, "Send again");
-  QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
+  ClickStep(FWindow->bbtSendMail);
   EXPECT_FALSE(asked.isEmpty());
   EXPECT_EQ(server.Messages().size(), 2);
 }
@@ -151,7 +159,7 @@ TEST_F(MainWindow, TheGridSortsAndSearchesItsViewAndSavesWhatItShows)
 {
   FState.FTickets = {Ticket(4521, "Printer", false), Ticket(99, "VPN slow", false), Ticket(17, "VPN down", true)};
   FState.FTicketsGrid.SetTickets(FState.FTickets);
-  QTest::mouseClick(FWindow->bbtGenerateMail, Qt::LeftButton); // any step brings the buttons up to date
+  ClickStep(FWindow->bbtGenerateMail); // any step brings the buttons up to date
   ASSERT_TRUE(FWindow->bbtSaveGrid->isEnabled());
   auto *grid = FWindow->findChild<QTableView *>("asgTickets");
   QHeaderView *header = grid->horizontalHeader();
@@ -220,7 +228,7 @@ TEST_F(MainWindow, MailIsSentOffTheWindowThreadWithEveryButtonOff)
   QTcpServer silent; // accepts, never answers
   ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
   FState.FSmtp = {"127.0.0.1", silent.serverPort(), false, "", "", "leads@vellmor.example", "", ""};
-  QTest::mouseClick(FWindow->bbtGenerateMail, Qt::LeftButton);
+  ClickStep(FWindow->bbtGenerateMail);
 
   bool seen = false;
   QObject::connect(&silent, &QTcpServer::newConnection, [&] {
@@ -234,7 +242,7 @@ TEST_F(MainWindow, MailIsSentOffTheWindowThreadWithEveryButtonOff)
   });
   QString shown;
   CloseNextMessageBox(&shown);
-  QTest::mouseClick(FWindow->bbtSendMail, Qt::LeftButton);
+  ClickStep(FWindow->bbtSendMail);
   EXPECT_TRUE(seen);
   EXPECT_TRUE(shown.contains(QStringLiteral("Mail to 1 recipient(s), 0 row(s) (leads@vellmor.example): Unable to send "
                                            "the mail through 127.0.0.1:%1")

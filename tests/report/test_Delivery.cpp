@@ -2,6 +2,7 @@
 // and the journal that keeps a rerun from mailing the same people twice.
 
 #include "SmtpTestServer.h"
+#include "support/Await.h"
 #include "core/StopRequest.h"
 #include "report/DeliveryJournal.h"
 #include "report/DeliveryPlan.h"
@@ -50,7 +51,7 @@ protected:
     FOptions.RetryPause = std::chrono::milliseconds(10);
   }
 
-  TDeliveryResult Deliver(const QList<TReportMail> &mails) { return DeliverReport(FSmtp, mails, FOptions, FColours); }
+  TDeliveryResult Deliver(const QList<TReportMail> &mails) { return Await(DeliverReport(FSmtp, mails, FOptions, FColours)); }
 
   // Every recipient the relay delivered to, in order.
   QStringList Received() const

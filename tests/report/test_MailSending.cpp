@@ -5,6 +5,7 @@
 #include "report/DeliveryPlan.h"
 #include "report/SmtpIdentity.h"
 #include "report/ReportSending.h"
+#include "support/Await.h"
 #include "support/Raised.h"
 #include "support/TempConfig.h"
 #include "tickets/ColourStore.h"
@@ -40,7 +41,7 @@ QStringList SendReport(const tySMTPserver &smtp, const QStringList &lines)
   TTempConfig config;
   TColourStore colours(config.File("colours.ini"));
   QStringList failures;
-  for (const TDeliveryFailure &failure : DeliverReport(smtp, {mail}, {}, colours).Failures)
+  for (const TDeliveryFailure &failure : Await(DeliverReport(smtp, {mail}, {}, colours)).Failures)
     failures.append(failure.What + ": " + failure.Reason);
   return failures;
 }

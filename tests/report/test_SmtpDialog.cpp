@@ -60,6 +60,14 @@ void Loopback(TfrmSMTP &dialog, int port)
   dialog.ledtUsername->clear();
 }
 
+// Clicks the test button and waits while the window's thread runs, until the
+// test has ended (the button is back).
+void TestAndWait(TfrmSMTP &dialog)
+{
+  dialog.BitBtn1->click();
+  EXPECT_TRUE(QTest::qWaitFor([&dialog] { return dialog.BitBtn1->isEnabled(); }, 30000));
+}
+
 } // namespace
 
 TEST(SmtpDialogTest, TestSendsTheTypedValuesConfirmsAndAFailureKeepsTheValues)
@@ -74,7 +82,7 @@ TEST(SmtpDialogTest, TestSendsTheTypedValuesConfirmsAndAFailureKeepsTheValues)
 
   run.Answer = "tester@vellmor.example";
   Loopback(dialog, server.Port()); // typed, not yet kept
-  dialog.BitBtn1->click();
+  TestAndWait(dialog);
   ASSERT_EQ(server.Messages().size(), 1);
   EXPECT_EQ(server.Messages()[0]["rcpt_tos"].toArray().toVariantList(), QVariantList{"tester@vellmor.example"});
   EXPECT_EQ(run.Informed, QStringList{"Check your inbox, the email has been sent."});
@@ -83,7 +91,7 @@ TEST(SmtpDialogTest, TestSendsTheTypedValuesConfirmsAndAFailureKeepsTheValues)
   dialog.ledtPort->setText(QString::number(unused));
   const tySMTPserver typed = dialog.TypedValues();
   dialog.show();
-  dialog.BitBtn1->click();
+  TestAndWait(dialog);
   ASSERT_EQ(run.Errors.size(), 1);
   EXPECT_TRUE(run.Errors[0].startsWith(QStringLiteral("Unable to send the mail through 127.0.0.1:%1: ").arg(unused)))
       << run.Errors[0].toStdString();
@@ -116,8 +124,8 @@ TEST(SmtpDialogTest, TestRunsOffTheWindowThreadWithTheButtonsOff)
     silent.nextPendingConnection()->abort(); // the exchange ends with an error
   });
   QTest::mouseClick(dialog.BitBtn1, Qt::LeftButton);
+  EXPECT_TRUE(QTest::qWaitFor([&dialog] { return dialog.BitBtn1->isEnabled(); }, 30000));
   EXPECT_TRUE(seen);
-  EXPECT_TRUE(dialog.BitBtn1->isEnabled());
   EXPECT_EQ(run.Errors.size(), 1);
 }
 
@@ -156,7 +164,7 @@ TEST(SmtpDialogTest, OkCopiesTheEditedValuesBackTrimmingOnlyServerAndUserAndCanc
         return;
       }
       Loopback(*dialog, server.Port());
-      dialog->BitBtn1->click();
+      TestAndWait(*dialog);
       dialog->reject();
     });
     EXPECT_EQ(ConfigureSMTPserver(smtp, delivery, nullptr, run.Actions()), ok);

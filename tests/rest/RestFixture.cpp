@@ -1,4 +1,5 @@
 #include "RestFixture.h"
+#include "support/Await.h"
 
 #include "core/Trace.h"
 
@@ -26,7 +27,7 @@ RestFixture::~RestFixture()
 
 void RestFixture::SignIn()
 {
-  ASSERT_FALSE(FRest->GetToken(FSettings).Failed());
+  ASSERT_FALSE(Await(FRest->GetToken(FSettings)).Failed());
   FService.ClearRequests();
 }
 

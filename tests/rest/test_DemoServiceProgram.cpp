@@ -1,4 +1,5 @@
 #include "core/ConfigTypes.h"
+#include "support/Await.h"
 #include "core/Trace.h"
 #include "rest/dRest.h"
 #include "support/DemoServiceProcess.h"
@@ -27,22 +28,22 @@ TEST(DemoServiceProgram, SampleDataIsServedToTheClient)
   settings.Instance = service.Printed("Instance: ");
   settings.API = {service.Printed("Client ID: "), "demo secret&=1", service.Printed("Username: "),
                   QString::fromUtf8("Pass word&=é"), 0, 24, {}};
-  ASSERT_FALSE(rest.GetToken(settings).Failed());
+  ASSERT_FALSE(Await(rest.GetToken(settings)).Failed());
 
-  const tyRestOrganizations organizations = rest.GET_OrganizationsList(settings).Value;
+  const tyRestOrganizations organizations = Await(rest.GET_OrganizationsList(settings)).Value;
   ASSERT_EQ(organizations.size(), 3);
   EXPECT_EQ(std::count_if(organizations.begin(), organizations.end(),
                           [](const tyRestOrganization &o) { return o.ticketingModuleEnabled; }),
             2);
-  const tyRestTeams teams = rest.GET_Teams(settings, true).Value;
+  const tyRestTeams teams = Await(rest.GET_Teams(settings, true)).Value;
   ASSERT_EQ(teams.size(), 5);
   EXPECT_FALSE(teams.first().organizations.isEmpty());
-  const tyRestOperators operators = rest.GET_OperatorsList(settings).Value;
+  const tyRestOperators operators = Await(rest.GET_OperatorsList(settings)).Value;
   EXPECT_EQ(operators.size(), 40);
   EXPECT_TRUE(std::any_of(operators.begin(), operators.end(),
                           [](const tyRestOperator &o) { return o.status == "INACTIVE"; }));
-  EXPECT_EQ(rest.GET_Objects(settings, "TICKETING", "TICKET_STATUS").Value.size(), 6);
-  EXPECT_EQ(rest.GET_Objects(settings, "TICKETING", "TICKET_PRIORITY").Value.size(), 4);
+  EXPECT_EQ(Await(rest.GET_Objects(settings, "TICKETING", "TICKET_STATUS")).Value.size(), 6);
+  EXPECT_EQ(Await(rest.GET_Objects(settings, "TICKETING", "TICKET_PRIORITY")).Value.size(), 4);
 
   // Its tickets are counted by the end-to-end runs.
 }

@@ -1,4 +1,5 @@
 #include "RestFixture.h"
+#include "support/Await.h"
 
 class ReferenceQueries : public RestFixture
 {
@@ -10,12 +11,12 @@ protected:
   {
     const auto outcome = [](const auto &result) { return std::make_pair(result.Value.size(), result.Failure); };
     if (path.startsWith("/api/repository/"))
-      return outcome(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS"));
+      return outcome(Await(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS")));
     if (path.startsWith("/api/organization/"))
-      return outcome(FRest->GET_OrganizationsList(FSettings));
+      return outcome(Await(FRest->GET_OrganizationsList(FSettings)));
     if (path.startsWith("/api/teams"))
-      return outcome(FRest->GET_Teams(FSettings, true));
-    return outcome(FRest->GET_OperatorsList(FSettings));
+      return outcome(Await(FRest->GET_Teams(FSettings, true)));
+    return outcome(Await(FRest->GET_OperatorsList(FSettings)));
   }
 };
 
@@ -44,11 +45,11 @@ TEST_F(ReferenceQueries, EachQueryAsksWithItsOwnMethodAndBody)
 
 TEST_F(ReferenceQueries, ObjectsAndOrganizationsAreReadMemberForMember)
 {
-  const tyRestObject status = FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS").Value.value(0);
+  const tyRestObject status = Await(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS")).Value.value(0);
   EXPECT_EQ(std::tie(status.id, status.module, status.organization.name, status._reference, status.subType, status._type),
             std::make_tuple(5, QString("TICKETING"), QString("One"), QString("NEW"), QString("S"),
                             QString("TICKET_STATUS")));
-  const tyRestOrganizations organizations = FRest->GET_OrganizationsList(FSettings).Value;
+  const tyRestOrganizations organizations = Await(FRest->GET_OrganizationsList(FSettings)).Value;
   ASSERT_EQ(organizations.size(), 2);
   const tyRestOrganization &one = organizations[0];
   EXPECT_EQ(std::tie(one.id, one.name, one.monitoringAndInfrastructureModuleEnabled, one.passwordModuleEnabled,
@@ -65,7 +66,7 @@ TEST_F(ReferenceQueries, OrganizationLackingAMemberStopsTheReadingThere)
               R"({"id":2,"name":"B","monitoringAndInfrastructureModuleEnabled":false,"passwordModuleEnabled":false},)"
               R"({"id":3,"name":"C","monitoringAndInfrastructureModuleEnabled":false,"passwordModuleEnabled":false,)"
               R"("ticketingModuleEnabled":true}])");
-  const TRestResult<tyRestOrganizations> result = FRest->GET_OrganizationsList(FSettings);
+  const TRestResult<tyRestOrganizations> result = Await(FRest->GET_OrganizationsList(FSettings));
   const tyRestOrganizations &organizations = result.Value;
   ASSERT_EQ(organizations.size(), 3);
   // An absent id reads as -1; the items after the faulty one stay blank.
@@ -135,7 +136,7 @@ TEST_F(ReferenceQueries, BadAnswersFailWithTheirOwnErrorLines)
 
 TEST_F(ReferenceQueries, TeamsComeFromOnePostAndEachDetailFromAGetWhenAsked)
 {
-  tyRestTeams teams = FRest->GET_Teams(FSettings, false).Value;
+  tyRestTeams teams = Await(FRest->GET_Teams(FSettings, false)).Value;
   ASSERT_EQ(FService.Requests().size(), 1);
   ASSERT_EQ(teams.size(), 3);
   EXPECT_EQ(teams[0].name, "Desk");
@@ -146,7 +147,7 @@ TEST_F(ReferenceQueries, TeamsComeFromOnePostAndEachDetailFromAGetWhenAsked)
   EXPECT_TRUE(teams[2].remarks.isEmpty());
 
   FService.ClearRequests();
-  const TRestResult<tyRestTeams> detailed = FRest->GET_Teams(FSettings, true);
+  const TRestResult<tyRestTeams> detailed = Await(FRest->GET_Teams(FSettings, true));
   EXPECT_FALSE(detailed.Failed());
   ASSERT_EQ(FService.Requests().size(), 4);
   EXPECT_EQ(FService.Requests()[2].Method, "GET");
@@ -157,7 +158,7 @@ TEST_F(ReferenceQueries, TeamsComeFromOnePostAndEachDetailFromAGetWhenAsked)
 
 TEST_F(ReferenceQueries, OperatorsFirstPageWithHelpersPresets)
 {
-  const tyRestOperators operators = FRest->GET_OperatorsList(FSettings).Value;
+  const tyRestOperators operators = Await(FRest->GET_OperatorsList(FSettings)).Value;
   ASSERT_EQ(operators.size(), 3);
   EXPECT_EQ(operators[0].hourFormat, 24);
   EXPECT_EQ(operators[1].hourFormat, -1) << "an absent operator integer reads as -1";

@@ -1,4 +1,5 @@
 #include "RestFixture.h"
+#include "support/Await.h"
 
 #include "core/Trace.h"
 
@@ -16,7 +17,7 @@ using TicketsList = RestFixture;
 TEST_F(TicketsList, ThreePagesAreAskedWithTheirBodyInTheGetAndJoinedInOrder)
 {
   SignIn();
-  const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
   EXPECT_FALSE(result.Failed());
   const tyRestTickets &tickets = result.Value;
   ASSERT_EQ(tickets.size(), 1203);
@@ -38,7 +39,7 @@ TEST_F(TicketsList, ThreePagesAreAskedWithTheirBodyInTheGetAndJoinedInOrder)
 TEST_F(TicketsList, SearchTextTravelsAsPureAsciiWithEscapes)
 {
   SignIn();
-  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 1, QString::fromUtf8(CNoticeFrench)).Value;
+  const tyRestTickets tickets = Await(FRest->GET_TicketsListOpen(FSettings, 1, QString::fromUtf8(CNoticeFrench))).Value;
   ASSERT_EQ(tickets.size(), 1);
   EXPECT_EQ(tickets.first().id, 2);
 
@@ -55,7 +56,7 @@ TEST_F(TicketsList, SurplusBeyondTheAnnouncedTotalIsDropped)
   TDemoFaults faults;
   faults.Surplus = 2;
   FService.SetFaults(faults);
-  const tyRestTickets tickets = FRest->GET_TicketsListOpen(FSettings, 1, "").Value;
+  const tyRestTickets tickets = Await(FRest->GET_TicketsListOpen(FSettings, 1, "")).Value;
   ASSERT_EQ(tickets.size(), 3);
   for (const tyRestTicket &ticket : tickets)
     EXPECT_LT(ticket.id, 900000);
@@ -91,7 +92,7 @@ TEST_F(TicketsList, BadPagesFailWithTheirOwnErrorLines)
   for (const auto &row : rows) {
     RestartTrace();
     ReplaceBody("/api/ticket/list/open", row.body, row.page);
-    const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+    const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
     const auto context = QString("page %1: %2").arg(row.page).arg(QString::fromUtf8(row.body)).toStdString();
     EXPECT_EQ(result.Value.size(), row.page == 1 ? 500 : 0) << context;
     EXPECT_EQ(result.Failed(), !row.error.isEmpty()) << context;
@@ -105,7 +106,7 @@ TEST_F(TicketsList, AFirstPageThatCannotBeFetchedEndsTheQueryWithItsReason)
 {
   const auto reason = [this](qsizetype requests) {
     FService.ClearRequests();
-    const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+    const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
     EXPECT_TRUE(result.Value.isEmpty());
     EXPECT_EQ(FService.Requests().size(), requests);
     return result.Failure.value_or(TRestFailure{"no failure", {}}).Reason;
@@ -124,13 +125,13 @@ TEST_F(TicketsList, AFirstPageThatCannotBeFetchedEndsTheQueryWithItsReason)
 TEST_F(TicketsList, LaterPageCutOffIsSkippedAndTheNextPagesStillCome)
 {
   SignIn();
-  const tyRestTickets all = FRest->GET_TicketsListOpen(FSettings, 7, "").Value;
+  const tyRestTickets all = Await(FRest->GET_TicketsListOpen(FSettings, 7, "")).Value;
   ASSERT_EQ(all.size(), 1203);
   FService.ClearRequests();
   TDemoFaults faults;
   faults.Bodies.append({"/api/ticket/list/open", 1, QByteArray(4000, ' '), 200, TDemoFaults::TDelivery::CutMidBody});
   FService.SetFaults(faults);
-  const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
   const tyRestTickets &tickets = result.Value;
   EXPECT_EQ(FService.Requests().size(), 3);
   ASSERT_EQ(tickets.size(), 703) << "pages 0 and 2";
@@ -168,12 +169,12 @@ TEST_F(TicketsList, ParallelRequestsGiveWhatOneAtATimeGives)
     FService.ClearRequests();
     FSettings.ParallelRequests = parallel;
     QStringList results;
-    FRest->GET_TicketsListsOpen(FSettings, queries, [&](qsizetype index, TTicketQueryResult &&result) {
+    Await(FRest->GET_TicketsListsOpen(FSettings, queries, [&](qsizetype index, TTicketQueryResult &&result) {
       QStringList ids;
       for (const tyRestTicket &ticket : result.Tickets)
         ids << QString::number(ticket.id);
       results << QStringLiteral("%1 %2 %3 %4").arg(index).arg(result.Failed).arg(result.Failure.Reason, ids.join(u','));
-    });
+    }));
     return std::make_pair(results, TraceMessages(TraceText()));
   };
   const auto [sequential, sequentialTrace] = run(1);
@@ -198,7 +199,7 @@ TEST_F(TicketsList, TooManyRequestsIsAskedAgainAfterItsDelay)
   faults.TooManyOnce = true;
   FService.SetFaults(faults);
   FSettings.ParallelRequests = 4;
-  const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
   EXPECT_FALSE(result.Failed()) << result.Failure.value_or(TRestFailure()).Reason.toStdString();
   EXPECT_EQ(result.Value.size(), 1203);
   EXPECT_EQ(FService.Requests().size(), 4) << "three pages, the first twice";
@@ -227,7 +228,7 @@ TEST_F(TicketsList, PagingStopsAtWhatTheAnnouncedTicketsCanFill)
                .toUtf8(),
            200});
     FService.SetFaults(faults);
-    const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 1, "");
+    const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 1, ""));
     EXPECT_EQ(result.Value.size(), requests) << announced;
     EXPECT_EQ(FService.Requests().size(), requests) << announced;
     EXPECT_EQ(result.Failed(), announced > requests) << announced;
@@ -242,7 +243,7 @@ TEST_F(TicketsList, NoPageIsAskedAfterAnAnswerThatFailedTheQuery)
   TDemoFaults faults;
   faults.Bodies.append({"/api/ticket/list/open", 1, "<html>502 Bad Gateway</html>", 502});
   FService.SetFaults(faults);
-  const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 7, "");
+  const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
   EXPECT_TRUE(result.Failed());
   EXPECT_TRUE(result.Failure->Reason.contains("answered HTTP 502")) << result.Failure->Reason.toStdString();
   EXPECT_EQ(result.Value.size(), 500);
@@ -253,7 +254,7 @@ TEST_F(TicketsList, NoPageIsAskedAfterAnAnswerThatFailedTheQuery)
   faults.Bodies = {{"/api/ticket/list/open", 0,
                     R"({"totalNumberOfPages":3,"totalNumberOfElements":1203,"content":[{"id":1}]})", 500}};
   FService.SetFaults(faults);
-  EXPECT_TRUE(FRest->GET_TicketsListOpen(FSettings, 7, "").Failed());
+  EXPECT_TRUE(Await(FRest->GET_TicketsListOpen(FSettings, 7, "")).Failed());
   EXPECT_EQ(FService.Requests().size(), 1);
 }
 
@@ -271,7 +272,7 @@ TEST_F(TicketsList, ATicketThatComesAgainOnALaterPageIsKeptOnce)
                       200}};
     return faults;
   }());
-  const TRestResult<tyRestTickets> result = FRest->GET_TicketsListOpen(FSettings, 1, "");
+  const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 1, ""));
   QList<qint64> ids;
   for (const tyRestTicket &ticket : result.Value)
     ids << ticket.id;
@@ -285,12 +286,12 @@ TEST_F(TicketsList, ARevokedTokenIsRenewedOnceWhateverTheRequestsInFlight)
 {
   FSettings.API.Token = "revoked-token";
   FSettings.API.TokenRequest = NowDateTime();
-  ASSERT_FALSE(FRest->GetToken(FSettings).Failed()); // the saved token is reused
+  ASSERT_FALSE(Await(FRest->GetToken(FSettings)).Failed()); // the saved token is reused
   int renewals = 0;
-  FRest->SetTokenRefusedHandler([&] {
+  FRest->SetTokenRefusedHandler([&]() -> TTask<bool> {
     ++renewals;
     FSettings.API.Token.clear();
-    return !FRest->GetToken(FSettings).Failed();
+    co_return !(co_await FRest->GetToken(FSettings)).Failed();
   });
   TDemoFaults faults;
   faults.DelayMs = 20;
@@ -298,8 +299,8 @@ TEST_F(TicketsList, ARevokedTokenIsRenewedOnceWhateverTheRequestsInFlight)
   FSettings.ParallelRequests = 4;
   const QList<TTicketQuery> queries{{1, ""}, {2, ""}, {7, ""}, {1, "x"}, {2, "y"}};
   int failed = 0;
-  FRest->GET_TicketsListsOpen(FSettings, queries,
-                              [&](qsizetype, TTicketQueryResult &&result) { failed += result.Failed; });
+  Await(FRest->GET_TicketsListsOpen(FSettings, queries,
+                              [&](qsizetype, TTicketQueryResult &&result) { failed += result.Failed; }));
   EXPECT_EQ(failed, 0);
   EXPECT_EQ(renewals, 1);
   qsizetype tokenRequests = 0;

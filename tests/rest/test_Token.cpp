@@ -1,4 +1,5 @@
 #include "RestFixture.h"
+#include "support/Await.h"
 #include "rest/RestErrors.h"
 
 #include <QTcpServer>
@@ -25,7 +26,7 @@ using Token = RestFixture;
 TEST_F(Token, NewTokenIsAskedWithTheFormBodyAndOnlyTheContentTypeOfOurs)
 {
   const TDateTime before = NowDateTime();
-  const TRestResult<> result = FRest->GetToken(FSettings);
+  const TRestResult<> result = Await(FRest->GetToken(FSettings));
   EXPECT_FALSE(result.Failed());
   EXPECT_TRUE(FRest->TokenOk());
 
@@ -67,7 +68,7 @@ TEST_F(Token, StoredTokenIsReusedUntilValidityLessNineHoursThenRenewed)
     FSettings.API.TokenValidity = row.validity;
     const TDateTime requested = NowDateTime() - row.hoursAgo * COneHour;
     FSettings.API.TokenRequest = requested;
-    ASSERT_FALSE(FRest->GetToken(FSettings).Failed());
+    ASSERT_FALSE(Await(FRest->GetToken(FSettings)).Failed());
     const auto context = QString("validity %1, %2 h ago").arg(row.validity).arg(row.hoursAgo).toStdString();
     EXPECT_EQ(FService.Requests().size(), row.asked ? 1 : 0) << context;
     EXPECT_EQ(FSettings.API.Token == row.stored, !row.asked) << context;
@@ -82,9 +83,9 @@ TEST_F(Token, StoredTokenIsReusedUntilValidityLessNineHoursThenRenewed)
 TEST_F(Token, ValidityWhoseHoursOverflowIsAnError)
 {
   FSettings.API.TokenValidity = std::numeric_limits<std::int32_t>::min() + 3; // overflows when 9 is taken away
-  EXPECT_THROW((void)FRest->GetToken(FSettings), ERangeError);
+  EXPECT_THROW((void)Await(FRest->GetToken(FSettings)), ERangeError);
   FSettings.API.TokenValidity = 40000000; // overflows when counted in minutes
-  EXPECT_THROW((void)FRest->GetToken(FSettings), ERangeError);
+  EXPECT_THROW((void)Await(FRest->GetToken(FSettings)), ERangeError);
   EXPECT_TRUE(FService.Requests().isEmpty());
 }
 
@@ -102,7 +103,7 @@ TEST_F(Token, ARefusalOrAnAnswerWithoutTokenFailsAndKeepsTheTokenInForce)
       faults.Bodies.append({"/oauth/token", -1, body, 200});
     FService.SetFaults(faults);
     FSettings.API.TokenRequest = 0;
-    const TRestResult<> result = FRest->GetToken(FSettings);
+    const TRestResult<> result = Await(FRest->GetToken(FSettings));
     ASSERT_TRUE(result.Failed()) << body.constData();
     const QString reason = body.isEmpty() ? FService.Instance() + " answered HTTP 401 Unauthorized: the service refused"
                                           : "the answer of " + FService.Instance() + " was not understood";
@@ -151,7 +152,7 @@ TEST_F(Token, TransportFailuresAreCarriedInPlainWordsAndLeaveTheRequestTime)
     rest.SetTimeout(row.delayMs ? std::chrono::milliseconds(300) : TRestTransport::CDefaultTimeout);
     tyQuorvexITSM settings = FSettings;
     settings.Instance = row.instance;
-    const TRestResult<> result = rest.GetToken(settings);
+    const TRestResult<> result = Await(rest.GetToken(settings));
     ASSERT_TRUE(result.Failed()) << row.reason.toStdString();
     EXPECT_TRUE(result.Failure->Reason.startsWith(row.reason)) << result.Failure->Reason.toStdString();
     EXPECT_EQ(settings.API.TokenRequest, FSettings.API.TokenRequest);

@@ -2,6 +2,7 @@
 // what the report remembers of the last one it sent.
 
 #include "RelayStepsFixture.h"
+#include "support/Await.h"
 #include "core/LibraryVersions.h"
 #include "report/FollowUpHistory.h"
 #include "report/FollowUpStore.h"
@@ -105,7 +106,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
          // A dry run between two reports is not one: nothing is recorded.
          TUnattendedOptions dry;
          dry.DryRun = true;
-         ASSERT_EQ(TimerTimer(*FState, FProgress, dry), CExitOk);
+         ASSERT_EQ(Await(RunUnattended(*FState, FProgress, dry)), CExitOk);
          Add(14, 1, QString(), 0, 1, 0.1);
          Change(16, [](QJsonObject &t) { t["assignedUser"] = QJsonObject{{"id", 2}, {"name", "Bob"}}; });
          Change(15, [](QJsonObject &t) { t["lastUpdate"] = Stamp(0.01); });
@@ -147,7 +148,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
     SCOPED_TRACE(++number);
     run.Before();
     const qsizetype before = FRelay.Messages().size();
-    EXPECT_EQ(TimerTimer(*FState, FProgress, TUnattendedOptions{}), run.Exit);
+    EXPECT_EQ(Await(RunUnattended(*FState, FProgress, TUnattendedOptions{})), run.Exit);
     ASSERT_EQ(FRelay.Messages().size(), before + 1);
     const QJsonObject mail = FRelay.Messages().last();
     EXPECT_EQ(mail["headers"]["Subject"].toString(), run.Subject);
@@ -185,7 +186,7 @@ TEST_F(FollowUpTest, AReportWhoseEveryMailFailedIsNotRemembered)
 {
   FState->FSmtp.Port = UnusedPort();
   TUnattendedOptions options;
-  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitStepFailed);
+  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
   EXPECT_TRUE(History().LastRuns(10).isEmpty());
 }
 

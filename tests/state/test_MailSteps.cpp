@@ -2,6 +2,7 @@
 // concerned receive when the service's data is hostile or cannot be read.
 
 #include "RelayStepsFixture.h"
+#include "support/Await.h"
 #include "state/UnattendedRun.h"
 
 #include "core/StopRequest.h"
@@ -33,7 +34,7 @@ TEST_F(MailStepsTest, AnAddressThatCouldCarrySmtpCommandsNeverReachesTheRelay)
             R"({"id":2,"status":"ACTIVE","teams":[{"id":10}],"notificationEmail":"bob@example.org, evil@attacker.test"},)"
             R"({"id":4,"status":"ACTIVE","teams":[{"id":10}],"notificationEmail":"\"Dee\" <Dee@example.org>"}]})");
   TUnattendedOptions options;
-  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitOk);
+  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitOk);
 
   const QList<QJsonObject> messages = FRelay.Messages();
   ASSERT_EQ(messages.size(), 1);
@@ -74,7 +75,7 @@ TEST_F(MailStepsTest, AnOperatorsListThatCannotBeReadSendsToTheDefaultsAndIsInco
     const qsizetype before = FRelay.Messages().size();
     TUnattendedOptions options;
     options.Resend = true;
-    EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
+    EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
     const QString log = ReadTextFile(FState->FLogFile);
     EXPECT_TRUE(log.contains(" - ERROR Operator list (the report's recipients): ")) << log.toStdString();
     EXPECT_TRUE(log.contains(c.Said)) << log.toStdString();
@@ -91,7 +92,7 @@ TEST_F(MailStepsTest, AnOperatorsPageThatLeavesPeopleOutSaysHowMany)
             R"("notificationEmail":"bob@example.org"}]})");
   TUnattendedOptions options;
   options.DryRun = true;
-  TimerTimer(*FState, FProgress, options);
+  Await(RunUnattended(*FState, FProgress, options));
   EXPECT_TRUE(ReadTextFile(FState->FLogFile)
                   .contains("announces 501 more operator(s) than its page of 1 holds: they were left out"));
 }
@@ -109,7 +110,7 @@ TEST_F(MailStepsTest, AStopDuringTheRetrievalCutsTheRequestsAndSendsNothing)
   QTimer::singleShot(300, &stop, [&stop] { stop.Request("SIGTERM"); });
   QElapsedTimer clock;
   clock.start();
-  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitStepFailed);
+  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
   std::printf("the retrieval ended %lld ms after its start\n", static_cast<long long>(clock.elapsed()));
   const QString log = ReadTextFile(FState->FLogFile);
   EXPECT_TRUE(log.contains("the run was stopped (SIGTERM) before")) << log.toStdString();

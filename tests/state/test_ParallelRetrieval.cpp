@@ -2,6 +2,7 @@
 // the same tickets, grid, report and run log, apart from the times.
 
 #include "StepsFixture.h"
+#include "support/Await.h"
 
 #include "state/UnattendedRun.h"
 
@@ -49,7 +50,7 @@ protected:
     FState->FICI.ParallelRequests = parallel;
     TUnattendedOptions options;
     options.DryRun = true;
-    EXPECT_EQ(TimerTimer(*FState, FProgress, options), exitCode);
+    EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), exitCode);
     QStringList tickets;
     for (const tyRestTicket &ticket : std::as_const(FState->FTickets))
       tickets << QStringLiteral("%1%2").arg(ticket.id).arg(ticket.tenExchangesAdded ? "*" : "");

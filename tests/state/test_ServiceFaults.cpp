@@ -3,6 +3,7 @@
 // incomplete retrieval.
 
 #include "StepsFixture.h"
+#include "support/Await.h"
 
 #include "rest/RestTransport.h"
 #include "state/UnattendedRun.h"
@@ -33,7 +34,7 @@ protected:
     FService.SetFaults(faults);
     TUnattendedOptions options;
     options.DryRun = true;
-    EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
+    EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
     EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("WARNING"));
     EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("This could not be checked"));
     return ReadTextFile(FState->FLogFile);

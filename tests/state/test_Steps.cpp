@@ -1,4 +1,5 @@
 #include "StepsFixture.h"
+#include "support/Await.h"
 
 #include "core/IniFile.h"
 #include "core/SecretCodec.h"
@@ -23,7 +24,7 @@ QList<std::int32_t> Ids(const tyRestTickets &tickets)
 TEST_F(StepsFixture, GetTicketsQueriesEachOrganizationThreeTimesAndFlagsTheNotices)
 {
   SelectAll();
-  FState->bbtGetTicketsClick(FProgress);
+  Await(FState->RetrieveTickets(FProgress));
 
   EXPECT_EQ(Ids(FState->FTickets), (QList<std::int32_t>{11, 12, 13, 21}));
   // 12 carries the English notice, 13 the French one.
@@ -47,14 +48,14 @@ TEST_F(StepsFixture, GetTicketsQueriesEachOrganizationThreeTimesAndFlagsTheNotic
 
 TEST_F(StepsFixture, NothingSelectedOrNoTokenLeavesTheTicketsAndSaysWhy)
 {
-  FState->bbtGetTicketsClick(FProgress);
+  Await(FState->RetrieveTickets(FProgress));
   EXPECT_TRUE(FProgress.Calls.isEmpty());
   ASSERT_EQ(FState->RetrievalFailures().size(), 1);
   EXPECT_TRUE(FState->RetrievalFailures()[0].Text().contains("no organization"));
 
   SelectAll();
   FState->FICI.API.Password = "wrong";
-  FState->bbtGetTicketsClick(FProgress);
+  Await(FState->RetrieveTickets(FProgress));
   EXPECT_TRUE(FProgress.Calls.isEmpty());
   EXPECT_TRUE(FState->FTickets.isEmpty());
   ASSERT_EQ(FState->RetrievalFailures().size(), 1);
@@ -62,17 +63,17 @@ TEST_F(StepsFixture, NothingSelectedOrNoTokenLeavesTheTicketsAndSaysWhy)
                                                                 ": " + FService.Instance() + " answered HTTP 401"))
       << FState->RetrievalFailures()[0].Text().toStdString();
   // Without a token the colours dialog does not open.
-  FState->bbtStatusAndPropertiesClick([](tyRestObjects &, tyRestObjects &, TColourStore &) {
+  Await(FState->EditStatusColours(FProgress, [](tyRestObjects &, tyRestObjects &, TColourStore &) {
     ADD_FAILURE() << "the dialog must not open";
     return false;
-  });
+  }));
   EXPECT_FALSE(IniText().contains("[Status]"));
 }
 
 TEST_F(StepsFixture, OrganizationsStepLinksTheListsAndSavesTheChoice)
 {
   bool asked = false;
-  FState->bbtGET_Organization_ListClick(
+  Await(FState->ChooseOrganizations(
       FProgress, [&](const tyRestOrganizations &organizations, tyRestOrganizations &selectedOrganizations,
                      const tyRestTeams &teams, tyRestTeams &selectedTeams, const tyRestOrganizationsTeams &links) {
         asked = true;
@@ -82,7 +83,7 @@ TEST_F(StepsFixture, OrganizationsStepLinksTheListsAndSavesTheChoice)
         selectedOrganizations = {organizations[1]};
         selectedTeams = {teams[1]};
         return true;
-      });
+      }));
   ASSERT_TRUE(asked);
   EXPECT_EQ(FState->FTeamsOperators.size(), 3);
   EXPECT_EQ(FProgress.Calls.first(), "show 2");
@@ -93,14 +94,14 @@ TEST_F(StepsFixture, OrganizationsStepLinksTheListsAndSavesTheChoice)
 
 TEST_F(StepsFixture, StatusStepColoursAndSavesOnOk)
 {
-  FState->bbtStatusAndPropertiesClick([](tyRestObjects &statuses, tyRestObjects &priorities, TColourStore &) {
+  Await(FState->EditStatusColours(FProgress, [](tyRestObjects &statuses, tyRestObjects &priorities, TColourStore &) {
     EXPECT_EQ(statuses.size(), 2); // "New" and "new" are one
     EXPECT_EQ(priorities.size(), 1);
     EXPECT_EQ(priorities[0]._reference, "INCIDENT - Critical [P1]");
     EXPECT_EQ(priorities[0].Text, "P1");
     statuses[0].BgColor = 42;
     return true;
-  });
+  }));
   const QString ini = IniText();
   EXPECT_TRUE(ini.contains("[Status]\nNew=42\nWaiting=")) << ini.toStdString();
   EXPECT_TRUE(ini.contains("[PriorityLong]\nINCIDENT - Critical [P1]=P1\n"));
@@ -114,7 +115,7 @@ TEST_F(StepsFixture, AFailedOperatorsQueryOfTheReportIsLogged)
   FService.SetFaults(faults);
   TUnattendedOptions options;
   options.DryRun = true;
-  TimerTimer(*FState, FProgress, options);
+  Await(RunUnattended(*FState, FProgress, options));
   const QString log = ReadTextFile(FState->FLogFile);
   EXPECT_TRUE(log.contains(" - ERROR Operator list (the report's recipients): the answer of " + FService.Instance() +
                            " was not understood"))
@@ -124,7 +125,7 @@ TEST_F(StepsFixture, AFailedOperatorsQueryOfTheReportIsLogged)
 TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
 {
   SelectAll();
-  FState->bbtGetTicketsClick(FProgress);
+  Await(FState->RetrieveTickets(FProgress));
   ASSERT_EQ(FState->FTicketsGrid.rowCount(), 4);
   const QDateTime extraction = FState->FExtractionTickets;
 
@@ -135,7 +136,7 @@ TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
   faults.Bodies.append({QStringLiteral("/api/ticket/list/open"), -1, R"({"error":"unauthorized"})", 401});
   FService.SetFaults(faults);
   FService.ClearRequests();
-  FState->bbtGetTicketsClick(FProgress);
+  Await(FState->RetrieveTickets(FProgress));
 
   EXPECT_EQ(FState->FTicketsGrid.rowCount(), 4);
   EXPECT_EQ(Ids(FState->FTickets), (QList<std::int32_t>{11, 12, 13, 21}));
@@ -169,7 +170,7 @@ TEST_F(StepsFixture, ChangingTheAccountInTheApiDialogDropsTheSavedToken)
     FState->ReadConfigITSM();
     FState->FICI.API.Token = "saved-token";
     FState->SaveConfigITSM();
-    FState->bbtQuorvexItsmApiClick([&](tyQuorvexITSM &settings) {
+    FState->EditServiceSettings([&](tyQuorvexITSM &settings) {
       rows[row].first(settings);
       return true;
     });
@@ -185,7 +186,7 @@ TEST_F(StepsFixture, AStepErrorIsLoggedAndTheLogStillSaved)
   QDir().mkpath(FState->ReportFile());
   TUnattendedOptions options;
   options.DryRun = true;
-  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitStepFailed);
+  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
   const QString log = ReadTextFile(FState->FLogFile);
   EXPECT_TRUE(log.contains(" - ERROR Unable to write to " + FState->ReportFile())) << log.toStdString();
   EXPECT_FALSE(log.contains(" - END"));
@@ -195,7 +196,7 @@ TEST_F(StepsFixture, UnreachableServiceIsAFailureInPlainWords)
 {
   SelectAll();
   FState->FICI.Instance = QStringLiteral("127.0.0.1:1"); // nothing listens there
-  FState->bbtGetTicketsClick(FProgress);
+  Await(FState->RetrieveTickets(FProgress));
   ASSERT_EQ(FState->RetrievalFailures().size(), 1);
   EXPECT_EQ(FState->RetrievalFailures()[0].Text(),
             "Access token from https://127.0.0.1:1: the connection was refused by 127.0.0.1:1; check that the "
@@ -205,10 +206,10 @@ TEST_F(StepsFixture, UnreachableServiceIsAFailureInPlainWords)
   // The organizations step hides its progress window all the same.
   FProgress.Calls.clear();
   FState->TakeStepFailures();
-  FState->bbtGET_Organization_ListClick(FProgress, [](auto &&...) -> bool {
+  Await(FState->ChooseOrganizations(FProgress, [](auto &&...) -> bool {
     ADD_FAILURE() << "the dialog must not open";
     return false;
-  });
+  }));
   ASSERT_EQ(FState->TakeStepFailures().size(), 1);
   EXPECT_EQ(FProgress.Calls.value(0), "show 2");
   EXPECT_EQ(FProgress.Calls.value(FProgress.Calls.size() - 1), "hide");
@@ -222,7 +223,7 @@ TEST_F(StepsFixture, AStoredSelectionWithoutValidIdsIsASettingsErrorNotAQuery)
   WriteTextFile(FState->FFichINI, "[Organizations]\nNb=1000000\nid_1=1\nname_1=Acme\n[Teams]\nNb=1\nid_1=0\n");
   FState->ReadConfigOrgaAndTeams();
   FService.ClearRequests();
-  FState->bbtGetTicketsClick(FProgress);
+  Await(FState->RetrieveTickets(FProgress));
   EXPECT_EQ(FService.Requests().size(), 4); // the token, and the three queries of Acme
   QStringList failures;
   for (const TStepFailure &failure : FState->RetrievalFailures())
@@ -254,7 +255,7 @@ TEST_F(StepsFixture, AnUnreadableStampIsAWarningAndTheRestIsReported)
   FService.SetFaults(faults);
   TUnattendedOptions options;
   options.DryRun = true;
-  EXPECT_EQ(TimerTimer(*FState, FProgress, options), CExitIncomplete);
+  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
   const QString log = ReadTextFile(FState->FLogFile);
   EXPECT_TRUE(log.contains(" - WARNING Acme / ticket 11: its lastUpdate \"-999999999-01-01T00:00:00\" is not a date"))
       << log.toStdString();

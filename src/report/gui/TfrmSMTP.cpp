@@ -244,32 +244,32 @@ void TfrmSMTP::BitBtn1Click()
   if (recipient.isEmpty())
     return;
   const tySMTPserver smtp = TypedValues();
-  std::optional<QString> failure;
-  {
-    FSending = true;
-    BitBtn1->setEnabled(false);
-    FButtons->setEnabled(false);
-    TWindowProgress progress(this);
-    progress.LoadingShow(1);
-    const auto restore = qScopeGuard([&] {
-      progress.LoadingHide();
-      FSending = false;
-      BitBtn1->setEnabled(true);
-      FButtons->setEnabled(true);
-    });
-    progress.LoadingSetTitle(QStringLiteral("Sending to %1…").arg(SmtpServerName(smtp)));
-    try {
-      StartMailSending();
-      RunOffThread([&] { FActions.Send(smtp, recipient); });
-    } catch (const EQuorvexError &error) {
-      failure = error.Message();
-    }
-  }
-  if (failure) {
-    FActions.ShowError(this, *failure);
-    return;
-  }
-  FActions.Inform(this, QStringLiteral("Check your inbox, the email has been sent."));
+  // The dialog stays open, its buttons disabled, until the sending thread ended.
+  FSending = true;
+  BitBtn1->setEnabled(false);
+  FButtons->setEnabled(false);
+  auto progress = std::make_shared<TWindowProgress>(this);
+  progress->LoadingShow(1);
+  progress->LoadingSetTitle(QStringLiteral("Sending to %1…").arg(SmtpServerName(smtp)));
+  StartMailSending();
+  Launch(RunOnThread([send = FActions.Send, smtp, recipient] { send(smtp, recipient); }),
+         [this, progress](std::exception_ptr failure) {
+           progress->LoadingHide();
+           FSending = false;
+           BitBtn1->setEnabled(true);
+           FButtons->setEnabled(true);
+           try {
+             if (failure)
+               std::rethrow_exception(failure);
+           } catch (const EQuorvexError &error) {
+             FActions.ShowError(this, error.Message());
+             return;
+           } catch (const std::exception &error) {
+             FActions.ShowError(this, QString::fromLocal8Bit(error.what()));
+             return;
+           }
+           FActions.Inform(this, QStringLiteral("Check your inbox, the email has been sent."));
+         });
 }
 
 void TfrmSMTP::reject()

@@ -6,12 +6,14 @@
 #include <QFrame>
 #include <QLabel>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QVBoxLayout>
 
-TfrmLoading::TfrmLoading(QWidget *parent)
+TfrmLoading::TfrmLoading(QWidget *parent, std::function<void()> cancel)
     // No title bar at all: window managers add buttons to any title bar, and cut
     // a long caption.
-    : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), FStep(new QLabel), FProgressBar(new QProgressBar)
+    : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), FCancel(std::move(cancel)), FStep(new QLabel),
+      FProgressBar(new QProgressBar)
 {
   setObjectName(QStringLiteral("frmLoading"));
   setWindowTitle(QStringLiteral("Loading"));
@@ -40,6 +42,22 @@ TfrmLoading::TfrmLoading(QWidget *parent)
   FProgressBar->setAlignment(Qt::AlignCenter);
   FProgressBar->setTextVisible(false); // until there is a count to show
   layout->addWidget(FProgressBar);
+  if (FCancel) {
+    FCancelButton = new QPushButton(QStringLiteral("Cancel"));
+    FCancelButton->setObjectName(QStringLiteral("btnCancel"));
+    connect(FCancelButton, &QPushButton::clicked, this, &TfrmLoading::CancelStep);
+    layout->addWidget(FCancelButton, 0, Qt::AlignHCenter);
+  }
+}
+
+void TfrmLoading::CancelStep()
+{
+  if (!FCancel || !FCancelButton->isEnabled())
+    return;
+  // The window stays until the step has ended: the requests in flight are being cut.
+  FCancelButton->setEnabled(false);
+  SetTitle(QStringLiteral("Cancelling…"));
+  FCancel();
 }
 
 void TfrmLoading::SetTitle(const QString &title)
@@ -92,9 +110,11 @@ void TfrmLoading::closeEvent(QCloseEvent *event)
 
 void TfrmLoading::reject()
 {
-  // Escape must not end the window while its run goes on.
+  // Escape cancels the step; the window itself ends with the step.
   if (FMayClose)
     QDialog::reject();
+  else
+    CancelStep();
 }
 
 void TfrmLoading::Refresh()
@@ -105,7 +125,7 @@ void TfrmLoading::Refresh()
 
 void TWindowProgress::LoadingShow(int animation)
 {
-  FWindow = new TfrmLoading(FOwner);
+  FWindow = new TfrmLoading(FOwner, FCancel);
   FWindow->setAttribute(Qt::WA_DeleteOnClose);
   FWindow->SetAnimation(animation);
   FWindow->show();

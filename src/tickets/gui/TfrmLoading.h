@@ -4,21 +4,24 @@
 
 #include <QDialog>
 #include <QPointer>
+#include <functional>
 
 class QLabel;
 class QProgressBar;
+class QPushButton;
 class TBusyAnimation;
 
 // The small progress window shown while the main window talks to a server: a
-// busy animation, the step in a label (also in the caption, for the task bar), and
-// a progress bar reading "k / n". It has no title bar and cannot be closed until
-// its run says so.
+// busy animation, the step in a label (also in the caption, for the task bar), a
+// progress bar reading "k / n", and Cancel (Escape too) when the step can be
+// cancelled. It has no title bar and closes only when its step has ended.
 class TfrmLoading : public QDialog
 {
   Q_OBJECT
 
 public:
-  explicit TfrmLoading(QWidget *parent = nullptr);
+  // Without `cancel` the window offers no Cancel.
+  explicit TfrmLoading(QWidget *parent = nullptr, std::function<void()> cancel = {});
 
   void SetTitle(const QString &title);
   void SetAnimation(int animation);
@@ -37,18 +40,25 @@ protected:
 private:
   void Refresh();
 
+  void CancelStep();
+
   bool FMayClose = false;
+  std::function<void()> FCancel;
+  QPushButton *FCancelButton = nullptr;
   QList<TBusyAnimation *> FAnimations;
   QLabel *FStep;
   QProgressBar *FProgressBar;
 };
 
 // The progress of the main window's steps, in a TfrmLoading. Each LoadingShow
-// opens a fresh window centred on `owner`.
+// opens a fresh window centred on `owner`, with Cancel calling `cancel` when given.
 class TWindowProgress : public TLoadingProgress
 {
 public:
-  explicit TWindowProgress(QWidget *owner) : FOwner(owner) {}
+  explicit TWindowProgress(QWidget *owner, std::function<void()> cancel = {})
+      : FOwner(owner), FCancel(std::move(cancel))
+  {
+  }
   void LoadingShow(int animation) override;
   void LoadingSetTitle(const QString &title) override;
   void LoadingSetAnimation(int animation) override;
@@ -59,5 +69,6 @@ public:
 
 private:
   QWidget *FOwner;
+  std::function<void()> FCancel;
   QPointer<TfrmLoading> FWindow;
 };
