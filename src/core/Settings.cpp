@@ -12,7 +12,7 @@
 
 void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarnings &warnings, TSecretLookup &secrets)
 {
-  const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigITSM");
+  const TraceScope trace(lcSettings(), "Settings.ReadConfigITSM");
   const TIniFile ini(iniPath);
   using namespace Setting::Itsm;
   ici.SaaS = ReadSetting(ini, SaaS);
@@ -44,7 +44,7 @@ void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarning
 void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici, TSecretLookup &secrets,
                     TSettingsWarnings &warnings)
 {
-  const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigITSM");
+  const TraceScope trace(lcSettings(), "Settings.SaveConfigITSM");
   TIniFile ini(iniPath);
   using namespace Setting::Itsm;
   WriteSetting(ini, SaaS, ici.SaaS);
@@ -69,7 +69,7 @@ void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici)
 
 void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarnings &warnings, TSecretLookup &secrets)
 {
-  const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigSMTP");
+  const TraceScope trace(lcSettings(), "Settings.ReadConfigSMTP");
   const TIniFile ini(iniPath);
   using namespace Setting::Smtp;
   smtp.Server = ReadSetting(ini, Server, warnings);
@@ -102,7 +102,7 @@ void ReadConfigSMTP(const QString &iniPath, tySMTPserver &smtp, TSettingsWarning
 void SaveConfigSMTP(const QString &iniPath, const tySMTPserver &smtp, TSecretLookup &secrets,
                     TSettingsWarnings &warnings)
 {
-  const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigSMTP");
+  const TraceScope trace(lcSettings(), "Settings.SaveConfigSMTP");
   TIniFile ini(iniPath);
   using namespace Setting::Smtp;
   WriteSetting(ini, Server, smtp.Server);
@@ -170,7 +170,7 @@ void SaveConfigDelivery(const QString &iniPath, const tyDelivery &delivery)
 void ReadConfigFilters(const QString &iniPath, std::int32_t &nbMinutes, std::int32_t &nbDays,
                        QStringList &statusToIgnore)
 {
-  const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigFilters");
+  const TraceScope trace(lcSettings(), "Settings.ReadConfigFilters");
   const TIniFile ini(iniPath);
   using namespace Setting::Filters;
   nbMinutes = ReadSetting(ini, NbMinutes);
@@ -188,7 +188,7 @@ void ReadConfigFilters(const QString &iniPath, std::int32_t &nbMinutes, std::int
 void SaveConfigFilters(const QString &iniPath, std::int32_t nbMinutes, std::int32_t nbDays,
                        const QStringList &statusToIgnore)
 {
-  const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigFilters");
+  const TraceScope trace(lcSettings(), "Settings.SaveConfigFilters");
   TIniFile ini(iniPath);
   using namespace Setting::Filters;
   WriteSetting(ini, NbMinutes, nbMinutes);

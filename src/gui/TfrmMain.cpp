@@ -359,6 +359,13 @@ void TfrmMain::RunStep(const QString &caption, TTask<> step)
       return;
     }
     const TStepFailures failures = FState.TakeStepFailures();
+    if (FState.Cancelled()) {
+      // The person asked for it: the status bar says so, without a message box.
+      const QString said = statusBar()->currentMessage();
+      if (!said.contains(QLatin1String("cancelled")))
+        statusBar()->showMessage(tr("\"%1\" cancelled.").arg(caption) + (said.isEmpty() ? QString() : u' ' + said));
+      return;
+    }
     if (!failures.isEmpty())
       ShowStepFailures(this, tr("\"%1\" could not be completed.").arg(caption), failures);
   });

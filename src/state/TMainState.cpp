@@ -76,7 +76,7 @@ QString TMainState::OutputBase() const
 void TMainState::FormCreate()
 {
   Trace::Clear();
-  const TraceScope trace(lcApp(), "TfrmMain.FormCreate");
+  const TraceScope trace(lcApp(), "Session.FormCreate");
   FAutomatic = false;
   InitFichIniLocation();
   ReadConfigITSM();
@@ -90,7 +90,7 @@ void TMainState::FormCreate()
 void TMainState::FormDestroy()
 {
   {
-    const TraceScope trace(lcApp(), "TfrmMain.FormDestroy");
+    const TraceScope trace(lcApp(), "Session.FormDestroy");
     qCDebug(lcApp).noquote().nospace() << "Save log to \"" << TraceLogFile() << '"';
   }
   Trace::Shutdown();
@@ -98,7 +98,7 @@ void TMainState::FormDestroy()
 
 void TMainState::InitFichIniLocation()
 {
-  const TraceScope trace(lcApp(), "TfrmMain.InitFichIniLocation");
+  const TraceScope trace(lcApp(), "Session.InitFichIniLocation");
   const tyAppPaths paths = ::InitFichIniLocation(FExeFileName);
   FFichINI = paths.FFichINI;
   FLogFile = paths.FLogFile;
@@ -178,13 +178,13 @@ void TMainState::SaveStatus() { ::SaveStatus(FFichINI, FStatus); }
 
 void TMainState::ReadHtmlTexts()
 {
-  const TraceScope trace(lcApp(), "TfrmMain.ReadHtmlTexts");
+  const TraceScope trace(lcApp(), "Session.ReadHtmlTexts");
   ::ReadHtmlTexts(FFichINI, FExeFileName, FHtmlTexts);
 }
 
 void TMainState::SaveHtmlTexts()
 {
-  const TraceScope trace(lcApp(), "TfrmMain.SaveHtmlTexts");
+  const TraceScope trace(lcApp(), "Session.SaveHtmlTexts");
   ::SaveHtmlTexts(FFichINI, FExeFileName, FHtmlTexts);
 }
 

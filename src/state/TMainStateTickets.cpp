@@ -144,8 +144,16 @@ TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
   // incomplete: the report must not pass them over in silence.
   for (const QString &reason : SelectionIdErrors(FFichINI, FSelectedOrganizations, FSelectedTeams))
     FStepFailures.append(TStepFailure{QStringLiteral("Settings"), reason, QString()});
-  if (!co_await EnsureToken())
+  // Shown from the token request on: it may wait as long as any query, and
+  // the window's Cancel is there.
+  progress.LoadingShow(1);
+  const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
+  const bool tokenInForce = co_await EnsureToken();
+  if (!tokenInForce) {
+    if (Cancelled())
+      NoteCancelled(QStringLiteral("Get tickets"));
     co_return;
+  }
   // The report needs the operators; when requests overlap anyway their query
   // travels with the tickets' instead of after them. One at a time, the
   // requests keep their order: tickets first.
@@ -156,8 +164,6 @@ TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
                                      [](const tyRestOrganization &organization) { return organization.id > 0; });
   const int maximum = 4 * static_cast<int>(queried);
   int step = 0;
-  progress.LoadingShow(1);
-  const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
   progress.LoadingSetAnimation(2);
   progress.LoadingSetProgressBar(maximum, 0);
 
@@ -261,7 +267,8 @@ TTask<> TMainState::ChooseOrganizations(TLoadingProgress &progress, TChooseOrga 
     progress.LoadingShow(2);
     const auto hide = qScopeGuard([&progress] { progress.LoadingHide(); });
     progress.LoadingSetTitle(QStringLiteral("GetToken"));
-    if (!co_await EnsureToken()) {
+    const bool tokenInForce = co_await EnsureToken();
+    if (!tokenInForce) {
       ++errors;
     } else {
       if (FOrganizations.isEmpty()) {
@@ -317,8 +324,11 @@ TTask<> TMainState::EditStatusColours(TLoadingProgress &progress, TEditColours e
       if (!ServiceReady())
         co_return;
       const bool tokenInForce = co_await EnsureToken();
-      if (!tokenInForce)
+      if (!tokenInForce) {
+        if (Cancelled())
+          NoteCancelled(QStringLiteral("Status & Priorities"));
         co_return;
+      }
       progress.LoadingSetTitle(QStringLiteral("Get Status"));
       FStatus = BuildStatusList(Noted(co_await FRest.GET_Objects(FICI, module, QStringLiteral("TICKET_STATUS")),
                                       QStringLiteral("Status list")),

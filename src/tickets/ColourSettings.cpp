@@ -6,7 +6,7 @@
 
 void SavePriorities(const QString &iniPath, const tyRestObjects &priorities)
 {
-  const TraceScope trace(lcSettings(), "TfrmMain.SavePriorities");
+  const TraceScope trace(lcSettings(), "Settings.SavePriorities");
   TIniFile ini(iniPath);
   EraseKeyed(ini, Setting::PriorityCodes);
   EraseKeyed(ini, Setting::PriorityColours);
@@ -19,7 +19,7 @@ void SavePriorities(const QString &iniPath, const tyRestObjects &priorities)
 
 void SaveStatus(const QString &iniPath, const tyRestObjects &statuses)
 {
-  const TraceScope trace(lcSettings(), "TfrmMain.SaveStatus");
+  const TraceScope trace(lcSettings(), "Settings.SaveStatus");
   TIniFile ini(iniPath);
   EraseKeyed(ini, Setting::StatusColours);
   for (const tyRestObject &status : statuses)

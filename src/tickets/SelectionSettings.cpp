@@ -45,7 +45,7 @@ QStringList SelectionIdErrors(const QString &iniPath, const tyRestOrganizations 
 void ReadConfigOrgaAndTeams(const QString &iniPath, tyRestOrganizations &selectedOrganizations,
                             tyRestTeams &selectedTeams)
 {
-  const TraceScope trace(lcSettings(), "TfrmMain.ReadConfigOrgaAndTeams");
+  const TraceScope trace(lcSettings(), "Settings.ReadConfigOrgaAndTeams");
   const TIniFile ini(iniPath);
   namespace Organizations = Setting::Organizations;
   namespace Teams = Setting::Teams;
@@ -73,7 +73,7 @@ void ReadConfigOrgaAndTeams(const QString &iniPath, tyRestOrganizations &selecte
 void SaveConfigOrgaAndTeams(const QString &iniPath, const tyRestOrganizations &selectedOrganizations,
                             const tyRestTeams &selectedTeams)
 {
-  const TraceScope trace(lcSettings(), "TfrmMain.SaveConfigOrgaAndTeams");
+  const TraceScope trace(lcSettings(), "Settings.SaveConfigOrgaAndTeams");
   TIniFile ini(iniPath);
   namespace Organizations = Setting::Organizations;
   namespace Teams = Setting::Teams;

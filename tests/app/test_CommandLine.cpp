@@ -200,11 +200,11 @@ TEST(Executable, ASecondStartLeavesTheFirstWindowAlone)
   ASSERT_TRUE(first.waitForStarted(10000));
   // The first instance is ready once its trace shows the window's settings read.
   QString trace;
-  for (int i = 0; i < 100 && !trace.contains("Exiting TfrmMain.FormCreate"); ++i) {
+  for (int i = 0; i < 100 && !trace.contains("Exiting Session.FormCreate"); ++i) {
     first.waitForReadyRead(100);
     trace += QString::fromUtf8(first.readAllStandardError());
   }
-  ASSERT_TRUE(trace.contains("Exiting TfrmMain.FormCreate")) << trace.toStdString();
+  ASSERT_TRUE(trace.contains("Exiting Session.FormCreate")) << trace.toStdString();
 
   const TToolRun second = RunTool({}, environment);
   EXPECT_EQ(second.ExitCode, 0) << second.Err.toStdString();

@@ -23,6 +23,9 @@
 #include <QTcpSocket>
 #include <QTest>
 #include <QTimer>
+#include <QElapsedTimer>
+#include <QPushButton>
+#include <cstdio>
 #include <QToolButton>
 #include <QIcon>
 #include <gtest/gtest.h>
@@ -309,4 +312,35 @@ TEST_F(MainWindow, TheGridsMenuSnoozesAndWakesTheSelectedTickets)
   choose("Wake up", false);
   EXPECT_EQ(listed.data().toString(), "");
   EXPECT_EQ(FWindow->statusBar()->currentMessage(), "1 ticket(s) back on the report");
+}
+
+// "Get tickets" against a service that never answers: Escape in the progress
+// window cancels the step, and the window is idle at once and says in its
+// status bar, without a message box, that the retrieval failed.
+TEST_F(MainWindow, EscapeCancelsAStepThatWaitsForAServiceThatNeverAnswers)
+{
+  QTcpServer silent; // accepts, never answers
+  ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
+  FState.FICI.Instance = QStringLiteral("127.0.0.1:%1").arg(silent.serverPort());
+  FState.FICI.SaaS = false;
+  FState.FICI.API.ClientID = "client";
+  FState.FSelectedOrganizations = {tyRestOrganization{1, "Acme", false, false, true}};
+  QElapsedTimer sinceCancel;
+  QObject::connect(&silent, &QTcpServer::newConnection, [&] {
+    const TfrmLoading *progress = VisibleProgress(FWindow.get());
+    ASSERT_NE(progress, nullptr);
+    EXPECT_NE(progress->findChild<QPushButton *>("btnCancel"), nullptr);
+    sinceCancel.start();
+    QTest::keyClick(const_cast<TfrmLoading *>(progress), Qt::Key_Escape);
+  });
+  QString shown;
+  CloseNextMessageBox(&shown);
+  ClickStep(FWindow->bbtGetTickets);
+  std::printf("the window was idle %lld ms after Escape\n", static_cast<long long>(sinceCancel.elapsed()));
+  EXPECT_TRUE(sinceCancel.isValid());
+  EXPECT_TRUE(shown.isEmpty()) << shown.toStdString();
+  EXPECT_EQ(VisibleProgress(FWindow.get()), nullptr);
+  EXPECT_TRUE(FWindow->statusBar()->currentMessage().startsWith("Retrieval failed, no ticket has been retrieved yet. "
+                                                                "Get tickets: cancelled before its end"))
+      << FWindow->statusBar()->currentMessage().toStdString();
 }

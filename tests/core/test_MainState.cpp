@@ -32,6 +32,6 @@ TEST(MainState, DamagedSecretIsReportedToThePerson)
     }
     state.FormDestroy();
     const QString trace = ReadTextFile(config.SettingsFolder() + "quorvex-followup.log");
-    EXPECT_TRUE(trace.contains("Entering TfrmMain.FormCreate"));
+    EXPECT_TRUE(trace.contains("Entering Session.FormCreate"));
   }
 }

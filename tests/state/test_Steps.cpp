@@ -8,6 +8,9 @@
 #include "tickets/ColourStore.h"
 
 #include <QDir>
+#include <QElapsedTimer>
+#include <QTimer>
+#include <cstdio>
 
 namespace {
 
@@ -56,7 +59,7 @@ TEST_F(StepsFixture, NothingSelectedOrNoTokenLeavesTheTicketsAndSaysWhy)
   SelectAll();
   FState->FICI.API.Password = "wrong";
   Await(FState->RetrieveTickets(FProgress));
-  EXPECT_TRUE(FProgress.Calls.isEmpty());
+  EXPECT_EQ(FProgress.Calls, (QStringList{"show 1", "hide"})); // Cancel is there while the token is asked for
   EXPECT_TRUE(FState->FTickets.isEmpty());
   ASSERT_EQ(FState->RetrievalFailures().size(), 1);
   EXPECT_TRUE(FState->RetrievalFailures()[0].Text().startsWith("Access token from https://" + FService.Instance() +
@@ -263,4 +266,36 @@ TEST_F(StepsFixture, AnUnreadableStampIsAWarningAndTheRestIsReported)
   EXPECT_TRUE(log.contains(" - * Without update: 2\n")) << "ticket 12, once per organization";
   EXPECT_TRUE(log.contains(" - END"));
   EXPECT_EQ(FState->FTicketsGrid.rowCount(), 4);
+}
+
+// Cancel during "Get tickets" against a service that never answers: the
+// requests in flight are cut at once, the step ends incomplete and keeps the
+// previous grid, and the next step runs as usual.
+TEST_F(StepsFixture, ACancelledRetrievalEndsAtOnceAndKeepsThePreviousGrid)
+{
+  SelectAll();
+  Await(FState->RetrieveTickets(FProgress));
+  ASSERT_EQ(FState->FTicketsGrid.rowCount(), 4);
+  TDemoFaults faults;
+  faults.Bodies.append({QStringLiteral("/api/ticket/list/open"), -1, {}, 200, TDemoFaults::TDelivery::Never});
+  FService.SetFaults(faults);
+  QElapsedTimer sinceCancel;
+  QTimer::singleShot(200, [&] {
+    sinceCancel.start();
+    FState->Cancel();
+  });
+  Await(FState->RetrieveTickets(FProgress));
+  std::printf("the step ended %lld ms after Cancel\n", static_cast<long long>(sinceCancel.elapsed()));
+  EXPECT_EQ(FState->FTicketsGrid.rowCount(), 4);
+  const TStepFailures failures = FState->TakeStepFailures();
+  ASSERT_FALSE(failures.isEmpty());
+  EXPECT_EQ(failures.first().Text(), "Get tickets: cancelled before its end; nothing more was asked");
+  EXPECT_TRUE(failures.last().Reason.startsWith("the step was cancelled")) << failures.last().Text().toStdString();
+  EXPECT_TRUE(FState->RetrievalStatusText().startsWith("Retrieval failed, the grid still shows the 4 ticket(s)"))
+      << FState->RetrievalStatusText().toStdString();
+
+  FService.SetFaults({});
+  Await(FState->RetrieveTickets(FProgress));
+  EXPECT_TRUE(FState->TakeStepFailures().isEmpty());
+  EXPECT_EQ(FState->RetrievalStatusText(), "4 open ticket(s) retrieved");
 }
