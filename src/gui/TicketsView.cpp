@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QFont>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -32,8 +33,13 @@ public:
     setSortRole(Qt::EditRole); // numbers and dates in their own order
     setSortCaseSensitivity(Qt::CaseInsensitive);
     setSortLocaleAware(true);
-    setFilterCaseSensitivity(Qt::CaseInsensitive);
-    setFilterKeyColumn(-1); // a match in any column
+  }
+
+  // What the search box looks for, folded as the cells are.
+  void SetSearch(const QString &text)
+  {
+    FSearch = Folded(text.trimmed());
+    invalidateRowsFilter();
   }
 
   QVariant data(const QModelIndex &index, int role) const override
@@ -49,12 +55,44 @@ public:
     }
     if (role == Qt::ForegroundRole && QSortFilterProxyModel::data(index, TTicketsModel::SnoozedRole).toBool())
       return QApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+    // A cell cut to its column's width shows its whole text on hovering.
+    if (role == Qt::ToolTipRole && index.column() == TTicketsModel::colOrganization)
+      return QSortFilterProxyModel::data(index, Qt::DisplayRole);
     return QSortFilterProxyModel::data(index, role);
   }
 
+protected:
+  // A row matches when one of its cells holds the search, whatever the case and
+  // the accents ("ecran" finds "Écran").
+  bool filterAcceptsRow(int row, const QModelIndex &parent) const override
+  {
+    if (FSearch.isEmpty())
+      return true;
+    const QAbstractItemModel *tickets = sourceModel();
+    for (int column = 0; column < tickets->columnCount(parent); ++column)
+      if (Folded(tickets->index(row, column, parent).data().toString()).contains(FSearch))
+        return true;
+    return false;
+  }
+
 private:
+  // Without case nor accents: the text decomposed, its combining marks dropped.
+  static QString Folded(const QString &text)
+  {
+    QString folded;
+    for (const QChar c : text.normalized(QString::NormalizationForm_KD))
+      if (c.category() != QChar::Mark_NonSpacing)
+        folded.append(c);
+    return folded.toCaseFolded();
+  }
+
   QIcon FFlag;
+  QString FSearch;
 };
+
+// Widest a column starts at: a long organization name is cut, with its whole
+// text in a tool tip, rather than taking the grid's whole width.
+constexpr int CMaxColumnWidth = 260;
 
 } // namespace
 
@@ -72,7 +110,10 @@ TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
   edtSearch->setObjectName(QStringLiteral("edtSearch"));
   edtSearch->setPlaceholderText(tr("Search the grid"));
   edtSearch->setClearButtonEnabled(true);
-  connect(edtSearch, &QLineEdit::textChanged, FShown, &QSortFilterProxyModel::setFilterFixedString);
+  connect(edtSearch, &QLineEdit::textChanged, this,
+          [this](const QString &text) { static_cast<TShownTickets *>(FShown)->SetSearch(text); });
+  lblCount = new QLabel;
+  lblCount->setObjectName(QStringLiteral("lblCount"));
 
   asgTickets = new QTableView;
   asgTickets->setObjectName(QStringLiteral("asgTickets"));
@@ -80,6 +121,8 @@ TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
   asgTickets->setSelectionBehavior(QAbstractItemView::SelectRows);
   asgTickets->setEditTriggers(QAbstractItemView::NoEditTriggers);
   asgTickets->setContextMenuPolicy(Qt::CustomContextMenu);
+  asgTickets->setTabKeyNavigation(false); // Tab leaves the grid; arrows move in it
+  asgTickets->setTextElideMode(Qt::ElideRight);
   QHeaderView *header = asgTickets->horizontalHeader();
   header->setHighlightSections(false);
   QFont headerFont = header->font();
@@ -97,8 +140,15 @@ TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
   auto *grid = new QWidget;
   auto *layout = new QVBoxLayout(grid);
   layout->setContentsMargins(0, 0, 0, 0);
-  layout->addWidget(edtSearch);
+  auto *searchRow = new QHBoxLayout;
+  searchRow->addWidget(edtSearch, 1);
+  searchRow->addWidget(lblCount);
+  layout->addLayout(searchRow);
   layout->addWidget(asgTickets, 1);
+  connect(FShown, &QAbstractItemModel::rowsInserted, this, &TTicketsView::ShowCount);
+  connect(FShown, &QAbstractItemModel::rowsRemoved, this, &TTicketsView::ShowCount);
+  connect(FShown, &QAbstractItemModel::modelReset, this, &TTicketsView::ShowCount);
+  connect(FShown, &QAbstractItemModel::layoutChanged, this, &TTicketsView::ShowCount);
 
   addWidget(lblGuide);
   addWidget(grid);
@@ -141,5 +191,12 @@ void TTicketsView::FitColumns()
   constexpr int CPadding = 5;
   asgTickets->resizeColumnsToContents();
   for (int column = 0; column < FShown->columnCount(); ++column)
-    asgTickets->setColumnWidth(column, asgTickets->columnWidth(column) + CPadding);
+    asgTickets->setColumnWidth(column, std::min(asgTickets->columnWidth(column) + CPadding, CMaxColumnWidth));
+}
+
+void TTicketsView::ShowCount()
+{
+  const int shown = FShown->rowCount();
+  const int all = FShown->sourceModel()->rowCount();
+  lblCount->setText(shown == all ? tr("%n ticket(s)", nullptr, all) : tr("%1 of %2 shown").arg(shown).arg(all));
 }

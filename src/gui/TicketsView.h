@@ -15,7 +15,8 @@ class QTableView;
 // guide to the first steps; then a search box above the ticket grid. Sorting by a
 // header click and the search change only what the grid shows: the ticket list
 // and the report keep the retrieval's order ("Save the grid" writes what the grid
-// shows). A ticket new on the report shows in bold, a snoozed one greyed; a right
+// shows). The search ignores case and accents, and the count of rows shown
+// stands beside it; Tab leaves the grid. A ticket new on the report shows in bold, a snoozed one greyed; a right
 // click asks for the follow-up's menu (customContextMenuRequested of the grid).
 // Columns take the width of their contents as soon as the grid is filled.
 class TTicketsView : public QStackedWidget
@@ -36,10 +37,12 @@ public:
 
   QLabel *lblGuide;
   QLineEdit *edtSearch;
+  QLabel *lblCount; // "22 of 320 shown" beside the search box
   QTableView *asgTickets;
 
 private:
   void FitColumns();
+  void ShowCount();
 
   QSortFilterProxyModel *FShown;
 };

@@ -344,3 +344,30 @@ TEST_F(MainWindow, EscapeCancelsAStepThatWaitsForAServiceThatNeverAnswers)
                                                                 "Get tickets: cancelled before its end"))
       << FWindow->statusBar()->currentMessage().toStdString();
 }
+
+// The search ignores case and accents and the count beside it follows; Tab
+// leaves the grid; a long organization name is cut, whole in its tool tip.
+TEST_F(MainWindow, TheSearchIgnoresAccentsCountsWhatItShowsAndTabLeavesTheGrid)
+{
+  tyRestTicket screen = Ticket(1, QString::fromUtf8("Écran noir au démarrage"), false);
+  screen.organization.name = QString(120, u'N');
+  FState.FTickets = {screen, Ticket(2, "VPN down", false)};
+  FState.FTicketsGrid.SetTickets(FState.FTickets);
+  auto *grid = FWindow->findChild<QTableView *>("asgTickets");
+  auto *search = FWindow->findChild<QLineEdit *>("edtSearch");
+  auto *count = FWindow->findChild<QLabel *>("lblCount");
+  EXPECT_EQ(count->text(), "2 ticket(s)");
+  QTest::keyClicks(search, "ECRAN");
+  EXPECT_EQ(grid->model()->rowCount(), 1);
+  EXPECT_EQ(count->text(), "1 of 2 shown");
+  search->clear();
+  EXPECT_EQ(count->text(), "2 ticket(s)");
+
+  const QModelIndex organization = grid->model()->index(0, TTicketsModel::colOrganization);
+  EXPECT_LE(grid->columnWidth(TTicketsModel::colOrganization), 260);
+  EXPECT_EQ(organization.data(Qt::ToolTipRole).toString(), screen.organization.name);
+
+  grid->setFocus();
+  QTest::keyClick(grid, Qt::Key_Tab);
+  EXPECT_FALSE(grid->hasFocus());
+}
