@@ -1,6 +1,7 @@
 #include "FailureBox.h"
 
 #include "core/AppInfo.h"
+#include "state/FailureSummary.h"
 
 #include <QMessageBox>
 #include <QStringList>
@@ -16,25 +17,8 @@ void ShowFailure(QWidget *parent, const QString &message, const QString &details
 
 void ShowStepFailures(QWidget *parent, const QString &summary, const TStepFailures &failures)
 {
-  // Queries that failed for the same reason (the service is down) share one
-  // paragraph.
-  QStringList reasons;
-  QList<QStringList> whats;
-  QStringList details;
-  for (const TStepFailure &failure : failures) {
-    const qsizetype known = reasons.indexOf(failure.Reason);
-    if (known < 0) {
-      reasons.append(failure.Reason);
-      whats.append({failure.What});
-    } else {
-      whats[known].append(failure.What);
-    }
-    if (!failure.Details.isEmpty())
-      details.append(failure.What + QStringLiteral(": ") + failure.Details);
-  }
-  QStringList texts;
-  for (qsizetype i = 0; i < reasons.size(); ++i)
-    texts.append(whats[i].join(QStringLiteral(", ")) + QStringLiteral(": ") + reasons[i] + u'.');
-  ShowFailure(parent, summary + QStringLiteral("\n\n") + texts.join(QStringLiteral("\n\n")),
-              details.join(QStringLiteral("\n")));
+  QStringList lines;
+  for (const QString &line : FailureLines(failures))
+    lines.append(line.endsWith(u'.') ? line : line + u'.');
+  ShowFailure(parent, summary + QStringLiteral("\n\n") + lines.join(QStringLiteral("\n\n")), FailureDetails(failures));
 }
