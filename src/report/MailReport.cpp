@@ -177,6 +177,13 @@ void TMailReport::AddLines(const QStringList &lines, const QString &placeholder,
   FText.HtmlBlock(filled);
 }
 
+bool TMailReport::SaysNothingOfEmptySections() const
+{
+  // A digest's empty section would read as if the whole desk were clear; one
+  // that could not be checked still says so.
+  return FIn.KeepsRow && FIn.RetrievalWarning.isEmpty();
+}
+
 void TMailReport::AddAllClear(const QStringList &lines)
 {
   if (FIn.RetrievalWarning.isEmpty())
@@ -233,6 +240,17 @@ void TMailReport::Mail_02_AddTitle()
   const QStringList teams = Names(FIn.SelectedTeams);
   FOut.HtmlContent << QStringLiteral("  <body>") << QStringLiteral("    <h1>Quorvex ITSM tickets follow-up</h1>");
   FText.Heading(CReportTitle, 1);
+  if (FIn.KeepsRow) {
+    // A person's digest says first that it holds their tickets only.
+    const QString yours = QStringLiteral("Your tickets in the Quorvex ITSM follow-up of %1: %2 unassigned, %3 without "
+                                         "update, %4 with ten exchanges.")
+                              .arg(ReportDate(extraction.date()))
+                              .arg(SectionRows(TReportSection::Unassigned).size())
+                              .arg(SectionRows(TReportSection::WithoutUpdate).size())
+                              .arg(SectionRows(TReportSection::Gt10Exchanges).size());
+    FOut.HtmlContent << QStringLiteral("    <p><b>") + yours.toHtmlEscaped() + QStringLiteral("</b></p>");
+    FText.Paragraph({yours});
+  }
   if (incomplete) {
     const QString warning = QStringLiteral("WARNING: ") + FIn.RetrievalWarning;
     FOut.HtmlContent << QStringLiteral("    <p><strong>") + warning.toHtmlEscaped() + QStringLiteral("</strong></p>");
@@ -365,6 +383,8 @@ void TMailReport::Mail_03_AddUnassigned()
 {
   const TReportRows &rows = SectionRows(TReportSection::Unassigned);
   FOut.NbUnassigned = static_cast<std::int32_t>(rows.size());
+  if (rows.isEmpty() && SaysNothingOfEmptySections())
+    return;
   AddLines(FIn.HtmlTexts.Unassigned_Title, QStringLiteral("%NBMINUTES%"), QString::number(FIn.NbMinutes));
   if (rows.isEmpty()) {
     AddAllClear(FIn.HtmlTexts.Unassigned_Without);
@@ -380,6 +400,8 @@ void TMailReport::Mail_04_AddWithoutUpdate()
 {
   const TReportRows &rows = SectionRows(TReportSection::WithoutUpdate);
   FOut.NbWithoutUpdate = static_cast<std::int32_t>(rows.size());
+  if (rows.isEmpty() && SaysNothingOfEmptySections())
+    return;
   AddLines(FIn.HtmlTexts.WithoutUpdate_Title);
   if (rows.isEmpty()) {
     AddAllClear(FIn.HtmlTexts.WithoutUpdate_Without);

@@ -134,6 +134,8 @@ private:
   void SelectRows();
   QString WhyLeft(const TListedEntry &was) const;
   // The section's "everything is OK" block, unless the retrieval was incomplete.
+  // A person's digest leaves out a section without rows of theirs.
+  bool SaysNothingOfEmptySections() const;
   void AddAllClear(const QStringList &lines);
   void TakeTeam(TRestId teamId);
   void TakeUser(TRestId userId);

@@ -140,9 +140,18 @@ TEST_F(DeliveryPlanTest, EachModeAddressesEveryoneOnceWhateverTheCase)
   EXPECT_EQ(Mails(Plan(TDeliveryMode::Concerned)),
             QStringList{"ann@example.test,bob@example.test | leads@example.test,boss@example.test | 2"});
   // The full report first, then one digest per person with their rows only.
-  EXPECT_EQ(Mails(Plan(TDeliveryMode::Personal)),
-            (QStringList{"leads@example.test | boss@example.test,ann@example.test | 2", "ann@example.test |  | 1",
-                         "bob@example.test |  | 2"}));
+  const TDeliveryPlan personal = Plan(TDeliveryMode::Personal);
+  EXPECT_EQ(Mails(personal), (QStringList{"leads@example.test | boss@example.test,ann@example.test | 2",
+                                          "ann@example.test |  | 1", "bob@example.test |  | 2"}));
+  // A digest opens with its person's counts and says nothing of a section
+  // without their rows: "All tickets have been updated recently" would read
+  // as if the whole desk were clear.
+  const QString ann = personal.Mails[1].Report.Text;
+  EXPECT_TRUE(ann.contains("Your tickets in the Quorvex ITSM follow-up of 24.11.2026: 1 unassigned, 0 without update, "
+                           "0 with ten exchanges."))
+      << ann.toStdString();
+  EXPECT_FALSE(ann.contains("updated recently")) << ann.toStdString();
+  EXPECT_FALSE(personal.Mails[0].Report.Text.contains("Your tickets"));
 }
 
 TEST_F(DeliveryPlanTest, WithoutAnyoneConcernedTheDefaultsReceiveTheReport)
