@@ -196,7 +196,7 @@ TTask<> TfrmMain::bbtSendMailClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSendMailClick");
   const QStringList mails = co_await FState.SendReport(
-      *FProgress, [this](const QStringList &to, const QStringList &cc) { return ConfirmRecipients(to, cc, this); },
+      *FProgress, [this](const TMailConfirmation &confirmation) { return ConfirmRecipients(confirmation, this); },
       [this](const QStringList &earlier) { return ConfirmResend(earlier, this); });
   if (mails.isEmpty()) {
     statusBar()->showMessage(FState.FHtmlContent.isEmpty()

@@ -129,15 +129,25 @@ TDeliveryPlan PlanDelivery(const TReportInput &input, TReportOutput fullReport, 
   return plan;
 }
 
-void ConfirmationLists(const QList<TReportMail> &mails, TDeliveryMode mode, QStringList &to, QStringList &cc)
+TMailConfirmation Confirmation(const QList<TReportMail> &mails, TDeliveryMode mode)
 {
-  to.clear();
-  cc.clear();
+  TMailConfirmation confirmation;
   for (const TReportMail &mail : mails) {
     for (const QString &address : mail.To)
-      to.append(mode == TDeliveryMode::Personal
-                    ? QStringLiteral("%1 (%2 row(s))").arg(address).arg(mail.RowCount())
-                    : address);
-    AddNew(cc, mail.Cc);
+      confirmation.To.append(mode == TDeliveryMode::Personal
+                                 ? QStringLiteral("%1 (%2 row(s))").arg(address).arg(mail.RowCount())
+                                 : address);
+    AddNew(confirmation.Cc, mail.Cc);
   }
+  if (mode == TDeliveryMode::Personal && !mails.isEmpty())
+    confirmation.Summary = QStringLiteral("%1 mail(s): %2 personal digest(s) and the full report to %3")
+                               .arg(mails.size())
+                               .arg(mails.size() - 1)
+                               .arg(mails.first().To.join(QStringLiteral(", ")));
+  else
+    confirmation.Summary = QStringLiteral("%1 mail(s) to %2 recipient(s), %3 in copy")
+                               .arg(mails.size())
+                               .arg(confirmation.To.size())
+                               .arg(confirmation.Cc.size());
+  return confirmation;
 }

@@ -50,6 +50,14 @@ TDeliveryPlan PlanDelivery(const TReportInput &input, const tyDelivery &delivery
 TDeliveryPlan PlanDelivery(const TReportInput &input, TReportOutput fullReport, const tyDelivery &delivery,
                            const tySMTPserver &smtp, TColourStore &colours, const TMailReport::TClock &now);
 
-// What a person confirms before the mails go: the "To" and "CC" lists; in
-// personal mode one "To" line per receiver with the row count of their mail.
-void ConfirmationLists(const QList<TReportMail> &mails, TDeliveryMode mode, QStringList &to, QStringList &cc);
+// What a person confirms before the mails go: how many mails to whom in one
+// line ("36 mails: 35 personal digests and the full report to leads@…"), and
+// the "To" and "CC" lists; in personal mode one "To" line per receiver with the
+// row count of their mail.
+struct TMailConfirmation
+{
+  QString Summary;
+  QStringList To;
+  QStringList Cc;
+};
+TMailConfirmation Confirmation(const QList<TReportMail> &mails, TDeliveryMode mode);

@@ -7,6 +7,7 @@
 #include "core/TDateTime.h"
 #include "core/Task.h"
 #include "report/HtmlTexts.h"
+#include "report/DeliveryPlan.h"
 #include "report/MailReport.h"
 #include "rest/RestFailure.h"
 #include "rest/RestResult.h"
@@ -42,7 +43,7 @@ public:
   // Shows the report file of an interactive run.
   using TOpenFile = std::function<void(const QString &path)>;
   // Asks a person whether the mails may go to these "To" and "CC" lists.
-  using TConfirmMails = std::function<bool(const QStringList &to, const QStringList &cc)>;
+  using TConfirmMails = std::function<bool(const TMailConfirmation &confirmation)>;
   // Asks a person whether mails already delivered today (one line each) go again.
   using TConfirmResend = std::function<bool(const QStringList &earlier)>;
   // The API settings dialog, on a copy of the settings.

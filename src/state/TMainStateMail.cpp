@@ -114,10 +114,7 @@ TTask<QStringList> TMainState::SendReport(TLoadingProgress &progress, TConfirmMa
     co_return texts;
   }
   if (!FAutomatic && confirm && FDelivery.Mode != TDeliveryMode::Report) {
-    QStringList to;
-    QStringList cc;
-    ConfirmationLists(plan.Mails, FDelivery.Mode, to, cc);
-    if (!confirm(to, cc))
+    if (!confirm(Confirmation(plan.Mails, FDelivery.Mode)))
       co_return QStringList();
   }
   TDeliveryOptions options;

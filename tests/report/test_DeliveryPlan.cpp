@@ -152,6 +152,8 @@ TEST_F(DeliveryPlanTest, EachModeAddressesEveryoneOnceWhateverTheCase)
       << ann.toStdString();
   EXPECT_FALSE(ann.contains("updated recently")) << ann.toStdString();
   EXPECT_FALSE(personal.Mails[0].Report.Text.contains("Your tickets"));
+  EXPECT_EQ(Confirmation(personal.Mails, TDeliveryMode::Personal).Summary,
+            "3 mail(s): 2 personal digest(s) and the full report to leads@example.test");
 }
 
 TEST_F(DeliveryPlanTest, WithoutAnyoneConcernedTheDefaultsReceiveTheReport)

@@ -21,16 +21,25 @@ QListWidget *AddressList(const char *name, const QStringList &addresses)
 
 } // namespace
 
-TfrmConfirmRecipients::TfrmConfirmRecipients(const QStringList &to, const QStringList &cc, QWidget *parent)
+TfrmConfirmRecipients::TfrmConfirmRecipients(const TMailConfirmation &confirmation, QWidget *parent)
     : QDialog(parent)
 {
+  const QString question = QStringLiteral("Do you confirm sending the email to these recipients?");
   setObjectName(QStringLiteral("frmConfirmRecipients"));
-  setWindowTitle(QStringLiteral("Do you confirm sending the email to these recipients?"));
-  lstTo = AddressList("lstTo", to);
-  lstCc = AddressList("lstCc", cc);
+  setWindowTitle(question); // a title bar may cut it: the body asks it again
+  lstTo = AddressList("lstTo", confirmation.To);
+  lstCc = AddressList("lstCc", confirmation.Cc);
   auto *content = new QWidget;
   auto *layout = new QVBoxLayout(content);
   layout->setContentsMargins(0, 0, 0, 0);
+  auto *asked = new QLabel(QStringLiteral("<b>%1</b>").arg(question.toHtmlEscaped()));
+  asked->setWordWrap(true);
+  layout->addWidget(asked);
+  lblSummary = new QLabel(confirmation.Summary);
+  lblSummary->setObjectName(QStringLiteral("lblSummary"));
+  lblSummary->setWordWrap(true);
+  lblSummary->setTextFormat(Qt::PlainText);
+  layout->addWidget(lblSummary);
   layout->addWidget(new QLabel(QStringLiteral("To")));
   layout->addWidget(lstTo, 2);
   layout->addWidget(new QLabel(QStringLiteral("CC")));
@@ -38,9 +47,9 @@ TfrmConfirmRecipients::TfrmConfirmRecipients(const QStringList &to, const QStrin
   SetOkCancelLayout(this, content);
 }
 
-bool ConfirmRecipients(const QStringList &to, const QStringList &cc, QWidget *parent)
+bool ConfirmRecipients(const TMailConfirmation &confirmation, QWidget *parent)
 {
-  TfrmConfirmRecipients dialog(to, cc, parent);
+  TfrmConfirmRecipients dialog(confirmation, parent);
   return dialog.exec() == QDialog::Accepted;
 }
 
