@@ -6,7 +6,7 @@
 QByteArray TRestCall::Took(const QString &url, TRestTransport::TReply reply)
 {
   if (!reply.Answer)
-    throw ERestTransportError(reply.Error, reply.Details);
+    throw ERestTransportError(reply.Failure.Reason, reply.Failure.Details);
   FLastUrl = url;
   FLastStatus = reply.Answer->Status;
   FLastStatusText = reply.Answer->StatusText;

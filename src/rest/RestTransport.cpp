@@ -130,7 +130,7 @@ void TRestTransport::Start(const TRequest &request, TDone done)
   if (!refusal.isEmpty()) {
     // Not sent, but answered from the event loop all the same, as every other request.
     QTimer::singleShot(0, &FManager, [refusal, url = request.Url.toString(), done = std::move(done)] {
-      done({std::nullopt, refusal, url});
+      done({std::nullopt, {refusal, url}});
     });
     return;
   }
@@ -199,7 +199,7 @@ void TRestTransport::Start(const TRequest &request, TDone done)
       const QString details = state->Stopped || state->TimedOut || state->TooBig
                                   ? url.toString()
                                   : url.toString() + QStringLiteral(": ") + TransportDetails(*reply, state->SslErrors);
-      done({std::nullopt, reason, details});
+      done({std::nullopt, {reason, details}});
       return;
     }
     TAnswer answer;
@@ -210,6 +210,6 @@ void TRestTransport::Start(const TRequest &request, TDone done)
       answer.StatusText = reply->errorString();
     answer.Body = reply->readAll();
     answer.RetryAfter = reply->rawHeader("Retry-After");
-    done({std::move(answer), QString(), QString()});
+    done({std::move(answer), {}});
   });
 }

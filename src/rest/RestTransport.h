@@ -8,6 +8,7 @@
 #include <QString>
 #include <QUrl>
 
+#include "RestFailure.h"
 #include "core/Task.h"
 #include <chrono>
 #include <functional>
@@ -49,8 +50,9 @@ public:
   struct TReply
   {
     std::optional<TAnswer> Answer;
-    QString Error;   // for a person: what went wrong and what to do
-    QString Details; // the address and the network library's own words
+    // Without an answer: what went wrong and what to do, with the address and
+    // the network library's own words as details.
+    TRestFailure Failure;
   };
   using TDone = std::function<void(TReply reply)>;
 
@@ -63,7 +65,7 @@ public:
   ~TRestTransport();
 
   // Sends the request; the awaiting work goes on with the answer or why there
-  // is none. Any HTTP status is an answer; without one, Error tells a refused
+  // is none. Any HTTP status is an answer; without one, Failure tells a refused
   // connection, an unknown host, an untrusted certificate, a time-out, a
   // connection lost mid-answer, an answer above CMaxAnswerBytes and an
   // unreadable file of extra authorities apart, with what to do.

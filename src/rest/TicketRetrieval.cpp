@@ -6,6 +6,7 @@
 #include <QSet>
 #include <QThreadPool>
 #include <QTimer>
+#include <optional>
 #include <algorithm>
 
 namespace {
@@ -34,8 +35,7 @@ int RetryAfterSeconds(const QByteArray &header)
 // One page as it came back: no answer, or the answer read.
 struct TTicketRetrieval::TPageOutcome
 {
-  QString TransportError;   // why no answer came, for a person
-  QString TransportDetails; // the network library's words
+  std::optional<TRestFailure> NoAnswer; // why no answer came
   int Status = 0;
   QString StatusText;
   QString BodyStart; // the beginning of the answer, for an answer not understood
@@ -132,8 +132,7 @@ void TTicketRetrieval::Answered(qsizetype index, std::int32_t page, bool repeate
   --FInFlight;
   const auto outcome = std::make_shared<TPageOutcome>();
   if (!reply.Answer) {
-    outcome->TransportError = reply.Error;
-    outcome->TransportDetails = reply.Details;
+    outcome->NoAnswer = std::move(reply.Failure);
   } else {
     outcome->Status = reply.Answer->Status;
     outcome->StatusText = reply.Answer->StatusText;
@@ -188,7 +187,7 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
 {
   query.Trace.append({page, QString()});
   const TTicketPage &answer = outcome.Page;
-  if (outcome.TransportError.isEmpty()) {
+  if (!outcome.NoAnswer) {
     switch (answer.Shape) {
     case TTicketPage::TShape::Empty:
       Fail(query, QStringLiteral("RESTResponse.Content = \"\""), outcome);
@@ -246,7 +245,7 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
                .arg(page),
            outcome);
   } else {
-    Fail(query, QStringLiteral("Erreur API : ") + outcome.TransportError, outcome);
+    Fail(query, QStringLiteral("Erreur API : ") + outcome.NoAnswer->Reason, outcome);
   }
   query.Next = page + 1;
   // Every announced ticket is in: further pages could only be dropped.
@@ -289,8 +288,8 @@ void TTicketRetrieval::Fail(TQueryState &query, const QString &message, const TP
   const QString server = ServerOf(FUrl);
   if (!reason.isEmpty())
     query.Result.Failure = TRestFailure{reason, FUrl};
-  else if (!outcome.TransportError.isEmpty())
-    query.Result.Failure = TRestFailure{outcome.TransportError, outcome.TransportDetails};
+  else if (outcome.NoAnswer)
+    query.Result.Failure = *outcome.NoAnswer;
   else if (outcome.Status / 100 != 2)
     query.Result.Failure = TRestFailure{StatusReason(server, outcome.Status, outcome.StatusText), FUrl};
   else

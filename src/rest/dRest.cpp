@@ -75,8 +75,8 @@ TTask<TRestResult<>> TdmRest::GetToken(tyQuorvexITSM &settings)
       "POST", QUrl(url), {{"Content-Type", "application/x-www-form-urlencoded"}}, body, true};
   TRestTransport::TReply reply = co_await FTransport.Send(request);
   if (!reply.Answer) {
-    TraceFailure(lcRest(), QStringLiteral("Erreur OAuth2: ") + reply.Error);
-    call.Remember(reply.Error, reply.Details);
+    TraceFailure(lcRest(), QStringLiteral("Erreur OAuth2: ") + reply.Failure.Reason);
+    call.Remember(reply.Failure.Reason, reply.Failure.Details);
     co_return call.Finish(std::monostate());
   }
   api.TokenRequest = NowDateTime();
