@@ -30,6 +30,7 @@ struct tyQuorvexITSM
   QString InfraHost;  // edited and kept in memory, not stored
   tyAPIAccess API;
   std::int32_t ParallelRequests = 1; // ticket requests in flight at once, 1 to 8
+  QString CaFile; // PEM file of extra certificate authorities (HTTPS and SMTP); empty: none
 };
 
 // Outgoing mail.

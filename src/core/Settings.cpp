@@ -24,6 +24,7 @@ void ReadConfigITSM(const QString &iniPath, tyQuorvexITSM &ici, TSettingsWarning
   ici.API.TokenRequest = ReadSetting(ini, TokenRequest);
   ici.API.TokenValidity = ReadSetting(ini, TokenValidity);
   ici.API.Token = ReadSetting(ini, Token, warnings);
+  ici.CaFile = ReadSetting(ini, CaFile, warnings);
   const std::int32_t parallel = ReadSetting(ini, ParallelRequests);
   ici.ParallelRequests = std::clamp(parallel, ParallelRequests.Default, MaxParallelRequests);
   if (ici.ParallelRequests != parallel)
@@ -57,6 +58,7 @@ void SaveConfigITSM(const QString &iniPath, const tyQuorvexITSM &ici, TSecretLoo
   WriteSetting(ini, TokenValidity, ici.API.TokenValidity);
   WriteSetting(ini, Token, ici.API.Token);
   WriteSetting(ini, ParallelRequests, ici.ParallelRequests);
+  WriteSetting(ini, CaFile, ici.CaFile);
   ini.UpdateFile();
 }
 

@@ -76,6 +76,9 @@ inline const TSetting<double> TokenRequest{Section, QStringLiteral("TokenRequest
 inline const TSetting<std::int32_t> TokenValidity{Section, QStringLiteral("TokenValidity"), 24};
 inline const TSetting<QString> Token{Section, QStringLiteral("Token"), QString()};
 inline const TSetting<std::int32_t> ParallelRequests{Section, QStringLiteral("ParallelRequests"), 1};
+// A PEM file of certificate authorities trusted besides the system's, for HTTPS
+// and SMTP; the variable QUORVEX_EXTRA_CA_CERTS wins when set.
+inline const TSetting<QString> CaFile{Section, QStringLiteral("CaFile"), QString()};
 inline constexpr std::int32_t MaxParallelRequests = 8;
 } // namespace Itsm
 

@@ -68,7 +68,8 @@ QString TransportReason(const QUrl &url, const QNetworkReply &reply)
         .arg(url.host());
   case QNetworkReply::SslHandshakeFailedError:
     return QStringLiteral("the certificate of %1 is not trusted; if the service uses a certificate authority of "
-                          "its own, name its PEM file in %2")
+                          "its own, name its PEM file in \"Certificate authorities\" of \"Quorvex ITSM API\" (or "
+                          "in %2)")
         .arg(HostOf(url), QLatin1String(CExtraCaVariable));
   default:
     return QStringLiteral("the network failed on the way to %1; check the network connection").arg(HostOf(url));
@@ -88,8 +89,20 @@ QString TransportDetails(const QNetworkReply &reply, const QList<QSslError> &ssl
 
 } // namespace
 
-TRestTransport::TRestTransport(QNetworkAccessManager &manager) : FManager(manager), FSsl(MakeSslConfiguration())
+TRestTransport::TRestTransport(QNetworkAccessManager &manager) : FManager(manager)
 {
+  FManager.setProxyFactory(new TSystemProxyFactory); // the manager takes ownership
+}
+
+void TRestTransport::TrustNamedAuthorities()
+{
+  const QString file = ExtraAuthoritiesSource().File;
+  if (FSslReady && file == FAuthoritiesFile)
+    return;
+  FSslReady = true;
+  FAuthoritiesFile = file;
+  FSsl = MakeSslConfiguration();
+  FAuthoritiesError.clear();
   // An unreadable file of extra authorities fails each request with its own words
   // rather than as a certificate that is not trusted.
   try {
@@ -97,7 +110,6 @@ TRestTransport::TRestTransport(QNetworkAccessManager &manager) : FManager(manage
   } catch (const EReadError &error) {
     FAuthoritiesError = error.Message();
   }
-  FManager.setProxyFactory(new TSystemProxyFactory); // the manager takes ownership
 }
 
 TRestTransport::~TRestTransport() = default;
@@ -120,6 +132,7 @@ TTask<TRestTransport::TReply> TRestTransport::Send(TRequest request)
 
 void TRestTransport::Start(const TRequest &request, TDone done)
 {
+  TrustNamedAuthorities();
   const QString refusal =
       FStop && FStop->IsRequested()
           ? QStringLiteral("%1, so it was not requested").arg(FStop->Happened())

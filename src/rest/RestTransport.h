@@ -23,7 +23,8 @@ class TStopRequest;
 // cut.
 // Every request has a time-out, uses the system proxy and verifies TLS, trusting
 // the system's certificate authorities plus those of the PEM file named by the
-// environment variable QUORVEX_EXTRA_CA_CERTS.
+// environment variable QUORVEX_EXTRA_CA_CERTS or the settings (ExtraAuthorities),
+// read again when the file named changes.
 class TRestTransport
 {
 public:
@@ -92,6 +93,10 @@ private:
   QNetworkAccessManager &FManager;
   std::unique_ptr<QNetworkAccessManager> FOverflow;
   int FPending = 0;
+  // The TLS set-up with the extra authorities of FAuthoritiesFile.
+  void TrustNamedAuthorities();
+  bool FSslReady = false;
+  QString FAuthoritiesFile;
   QSslConfiguration FSsl;
   QString FAuthoritiesError;
   std::chrono::milliseconds FTimeout = CDefaultTimeout;

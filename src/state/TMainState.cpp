@@ -4,6 +4,7 @@
 
 #include "core/AppPaths.h"
 #include "core/Errors.h"
+#include "core/ExtraAuthorities.h"
 #include "core/Settings.h"
 #include "core/Trace.h"
 #include "core/RunLog.h"
@@ -57,6 +58,7 @@ bool TMainState::EditServiceSettings(const TEditApi &editApi)
     FRest.DropToken();
   }
   FICI = edited;
+  SetConfiguredAuthorities(FICI.CaFile);
   SaveConfigITSM();
   return true;
 }
@@ -127,6 +129,7 @@ void TMainState::ReadConfigITSM()
 {
   TSettingsWarnings warnings;
   ::ReadConfigITSM(FFichINI, FICI, warnings, FSecrets);
+  SetConfiguredAuthorities(FICI.CaFile);
   Warn(warnings);
 }
 

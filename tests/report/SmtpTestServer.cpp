@@ -44,7 +44,18 @@ TSmtpTestServer::TSmtpTestServer(const TOptions &options)
   }
   if (FPort == 0 && FFailure.isEmpty())
     FFailure = QStringLiteral("the SMTP test server did not start: ") + FProcess.errorString();
-  qputenv("QUORVEX_EXTRA_CA_CERTS", CertificateFile().toUtf8());
+  // One file names the authorities of every server: those trusted already (a
+  // demo service's) stay trusted beside the relay's.
+  QFile bundle(FDir.filePath(QStringLiteral("authorities.pem")));
+  QFile earlier(qEnvironmentVariable("QUORVEX_EXTRA_CA_CERTS"));
+  QFile own(CertificateFile());
+  if (bundle.open(QIODevice::WriteOnly) && own.open(QIODevice::ReadOnly)) {
+    if (!earlier.fileName().isEmpty() && earlier.open(QIODevice::ReadOnly))
+      bundle.write(earlier.readAll() + '\n');
+    bundle.write(own.readAll());
+  }
+  bundle.close();
+  qputenv("QUORVEX_EXTRA_CA_CERTS", bundle.fileName().toUtf8());
 }
 
 TSmtpTestServer::~TSmtpTestServer()

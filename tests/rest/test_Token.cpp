@@ -1,7 +1,9 @@
 #include "RestFixture.h"
 #include "support/Await.h"
+#include "core/ExtraAuthorities.h"
 #include "rest/RestErrors.h"
 
+#include <QScopeGuard>
 #include <QTcpServer>
 #include <limits>
 
@@ -156,5 +158,37 @@ TEST_F(Token, TransportFailuresAreCarriedInPlainWordsAndLeaveTheRequestTime)
     ASSERT_TRUE(result.Failed()) << row.reason.toStdString();
     EXPECT_TRUE(result.Failure->Reason.startsWith(row.reason)) << result.Failure->Reason.toStdString();
     EXPECT_EQ(settings.API.TokenRequest, FSettings.API.TokenRequest);
+  }
+}
+
+// The "Certificate authorities" setting trusts a service's own authority as the
+// variable does; the variable, when set, wins.
+TEST_F(Token, TheSettingNamesTheAuthoritiesUnlessTheVariableDoes)
+{
+  const QString trusted = qEnvironmentVariable("QUORVEX_EXTRA_CA_CERTS");
+  const auto restore = qScopeGuard([&trusted] {
+    SetConfiguredAuthorities({});
+    qputenv("QUORVEX_EXTRA_CA_CERTS", trusted.toUtf8());
+  });
+  const struct
+  {
+    QString variable;
+    QString setting;
+    QString reason; // empty: a token came
+  } rows[] = {
+      {{}, trusted, {}},
+      {{}, "/nonexistent/ca.pem",
+       "The certificate authorities named by the \"Certificate authorities\" setting of \"Quorvex ITSM API\" cannot be "
+       "read from /nonexistent/ca.pem"},
+      {trusted, "/nonexistent/ca.pem", {}},
+  };
+  for (const auto &row : rows) {
+    row.variable.isEmpty() ? qunsetenv("QUORVEX_EXTRA_CA_CERTS") : qputenv("QUORVEX_EXTRA_CA_CERTS", row.variable.toUtf8());
+    SetConfiguredAuthorities(row.setting);
+    QNetworkAccessManager manager;
+    TdmRest rest(manager);
+    tyQuorvexITSM settings = FSettings;
+    const TRestResult<> result = Await(rest.GetToken(settings));
+    EXPECT_EQ(result.Failed() ? result.Failure->Reason.left(row.reason.size()) : QString(), row.reason);
   }
 }

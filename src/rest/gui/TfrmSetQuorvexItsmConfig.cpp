@@ -3,6 +3,7 @@
 #include "gui/DialogLayout.h"
 
 #include <QCheckBox>
+#include <QFileDialog>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QDialogButtonBox>
@@ -47,6 +48,21 @@ TfrmSetQuorvexItsmConfig::TfrmSetQuorvexItsmConfig(QWidget *parent)
   spnParallelRequests = new QSpinBox;
   spnParallelRequests->setObjectName(QStringLiteral("spnParallelRequests"));
   spnParallelRequests->setRange(1, 8);
+  edtCaFile = new QLineEdit;
+  edtCaFile->setObjectName(QStringLiteral("edtCaFile"));
+  edtCaFile->setPlaceholderText(QStringLiteral("none: the system's authorities only"));
+  btnCaFile = new QPushButton(QStringLiteral("Browse…"));
+  btnCaFile->setObjectName(QStringLiteral("btnCaFile"));
+  connect(btnCaFile, &QPushButton::clicked, this, [this] {
+    const QString file = QFileDialog::getOpenFileName(this, QStringLiteral("Certificate authorities"),
+                                                      edtCaFile->text(), QStringLiteral("PEM files (*.pem *.crt);;All files (*)"));
+    if (!file.isEmpty())
+      edtCaFile->setText(file);
+  });
+  auto *caRow = new QHBoxLayout;
+  caRow->addWidget(edtCaFile, 1);
+  caRow->addWidget(btnCaFile);
+
   auto *lblParallelRequests = new QLabel(
       QStringLiteral("Up to this many ticket requests at once; leave 1 for a service with strict rate limits."));
   lblParallelRequests->setWordWrap(true);
@@ -66,6 +82,7 @@ TfrmSetQuorvexItsmConfig::TfrmSetQuorvexItsmConfig(QWidget *parent)
   form->addRow(QStringLiteral("API Operator password"), ledtApiOperatorPassword);
   form->addRow(QStringLiteral("Parallel requests"), spnParallelRequests);
   form->addRow(QString(), lblParallelRequests);
+  form->addRow(QStringLiteral("Certificate authorities"), caRow);
 
   QDialogButtonBox *buttons = OkCancelButtons(this);
   bbtOk = buttons->button(QDialogButtonBox::Ok);
@@ -93,6 +110,7 @@ void TfrmSetQuorvexItsmConfig::Fill(const tyQuorvexITSM &settings)
   ledtApiOperatorUsername->setText(settings.API.Username);
   ledtApiOperatorPassword->setText(settings.API.Password);
   spnParallelRequests->setValue(settings.ParallelRequests);
+  edtCaFile->setText(settings.CaFile);
   edtInstanceChange();
   ledtExit();
 }
@@ -106,6 +124,7 @@ void TfrmSetQuorvexItsmConfig::CopyTo(tyQuorvexITSM &settings) const
   settings.API.Username = ledtApiOperatorUsername->text();
   settings.API.Password = ledtApiOperatorPassword->text();
   settings.ParallelRequests = spnParallelRequests->value();
+  settings.CaFile = edtCaFile->text().trimmed();
 }
 
 void TfrmSetQuorvexItsmConfig::edtInstanceChange()

@@ -38,6 +38,8 @@ public:
   QLineEdit *ledtApiOperatorUsername;
   QLineEdit *ledtApiOperatorPassword;
   QSpinBox *spnParallelRequests;
+  QLineEdit *edtCaFile; // "Certificate authorities": a PEM file, with a file picker
+  QPushButton *btnCaFile;
   QPushButton *bbtOk;
   QPushButton *bbtCancel;
 };
