@@ -1,7 +1,13 @@
+#include "TDemoService.h"
+#include "core/ExtraAuthorities.h"
 #include "rest/gui/TfrmSetQuorvexItsmConfig.h"
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QFile>
+#include <QJsonObject>
+#include <QScopeGuard>
+#include <QTemporaryDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -59,4 +65,37 @@ TEST(ApiDialog, OkFollowsEveryKeystrokeSoThatEnterConfirmsAndCancelChangesNothin
     EXPECT_EQ(SetQuorvexItsmConfig(settings), ok);
     EXPECT_EQ(settings.API.Password, ok ? "p" : "");
   }
+}
+
+// "Test connection" asks the service typed in the dialog for a token, trusting
+// the authorities file typed there too, and says in one line what happened.
+TEST(ApiDialog, TestConnectionAsksForATokenWithTheTypedValuesAndSaysWhatHappened)
+{
+  TDemoService service(QJsonObject{{"credentials", QJsonObject{{"clientId", "id"}, {"clientSecret", "s3cret"},
+                                                                {"username", "api"}, {"password", "pw"}}}});
+  service.Listen();
+  QTemporaryDir folder;
+  const QString authorities = folder.filePath("ca.pem");
+  QFile pem(authorities);
+  ASSERT_TRUE(pem.open(QIODevice::WriteOnly) && pem.write(service.CertificatePem()) > 0);
+  pem.close();
+  const auto forget = qScopeGuard([] { SetConfiguredAuthorities({}); });
+
+  TfrmSetQuorvexItsmConfig dialog;
+  dialog.Fill(Complete());
+  dialog.chkSaaS->setChecked(false);
+  dialog.edtInstance->setText(service.Instance());
+  dialog.edtCaFile->setText(authorities);
+  for (const bool refused : {false, true}) {
+    TDemoFaults faults;
+    faults.RefuseToken = refused;
+    service.SetFaults(faults);
+    QTest::mouseClick(dialog.btnTest, Qt::LeftButton);
+    EXPECT_TRUE(QTest::qWaitFor([&dialog] { return dialog.btnTest->isEnabled(); }, 20000));
+    EXPECT_TRUE(dialog.lblTest->text().startsWith(
+        refused ? service.Instance() + " answered HTTP 401"
+                : "The connection works: https://" + service.Instance() + " gave a token."))
+        << dialog.lblTest->text().toStdString();
+  }
+  EXPECT_TRUE(dialog.bbtOk->isEnabled());
 }

@@ -1,6 +1,8 @@
 #include "TfrmSetQuorvexItsmConfig.h"
 
+#include "core/ExtraAuthorities.h"
 #include "gui/DialogLayout.h"
+#include "rest/dRest.h"
 
 #include <QCheckBox>
 #include <QFileDialog>
@@ -9,6 +11,7 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QNetworkAccessManager>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QVBoxLayout>
@@ -18,6 +21,15 @@ namespace {
 bool Blank(const QLineEdit *edit) { return edit->text().trimmed().isEmpty(); }
 
 } // namespace
+
+// A service client of the test's own: the settings in force and their token
+// stay untouched.
+class TConnectionTest
+{
+public:
+  QNetworkAccessManager Network;
+  TdmRest Rest{Network};
+};
 
 TfrmSetQuorvexItsmConfig::TfrmSetQuorvexItsmConfig(QWidget *parent)
     : QDialog(parent, Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint | Qt::WindowTitleHint |
@@ -84,6 +96,19 @@ TfrmSetQuorvexItsmConfig::TfrmSetQuorvexItsmConfig(QWidget *parent)
   form->addRow(QString(), lblParallelRequests);
   form->addRow(QStringLiteral("Certificate authorities"), caRow);
 
+  btnTest = new QPushButton(QStringLiteral("Test connection"));
+  btnTest->setObjectName(QStringLiteral("btnTest"));
+  btnTest->setAutoDefault(false); // Enter stays OK's
+  lblTest = new QLabel;
+  lblTest->setObjectName(QStringLiteral("lblTest"));
+  lblTest->setWordWrap(true);
+  lblTest->setTextFormat(Qt::PlainText);
+  lblTest->setMaximumWidth(460);
+  connect(btnTest, &QPushButton::clicked, this, &TfrmSetQuorvexItsmConfig::TestConnection);
+  auto *testRow = new QHBoxLayout;
+  testRow->addWidget(btnTest);
+  testRow->addWidget(lblTest, 1);
+
   QDialogButtonBox *buttons = OkCancelButtons(this);
   bbtOk = buttons->button(QDialogButtonBox::Ok);
   bbtOk->setDefault(true);
@@ -92,6 +117,7 @@ TfrmSetQuorvexItsmConfig::TfrmSetQuorvexItsmConfig(QWidget *parent)
 
   auto *layout = new QVBoxLayout(this);
   layout->addLayout(form);
+  layout->addLayout(testRow);
   layout->addSpacing(8);
   layout->addWidget(buttons);
   layout->setSizeConstraint(QLayout::SetFixedSize);
@@ -99,6 +125,44 @@ TfrmSetQuorvexItsmConfig::TfrmSetQuorvexItsmConfig(QWidget *parent)
   connect(edtInstance, &QLineEdit::textChanged, this, &TfrmSetQuorvexItsmConfig::edtInstanceChange);
   connect(chkSaaS, &QCheckBox::toggled, this, &TfrmSetQuorvexItsmConfig::edtInstanceChange);
   edtInstanceChange();
+}
+
+TfrmSetQuorvexItsmConfig::~TfrmSetQuorvexItsmConfig() = default;
+
+void TfrmSetQuorvexItsmConfig::TestConnection()
+{
+  if (FTest)
+    return;
+  tyQuorvexITSM settings;
+  CopyTo(settings); // no token: one is asked for
+  SetConfiguredAuthorities(settings.CaFile);
+  FTest = std::make_unique<TConnectionTest>();
+  FTest->Rest.SetTimeout(std::chrono::seconds(15)); // a person waits for it
+  btnTest->setEnabled(false);
+  bbtOk->setEnabled(false);
+  lblTest->setText(QStringLiteral("Asking %1 for a token…").arg(TdmRest::GetQuorvexItsmUrl(settings)));
+  auto tested = [](TConnectionTest &test, tyQuorvexITSM asked) -> TTask<QString> {
+    const TRestResult<> token = co_await test.Rest.GetToken(asked);
+    co_return token.Failed() ? token.Failure->Reason
+                             : QStringLiteral("The connection works: %1 gave a token.")
+                                   .arg(TdmRest::GetQuorvexItsmUrl(asked));
+  };
+  Launch(tested(*FTest, settings), [this](QString said) {
+    lblTest->setText(said);
+    // Freed from the event loop: the client's reply is still finishing.
+    QMetaObject::invokeMethod(this, [this] {
+      FTest.reset();
+      btnTest->setEnabled(true);
+      ledtExit();
+    }, Qt::QueuedConnection);
+  });
+}
+
+void TfrmSetQuorvexItsmConfig::reject()
+{
+  // The test's client must outlive its request: Cancel waits for its end.
+  if (!FTest)
+    QDialog::reject();
 }
 
 void TfrmSetQuorvexItsmConfig::Fill(const tyQuorvexITSM &settings)

@@ -3,12 +3,14 @@
 #include "core/ConfigTypes.h"
 
 #include <QDialog>
+#include <memory>
 
 class QCheckBox;
 class QLabel;
 class QLineEdit;
 class QSpinBox;
 class QPushButton;
+class TConnectionTest;
 
 // Where the service is and the credentials of the API account. The secrets are
 // shown readable while the dialog is open, so that the user can check them.
@@ -18,6 +20,7 @@ class TfrmSetQuorvexItsmConfig : public QDialog
 
 public:
   explicit TfrmSetQuorvexItsmConfig(QWidget *parent = nullptr);
+  ~TfrmSetQuorvexItsmConfig() override;
 
   void Fill(const tyQuorvexITSM &settings);
   // Copies the fields, as typed, into `settings`; the token state is kept.
@@ -29,6 +32,9 @@ public:
   // OK is enabled when all five fields hold more than blanks; called on every
   // change of a field, so that Enter confirms as soon as the form is complete.
   void ledtExit();
+  // "Test connection": asks the service for a token with the values as typed,
+  // on a client of its own, and says in one line what happened.
+  void TestConnection();
 
   QLineEdit *edtInstance;
   QCheckBox *chkSaaS;
@@ -40,8 +46,15 @@ public:
   QSpinBox *spnParallelRequests;
   QLineEdit *edtCaFile; // "Certificate authorities": a PEM file, with a file picker
   QPushButton *btnCaFile;
+  QPushButton *btnTest;
+  QLabel *lblTest; // the test's outcome
   QPushButton *bbtOk;
   QPushButton *bbtCancel;
+  // Cancel; while a test runs it waits for its end (at most its time-out).
+  void reject() override;
+
+private:
+  std::unique_ptr<TConnectionTest> FTest; // while a test runs
 };
 
 // Edits the service settings; on OK copies them back and returns true.
