@@ -20,7 +20,9 @@ const QString CGuide = QStringLiteral(
     "<li><b>Quorvex ITSM API</b>: the service's address and the API account.</li>"
     "<li><b>Organizations &amp; Teams</b>: the organizations to follow and the teams the report is about.</li>"
     "<li><b>SMPT Server</b>: the mail server and who receives the report.</li>"
-    "<li><b>Get tickets</b>: the open tickets appear here.</li></ol>");
+    "<li><b>Get tickets</b>: the open tickets appear here.</li>"
+    "<li><b>Generate Mail</b>: the report, opened in the browser to read before it goes.</li>"
+    "<li><b>Send Mail</b>: the report to the people it concerns.</li></ol>");
 
 // The tickets as the grid shows them: sorted and searched, and a warning sign on
 // the tickets where the supervisor added ten exchanges.

@@ -99,3 +99,23 @@ TEST(ApiDialog, TestConnectionAsksForATokenWithTheTypedValuesAndSaysWhatHappened
   }
   EXPECT_TRUE(dialog.bbtOk->isEnabled());
 }
+
+// A first start leaves the instance and the hosting mode to choose ("acme" is
+// only an example) and puts the focus on the first empty field.
+TEST(ApiDialog, AFirstStartOffersAnExampleAndFocusesTheFirstEmptyField)
+{
+  tyQuorvexITSM defaults;
+  defaults.SaaS = true;
+  defaults.Instance = "acme";
+  TfrmSetQuorvexItsmConfig dialog;
+  dialog.Fill(defaults, true);
+  dialog.show();
+  QApplication::setActiveWindow(&dialog);
+  EXPECT_EQ(std::tuple(dialog.edtInstance->text(), dialog.edtInstance->placeholderText(), dialog.chkSaaS->isChecked()),
+            std::tuple(QString(), QString("acme"), false));
+  EXPECT_TRUE(QTest::qWaitFor([&dialog] { return dialog.edtInstance->hasFocus(); }, 2000));
+  QTest::keyClicks(dialog.edtInstance, "desk.example");
+  dialog.Fill(Complete()); // a later start shows what was saved
+  EXPECT_EQ(dialog.edtInstance->text(), "acme");
+  EXPECT_TRUE(dialog.chkSaaS->isChecked());
+}

@@ -165,7 +165,7 @@ void TfrmSetQuorvexItsmConfig::reject()
     QDialog::reject();
 }
 
-void TfrmSetQuorvexItsmConfig::Fill(const tyQuorvexITSM &settings)
+void TfrmSetQuorvexItsmConfig::Fill(const tyQuorvexITSM &settings, bool firstStart)
 {
   chkSaaS->setChecked(settings.SaaS);
   edtInstance->setText(settings.Instance);
@@ -175,8 +175,18 @@ void TfrmSetQuorvexItsmConfig::Fill(const tyQuorvexITSM &settings)
   ledtApiOperatorPassword->setText(settings.API.Password);
   spnParallelRequests->setValue(settings.ParallelRequests);
   edtCaFile->setText(settings.CaFile);
+  if (firstStart) {
+    edtInstance->setPlaceholderText(settings.Instance);
+    edtInstance->clear();
+    chkSaaS->setChecked(false);
+  }
   edtInstanceChange();
   ledtExit();
+  for (QLineEdit *field : {edtInstance, ledtClientID, ledtClientSecret, ledtApiOperatorUsername, ledtApiOperatorPassword})
+    if (Blank(field)) {
+      field->setFocus();
+      break;
+    }
 }
 
 void TfrmSetQuorvexItsmConfig::CopyTo(tyQuorvexITSM &settings) const
@@ -206,10 +216,10 @@ void TfrmSetQuorvexItsmConfig::ledtExit()
                     !Blank(ledtApiOperatorUsername) && !Blank(ledtApiOperatorPassword));
 }
 
-bool SetQuorvexItsmConfig(tyQuorvexITSM &settings, QWidget *parent)
+bool SetQuorvexItsmConfig(tyQuorvexITSM &settings, QWidget *parent, bool firstStart)
 {
   TfrmSetQuorvexItsmConfig dialog(parent);
-  dialog.Fill(settings);
+  dialog.Fill(settings, firstStart);
   if (dialog.exec() != QDialog::Accepted)
     return false;
   dialog.CopyTo(settings);

@@ -22,7 +22,10 @@ public:
   explicit TfrmSetQuorvexItsmConfig(QWidget *parent = nullptr);
   ~TfrmSetQuorvexItsmConfig() override;
 
-  void Fill(const tyQuorvexITSM &settings);
+  // On a first start (no settings file yet) the instance and the hosting mode
+  // are left to choose: "acme" only stands as an example, and the focus is on
+  // the first empty field.
+  void Fill(const tyQuorvexITSM &settings, bool firstStart = false);
   // Copies the fields, as typed, into `settings`; the token state is kept.
   void CopyTo(tyQuorvexITSM &settings) const;
 
@@ -58,4 +61,4 @@ private:
 };
 
 // Edits the service settings; on OK copies them back and returns true.
-bool SetQuorvexItsmConfig(tyQuorvexITSM &settings, QWidget *parent = nullptr);
+bool SetQuorvexItsmConfig(tyQuorvexITSM &settings, QWidget *parent = nullptr, bool firstStart = false);
