@@ -3,6 +3,8 @@
 #include "tickets/TicketsModel.h"
 
 #include <QApplication>
+#include <QDesktopServices>
+#include <QUrl>
 #include <QFont>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -58,8 +60,11 @@ public:
     if (role == Qt::ForegroundRole && QSortFilterProxyModel::data(index, TTicketsModel::SnoozedRole).toBool())
       return QApplication::palette().brush(QPalette::Disabled, QPalette::Text);
     // A cell cut to its column's width shows its whole text on hovering.
-    if (role == Qt::ToolTipRole && index.column() == TTicketsModel::colOrganization)
-      return QSortFilterProxyModel::data(index, Qt::DisplayRole);
+    if (role == Qt::ToolTipRole && index.column() == TTicketsModel::colOrganization) {
+      const QString tip = QSortFilterProxyModel::data(index, role).toString();
+      const QString name = QSortFilterProxyModel::data(index, Qt::DisplayRole).toString();
+      return tip.isEmpty() ? name : name + u'\n' + tip;
+    }
     return QSortFilterProxyModel::data(index, role);
   }
 
@@ -125,6 +130,12 @@ TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
   asgTickets->setContextMenuPolicy(Qt::CustomContextMenu);
   asgTickets->setTabKeyNavigation(false); // Tab leaves the grid; arrows move in it
   asgTickets->setTextElideMode(Qt::ElideRight);
+  // Double-click or Enter opens the ticket's page, as the report's link does.
+  connect(asgTickets, &QAbstractItemView::activated, this, [](const QModelIndex &index) {
+    const QString link = index.data(TTicketsModel::LinkRole).toString();
+    if (!link.isEmpty())
+      QDesktopServices::openUrl(QUrl(link));
+  });
   QHeaderView *header = asgTickets->horizontalHeader();
   header->setHighlightSections(false);
   QFont headerFont = header->font();

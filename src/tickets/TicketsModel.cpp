@@ -80,6 +80,12 @@ QVariant TTicketsModel::data(const QModelIndex &index, int role) const
   case NewRole: return mark != FMarks.cend() && mark->New;
   case SnoozedRole: return mark != FMarks.cend() && !mark->Snoozed.isEmpty();
   case TicketIdRole: return qlonglong(ticket.id);
+  case LinkRole:
+    return FLinks.ServiceUrl.isEmpty()
+               ? QString()
+               : Column(TColumnId::Ticket).Value({ticket, FDates.at(index.row()).CreationDate,
+                                                  FDates.at(index.row()).LastUpdate, CNoMark, FLinks})
+                     .Address;
   case Qt::ToolTipRole: return ticket.tenExchangesAdded ? QVariant(CTenExchangesTip) : QVariant();
   case Qt::TextAlignmentRole:
     if (GridColumns().at(index.column())->Type == TCellType::Number)

@@ -31,6 +31,9 @@ public:
   static constexpr int SnoozedRole = Qt::UserRole + 3;
   // The id of the row's ticket, whatever the column.
   static constexpr int TicketIdRole = Qt::UserRole + 4;
+  // The ticket's page in the service's web interface, as the report links it
+  // (empty until SetServiceUrl).
+  static constexpr int LinkRole = Qt::UserRole + 5;
 
   // What the follow-up says of a ticket: since when the report lists it ("new",
   // "since 18.11.2026, 5 reports"), or until when it is snoozed.
@@ -41,6 +44,8 @@ public:
 
   // Replaces every row.
   void SetTickets(const tyRestTickets &tickets);
+  // The service's web address the tickets' pages are under.
+  void SetServiceUrl(const QString &url) { FLinks.ServiceUrl = url; }
   // Replaces the follow-up marks (by ticket id); the tickets stay.
   void SetFollowUp(QHash<TRestId, TFollowUpMark> marks);
 
@@ -58,4 +63,5 @@ private:
   tyRestTickets FTickets; // shares the caller's list, no copy of the tickets
   QList<TDates> FDates;
   QHash<TRestId, TFollowUpMark> FMarks;
+  TCellContext FLinks; // the service's address only
 };

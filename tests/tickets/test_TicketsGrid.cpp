@@ -56,6 +56,12 @@ TEST(TicketsGrid, TwelveColumnsWithTypedCells)
             std::make_pair(QVariant(true), QString("yes")));
   EXPECT_EQ(shown(0, TTicketsModel::colTenExchanges), "");
   EXPECT_EQ(model.headerData(TTicketsModel::colTenExchanges, Qt::Horizontal).toString(), "10 exchanges");
+  // The page a double-click opens: the report's link, once the service is known.
+  EXPECT_EQ(model.data(model.index(0, 0), TTicketsModel::LinkRole).toString(), "");
+  model.SetServiceUrl("https://desk.example");
+  EXPECT_TRUE(model.data(model.index(1, TTicketsModel::colTitle), TTicketsModel::LinkRole).toString().startsWith(
+      "https://desk.example/"));
+  EXPECT_TRUE(model.data(model.index(1, 0), TTicketsModel::LinkRole).toString().contains("17"));
 }
 
 // What the follow-up says of each row: since when it is listed, new rows
