@@ -1,6 +1,7 @@
 #include "StepsFixture.h"
 
 #include "core/Trace.h"
+#include "tickets/SelectionSettings.h"
 
 #include <QJsonArray>
 
@@ -83,13 +84,16 @@ StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeT
   FRest = std::make_unique<TdmRest>(FManager);
   FState = std::make_unique<TMainState>(QStringLiteral("quorvex-followup"), *FRest);
   FState->FormCreate();
-  FState->FICI.SaaS = false;
-  FState->FICI.Instance = FService.Instance();
-  FState->FICI.API.ClientID = QStringLiteral("client");
-  FState->FICI.API.ClientSecret = QStringLiteral("secret");
-  FState->FICI.API.Username = QStringLiteral("lead");
-  FState->FICI.API.Password = QStringLiteral("pw");
-  FState->FSmtp.DefaultTo = QStringLiteral("leads@vellmor.example");
+  FState->EditServiceSettings([this](tyQuorvexITSM &ici) {
+    ici.SaaS = false;
+    ici.Instance = FService.Instance();
+    ici.API = {.ClientID = "client", .ClientSecret = "secret", .Username = "lead", .Password = "pw"};
+    return true;
+  });
+  FState->EditMailSettings([](tySMTPserver &smtp, tyDelivery &) {
+    smtp.DefaultTo = QStringLiteral("leads@vellmor.example");
+    return true;
+  });
 }
 
 StepsFixture::~StepsFixture()
@@ -100,8 +104,9 @@ StepsFixture::~StepsFixture()
 
 void StepsFixture::SelectAll()
 {
-  FState->FSelectedOrganizations = {{1, "Acme", false, false, true}, {2, "Beta & Co", false, false, true}};
-  FState->FSelectedTeams = {tyRestTeam{10, {}, QStringLiteral("Desk"), {}, {}}};
+  SaveConfigOrgaAndTeams(FState->SettingsFile(), {{1, "Acme", false, false, true}, {2, "Beta & Co", false, false, true}},
+                         {tyRestTeam{10, {}, QStringLiteral("Desk"), {}, {}}});
+  FState->ReadConfigOrgaAndTeams();
 }
 
-QString StepsFixture::IniText() const { return ReadTextFile(FState->FFichINI); }
+QString StepsFixture::IniText() const { return ReadTextFile(FState->SettingsFile()); }
