@@ -99,6 +99,12 @@ bool TMainState::EditTexts(const std::function<bool(tyHtmlTexts &)> &edit)
   return true;
 }
 
+void TMainState::SetTicketsForTest(tyRestTickets tickets)
+{
+  FTickets = std::move(tickets);
+  FTicketsGrid.SetTickets(FTickets);
+}
+
 void TMainState::BeginUnattendedRun(bool dryRun)
 {
   FAutomatic = true;

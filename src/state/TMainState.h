@@ -162,10 +162,13 @@ public:
   const tySMTPserver &Smtp() const { return FSmtp; }
   const tyDelivery &Delivery() const { return FDelivery; }
   const tyHtmlTexts &Texts() const { return FHtmlTexts; }
+  const QStringList &StatusToIgnore() const { return FStatusToIgnore; }
   const tyRestOperators &Operators() const { return FOperators; }
+  const tyRestTeamsOperators &TeamsOperators() const { return FTeamsOperators; }
   // The tickets of the last complete or partial retrieval, and the grid showing
   // them (the view needs a model it can sort).
   const tyRestTickets &Tickets() const { return FTickets; }
+  const QDateTime &TicketsRetrievedAt() const { return FExtractionTickets; }
   TTicketsModel &Grid() { return FTicketsGrid; }
   // The last generated report's page, its receivers and its counts.
   bool HasReport() const { return !FHtmlContent.isEmpty(); }
@@ -175,6 +178,9 @@ public:
   std::int32_t UnassignedCount() const { return FNbUnassigned; }
   std::int32_t WithoutUpdateCount() const { return FNbWithoutUpdate; }
   std::int32_t Gt10ExchangesCount() const { return FNbGt10Exch; }
+  // Puts `tickets` in the list and the grid as a retrieval would, for the
+  // window's tests, which have no service to retrieve them from.
+  void SetTicketsForTest(tyRestTickets tickets);
   // The run log and the file it is saved to.
   const QStringList &RunLog() const { return FslLog; }
   QString LogFile() const { return FLogFile; }

@@ -22,10 +22,10 @@ TEST(MainState, DamagedSecretIsReportedToThePerson)
     TOfflineRest offline;
     TMainState state("quorvex-followup", offline.Rest, [&](const QString &w) { warnings << w; });
     state.FormCreate();
-    EXPECT_EQ(state.FFichINI, ini);
-    EXPECT_TRUE(state.FLogFile.startsWith(config.SettingsFolder() + "quorvex-followup_"));
-    EXPECT_EQ(state.FStatusToIgnore, QStringList{"Planned (without SLA)"});
-    EXPECT_EQ(state.FICI.Instance, damaged ? "blue" : "acme");
+    EXPECT_EQ(state.SettingsFile(), ini);
+    EXPECT_TRUE(state.LogFile().startsWith(config.SettingsFolder() + "quorvex-followup_"));
+    EXPECT_EQ(state.StatusToIgnore(), QStringList{"Planned (without SLA)"});
+    EXPECT_EQ(state.Service().Instance, damaged ? "blue" : "acme");
     ASSERT_EQ(warnings.size(), damaged ? 1 : 0);
     if (damaged) {
       EXPECT_TRUE(warnings[0].contains("\"Password\"") && warnings[0].contains(ini)) << warnings[0].toStdString();

@@ -102,6 +102,13 @@ StepsFixture::~StepsFixture()
   qunsetenv("QUORVEX_EXTRA_CA_CERTS");
 }
 
+void StepsFixture::Restart()
+{
+  FState->FormDestroy();
+  FState = std::make_unique<TMainState>(QStringLiteral("quorvex-followup"), *FRest);
+  FState->FormCreate();
+}
+
 void StepsFixture::SelectAll()
 {
   SaveConfigOrgaAndTeams(FState->SettingsFile(), {{1, "Acme", false, false, true}, {2, "Beta & Co", false, false, true}},
