@@ -57,21 +57,13 @@ public:
   // Ends the trace with the name of its log file.
   void FormDestroy();
 
-  void InitFichIniLocation();
+  // Each reads its settings group anew from the settings file.
   void ReadConfigITSM();
   void ReadConfigSMTP();
   void ReadConfigDelivery();
   void ReadConfigOrgaAndTeams();
   void ReadConfigFilters();
-  void SaveConfigITSM();
-  void SaveConfigSMTP();
-  void SaveConfigDelivery();
-  void SaveConfigOrgaAndTeams();
-  void SaveConfigFilters();
-  void SavePriorities();
-  void SaveStatus();
   void ReadHtmlTexts();
-  void SaveHtmlTexts();
 
   // The service settings, edited on a copy and saved on OK. A change of the
   // connection or the credentials drops the saved token.
@@ -202,6 +194,17 @@ public:
   void SaveRunLog();
 
 private:
+  void InitFichIniLocation();
+  // Each writes its settings group from the session's values.
+  void SaveConfigITSM();
+  void SaveConfigSMTP();
+  void SaveConfigDelivery();
+  void SaveConfigOrgaAndTeams();
+  void SaveConfigFilters();
+  void SavePriorities();
+  void SaveStatus();
+  void SaveHtmlTexts();
+
   tyRestOrganizations FOrganizations;
   tyRestTeams FTeams;
   tyRestOperators FOperators;
