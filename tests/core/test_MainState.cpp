@@ -35,3 +35,30 @@ TEST(MainState, DamagedSecretIsReportedToThePerson)
     EXPECT_TRUE(trace.contains("Entering Session.FormCreate"));
   }
 }
+
+// A settings dialog edits a copy: Cancel leaves the session and the file as they
+// were, OK keeps the change and saves it for the next start.
+TEST(MainState, SettingsDialogsKeepAndSaveOnlyWhatIsAccepted)
+{
+  TTempConfig config;
+  TOfflineRest offline;
+  for (const bool ok : {false, true}) {
+    TMainState state("quorvex-followup", offline.Rest);
+    state.FormCreate();
+    state.EditMailSettings([ok](tySMTPserver &smtp, tyDelivery &delivery) {
+      smtp.DefaultTo = "lead@vellmor.example";
+      delivery.Mode = TDeliveryMode::Personal;
+      return ok;
+    });
+    state.EditFilters([ok](std::int32_t &, std::int32_t &, QStringList &ignored) { return (ignored = {"Done"}, ok); });
+    state.EditTexts([ok](tyHtmlTexts &texts) { return (texts.More10 = {"Busy"}, ok); });
+    TMainState next("quorvex-followup", offline.Rest);
+    next.FormCreate();
+    for (const TMainState *session : {&state, &next}) {
+      EXPECT_EQ(session->Smtp().DefaultTo == "lead@vellmor.example", ok);
+      EXPECT_EQ(session->Delivery().Mode == TDeliveryMode::Personal, ok);
+      EXPECT_EQ(session->StatusToIgnore() == QStringList{"Done"}, ok);
+      EXPECT_EQ(session->Texts().More10 == QStringList{"Busy"}, ok);
+    }
+  }
+}
