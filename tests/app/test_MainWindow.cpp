@@ -61,10 +61,7 @@ protected:
 
   void SetSmtp(const tySMTPserver &smtp)
   {
-    FState.EditMailSettings([&smtp](tySMTPserver &edited, tyDelivery &) {
-      edited = smtp;
-      return true;
-    });
+    FState.EditMailSettings([&smtp](tySMTPserver &edited, tyDelivery &) { edited = smtp; return true; });
   }
 
   TTempConfig FConfig;

@@ -50,8 +50,8 @@ TEST(MainState, SettingsDialogsKeepAndSaveOnlyWhatIsAccepted)
       delivery.Mode = TDeliveryMode::Personal;
       return ok;
     });
-    state.EditFilters([ok](std::int32_t &, std::int32_t &, QStringList &ignored) { return (ignored = {"Done"}, ok); });
-    state.EditTexts([ok](tyHtmlTexts &texts) { return (texts.More10 = {"Busy"}, ok); });
+    state.EditFilters([ok](std::int32_t &, std::int32_t &, QStringList &ignored) { ignored = {"Done"}; return ok; });
+    state.EditTexts([ok](tyHtmlTexts &texts) { texts.More10 = {"Busy"}; return ok; });
     TMainState next("quorvex-followup", offline.Rest);
     next.FormCreate();
     for (const TMainState *session : {&state, &next}) {

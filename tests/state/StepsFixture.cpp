@@ -85,9 +85,7 @@ StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeT
   FState = std::make_unique<TMainState>(QStringLiteral("quorvex-followup"), *FRest);
   FState->FormCreate();
   FState->EditServiceSettings([this](tyQuorvexITSM &ici) {
-    ici.SaaS = false;
-    ici.Instance = FService.Instance();
-    ici.API = {.ClientID = "client", .ClientSecret = "secret", .Username = "lead", .Password = "pw"};
+    ici = {.SaaS = false, .Instance = FService.Instance(), .API = {"client", "secret", "lead", "pw"}};
     return true;
   });
   FState->EditMailSettings([](tySMTPserver &smtp, tyDelivery &) {

@@ -197,8 +197,7 @@ TEST_F(StepsFixture, AStepErrorIsLoggedAndTheLogStillSaved)
 TEST_F(StepsFixture, UnreachableServiceIsAFailureInPlainWords)
 {
   SelectAll();
-  // Nothing listens there.
-  FState->EditServiceSettings([](tyQuorvexITSM &s) { s.Instance = "127.0.0.1:1"; return true; });
+  FState->EditServiceSettings([](tyQuorvexITSM &s) { s.Instance = "127.0.0.1:1"; return true; }); // nothing listens there
   Await(FState->RetrieveTickets(FProgress));
   ASSERT_EQ(FState->RetrievalFailures().size(), 1);
   EXPECT_EQ(FState->RetrievalFailures()[0].Text(),
