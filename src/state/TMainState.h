@@ -59,11 +59,7 @@ public:
 
   // Each reads its settings group anew from the settings file.
   void ReadConfigITSM();
-  void ReadConfigSMTP();
-  void ReadConfigDelivery();
   void ReadConfigOrgaAndTeams();
-  void ReadConfigFilters();
-  void ReadHtmlTexts();
 
   // The service settings, edited on a copy and saved on OK. A change of the
   // connection or the credentials drops the saved token.
@@ -195,6 +191,10 @@ public:
 
 private:
   void InitFichIniLocation();
+  void ReadConfigSMTP();
+  void ReadConfigDelivery();
+  void ReadConfigFilters();
+  void ReadHtmlTexts();
   // Each writes its settings group from the session's values.
   void SaveConfigITSM();
   void SaveConfigSMTP();
