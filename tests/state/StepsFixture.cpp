@@ -85,7 +85,12 @@ StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeT
   FState = std::make_unique<TMainState>(QStringLiteral("quorvex-followup"), *FRest);
   FState->FormCreate();
   FState->EditServiceSettings([this](tyQuorvexITSM &ici) {
-    ici = {.SaaS = false, .Instance = FService.Instance(), .API = {"client", "secret", "lead", "pw"}};
+    ici.SaaS = false;
+    ici.Instance = FService.Instance();
+    ici.API.ClientID = QStringLiteral("client");
+    ici.API.ClientSecret = QStringLiteral("secret");
+    ici.API.Username = QStringLiteral("lead");
+    ici.API.Password = QStringLiteral("pw");
     return true;
   });
   FState->EditMailSettings([](tySMTPserver &smtp, tyDelivery &) {
