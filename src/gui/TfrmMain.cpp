@@ -9,6 +9,7 @@
 #include "report/gui/TfrmSMTP.h"
 #include "rest/gui/TfrmSetQuorvexItsmConfig.h"
 #include "state/TMainState.h"
+#include "tickets/TicketsModel.h"
 #include "tickets/gui/TfmChooseOrga.h"
 #include "tickets/gui/TfrmFilters.h"
 #include "tickets/gui/TfrmLoading.h"
@@ -21,7 +22,9 @@
 
 #include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QClipboard>
 #include <QDir>
+#include <QFileInfo>
 #include <QIcon>
 #include <QDesktopServices>
 #include <QUrl>
@@ -105,7 +108,7 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
   bbtClose = AddIconButton("bbtClose", tr("Close"), QStringLiteral("close"));
   buttons->addWidget(FIconRow);
 
-  auto *ticketsView = new TTicketsView(FState.FTicketsGrid, central);
+  auto *ticketsView = new TTicketsView(FState.Grid(), central);
   connect(ticketsView->asgTickets, &QWidget::customContextMenuRequested, this,
           [this, ticketsView](const QPoint &position) { GridContextMenu(*ticketsView, position); });
 
@@ -129,12 +132,28 @@ void TfrmMain::GridContextMenu(TTicketsView &view, const QPoint &position)
   const QList<TRestId> tickets = view.SelectedTickets();
   if (tickets.isEmpty() || FStepRunning)
     return;
+  // The row under the pointer: its ticket's page, as the report links it.
+  const QModelIndex pointed = view.asgTickets->indexAt(position);
+  const QString link = pointed.data(TTicketsModel::LinkRole).toString();
   QMenu menu(this);
   menu.setObjectName(QStringLiteral("mnuGrid"));
+  QAction *open = menu.addAction(tr("Open"));
+  open->setEnabled(!link.isEmpty());
+  QAction *copyId = menu.addAction(tr("Copy id"));
+  copyId->setEnabled(pointed.isValid());
+  QAction *copyLink = menu.addAction(tr("Copy link"));
+  copyLink->setEnabled(!link.isEmpty());
+  menu.addSeparator();
   QAction *snooze = menu.addAction(tr("Snooze…"));
   QAction *wake = menu.addAction(tr("Wake up"));
   wake->setEnabled(view.AnySnoozedSelected());
   const QAction *chosen = menu.exec(view.asgTickets->viewport()->mapToGlobal(position));
+  if (chosen == open)
+    QDesktopServices::openUrl(QUrl(link));
+  else if (chosen == copyId)
+    QGuiApplication::clipboard()->setText(pointed.data(TTicketsModel::TicketIdRole).toString());
+  else if (chosen == copyLink)
+    QGuiApplication::clipboard()->setText(link);
   QDate until;
   if (chosen == snooze && AskSnooze(static_cast<int>(tickets.size()), until, this) &&
       FState.SnoozeTickets(tickets, until))
@@ -199,18 +218,18 @@ TTask<> TfrmMain::bbtSendMailClick()
       *FProgress, [this](const TMailConfirmation &confirmation) { return ConfirmRecipients(confirmation, this); },
       [this](const QStringList &earlier) { return ConfirmResend(earlier, this); });
   if (mails.isEmpty()) {
-    statusBar()->showMessage(FState.FHtmlContent.isEmpty()
+    statusBar()->showMessage(!FState.HasReport()
                                  ? tr("Nothing sent: generate the report first (\"Generate Mail\")")
                                  : tr("Nothing sent"));
     co_return;
   }
   const QString through = tr("through %1 at %2")
-                              .arg(SmtpServerName(FState.FSmtp), QTime::currentTime().toString(QStringLiteral("HH:mm")));
-  if (FState.FDelivery.Mode == TDeliveryMode::Report && mails.size() == 1 &&
+                              .arg(SmtpServerName(FState.Smtp()), QTime::currentTime().toString(QStringLiteral("HH:mm")));
+  if (FState.Delivery().Mode == TDeliveryMode::Report && mails.size() == 1 &&
       mails.first().startsWith(QLatin1String("Mail to"))) {
-    QStringList receivers{FState.FSmtp.DefaultTo.trimmed()};
-    if (!FState.FSmtp.DefaultCC.trimmed().isEmpty())
-      receivers.append(FState.FSmtp.DefaultCC.trimmed());
+    QStringList receivers{FState.Smtp().DefaultTo.trimmed()};
+    if (!FState.Smtp().DefaultCC.trimmed().isEmpty())
+      receivers.append(FState.Smtp().DefaultCC.trimmed());
     statusBar()->showMessage(tr("Report sent to %1 %2").arg(receivers.join(tr(" and ")), through));
   } else {
     statusBar()->showMessage(mails.size() == 1 ? mails.first() : tr("%1 mails sent %2").arg(mails.size()).arg(through));
@@ -220,9 +239,7 @@ TTask<> TfrmMain::bbtSendMailClick()
 TTask<> TfrmMain::bbtTextsClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtTextsClick");
-  const bool changed = EditHtmlTexts(FState.FHtmlTexts, this);
-  if (changed)
-    FState.SaveHtmlTexts();
+  const bool changed = FState.EditTexts([this](tyHtmlTexts &texts) { return EditHtmlTexts(texts, this); });
   ShowSettingsResult(changed, tr("Texts"));
   co_return;
 }
@@ -230,11 +247,8 @@ TTask<> TfrmMain::bbtTextsClick()
 TTask<> TfrmMain::bbtSmtpServerClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtSmtpServerClick");
-  const bool changed = ConfigureSMTPserver(FState.FSmtp, FState.FDelivery, this);
-  if (changed) {
-    FState.SaveConfigSMTP();
-    FState.SaveConfigDelivery();
-  }
+  const bool changed = FState.EditMailSettings(
+      [this](tySMTPserver &smtp, tyDelivery &delivery) { return ConfigureSMTPserver(smtp, delivery, this); });
   ShowSettingsResult(changed, tr("SMTP settings"));
   co_return;
 }
@@ -314,8 +328,8 @@ void TfrmMain::SetStepRunning(bool running)
 
 void TfrmMain::UpdateButtons()
 {
-  bbtSendMail->setEnabled(!FStepRunning && !FState.FHtmlContent.isEmpty());
-  bbtSaveGrid->setEnabled(!FStepRunning && FState.FTicketsGrid.rowCount() > 0);
+  bbtSendMail->setEnabled(!FStepRunning && FState.HasReport());
+  bbtSaveGrid->setEnabled(!FStepRunning && FState.Grid().rowCount() > 0);
 }
 
 void TfrmMain::closeEvent(QCloseEvent *event)
@@ -403,7 +417,9 @@ TTask<> TfrmMain::bbtQuorvexItsmApiClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtQuorvexItsmApiClick");
   const bool changed =
-      FState.EditServiceSettings([this](tyQuorvexITSM &settings) { return SetQuorvexItsmConfig(settings, this); });
+      FState.EditServiceSettings([this, firstStart = !QFileInfo::exists(FState.SettingsFile())](tyQuorvexITSM &settings) {
+        return SetQuorvexItsmConfig(settings, this, firstStart);
+      });
   ShowSettingsResult(changed, tr("Service settings"));
   co_return;
 }
@@ -411,9 +427,9 @@ TTask<> TfrmMain::bbtQuorvexItsmApiClick()
 TTask<> TfrmMain::bbtFilterClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtFilterClick");
-  const bool changed = EditFilters(FState.FNbMinutes, FState.FNbDays, FState.FStatusToIgnore, this);
-  if (changed)
-    FState.SaveConfigFilters();
+  const bool changed = FState.EditFilters([this](std::int32_t &nbMinutes, std::int32_t &nbDays, QStringList &statusToIgnore) {
+    return EditFilters(nbMinutes, nbDays, statusToIgnore, this);
+  });
   ShowSettingsResult(changed, tr("Filters"));
   co_return;
 }

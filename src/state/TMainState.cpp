@@ -6,6 +6,7 @@
 #include "core/Errors.h"
 #include "core/ExtraAuthorities.h"
 #include "core/Settings.h"
+#include "core/TextFiles.h"
 #include "core/Trace.h"
 #include "core/RunLog.h"
 #include "core/uTools.h"
@@ -61,6 +62,70 @@ bool TMainState::EditServiceSettings(const TEditApi &editApi)
   SetConfiguredAuthorities(FICI.CaFile);
   SaveConfigITSM();
   return true;
+}
+
+bool TMainState::EditMailSettings(const std::function<bool(tySMTPserver &, tyDelivery &)> &edit)
+{
+  tySMTPserver smtp = FSmtp;
+  tyDelivery delivery = FDelivery;
+  if (!edit(smtp, delivery))
+    return false;
+  FSmtp = std::move(smtp);
+  FDelivery = std::move(delivery);
+  SaveConfigSMTP();
+  SaveConfigDelivery();
+  return true;
+}
+
+bool TMainState::EditFilters(const std::function<bool(std::int32_t &, std::int32_t &, QStringList &)> &edit)
+{
+  std::int32_t nbMinutes = FNbMinutes;
+  std::int32_t nbDays = FNbDays;
+  QStringList statusToIgnore = FStatusToIgnore;
+  if (!edit(nbMinutes, nbDays, statusToIgnore))
+    return false;
+  FNbMinutes = nbMinutes;
+  FNbDays = nbDays;
+  FStatusToIgnore = std::move(statusToIgnore);
+  SaveConfigFilters();
+  return true;
+}
+
+bool TMainState::EditTexts(const std::function<bool(tyHtmlTexts &)> &edit)
+{
+  tyHtmlTexts texts = FHtmlTexts;
+  if (!edit(texts))
+    return false;
+  FHtmlTexts = std::move(texts);
+  SaveHtmlTexts();
+  return true;
+}
+
+void TMainState::SetTicketsForTest(tyRestTickets tickets)
+{
+  FTickets = std::move(tickets);
+  FTicketsGrid.SetTickets(FTickets);
+}
+
+void TMainState::BeginUnattendedRun(bool dryRun)
+{
+  FAutomatic = true;
+  FDryRun = dryRun;
+}
+
+void TMainState::BeginRunLog()
+{
+  FslLog = {LogLine(QStringLiteral(" - BEGIN"))};
+}
+
+void TMainState::AppendLog(const QString &text)
+{
+  FslLog.append(LogLine(text));
+}
+
+void TMainState::SaveRunLog()
+{
+  FLogFile = SaveLinesAsNewFile(FLogFile, FslLog, QStringLiteral("\n"));
 }
 
 TColourStore &TMainState::Colours()

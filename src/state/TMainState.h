@@ -58,21 +58,9 @@ public:
   // Ends the trace with the name of its log file.
   void FormDestroy();
 
-  void InitFichIniLocation();
+  // Each reads its settings group anew from the settings file.
   void ReadConfigITSM();
-  void ReadConfigSMTP();
-  void ReadConfigDelivery();
   void ReadConfigOrgaAndTeams();
-  void ReadConfigFilters();
-  void SaveConfigITSM();
-  void SaveConfigSMTP();
-  void SaveConfigDelivery();
-  void SaveConfigOrgaAndTeams();
-  void SaveConfigFilters();
-  void SavePriorities();
-  void SaveStatus();
-  void ReadHtmlTexts();
-  void SaveHtmlTexts();
 
   // The service settings, edited on a copy and saved on OK. A change of the
   // connection or the credentials drops the saved token.
@@ -157,6 +145,67 @@ public:
   // Trace log path: the settings folder + the executable name with ".log".
   QString TraceLogFile() const;
 
+  // What the session holds, read by the window, the unattended run and tests.
+  const QString &SettingsFile() const { return FFichINI; }
+  const tyQuorvexITSM &Service() const { return FICI; }
+  const tySMTPserver &Smtp() const { return FSmtp; }
+  const tyDelivery &Delivery() const { return FDelivery; }
+  const tyHtmlTexts &Texts() const { return FHtmlTexts; }
+  const QStringList &StatusToIgnore() const { return FStatusToIgnore; }
+  const tyRestOperators &Operators() const { return FOperators; }
+  const tyRestTeamsOperators &TeamsOperators() const { return FTeamsOperators; }
+  // The tickets of the last complete or partial retrieval, and the grid showing
+  // them (the view needs a model it can sort).
+  const tyRestTickets &Tickets() const { return FTickets; }
+  const QDateTime &TicketsRetrievedAt() const { return FExtractionTickets; }
+  TTicketsModel &Grid() { return FTicketsGrid; }
+  // The last generated report's page, its receivers and its counts.
+  bool HasReport() const { return !FHtmlContent.isEmpty(); }
+  const QStringList &ReportHtml() const { return FHtmlContent; }
+  const QStringList &RecipientsTo() const { return FSlRecipientTo; }
+  const QStringList &RecipientsCc() const { return FSlRecipientCc; }
+  std::int32_t UnassignedCount() const { return FNbUnassigned; }
+  std::int32_t WithoutUpdateCount() const { return FNbWithoutUpdate; }
+  std::int32_t Gt10ExchangesCount() const { return FNbGt10Exch; }
+  // Puts `tickets` in the list and the grid as a retrieval would, for the
+  // window's tests, which have no service to retrieve them from.
+  void SetTicketsForTest(tyRestTickets tickets);
+  // The run log and the file it is saved to.
+  const QStringList &RunLog() const { return FslLog; }
+  QString LogFile() const { return FLogFile; }
+
+  // Settings edited on a copy by a dialog; saved when it returns true.
+  bool EditMailSettings(const std::function<bool(tySMTPserver &smtp, tyDelivery &delivery)> &edit);
+  bool EditFilters(const std::function<bool(std::int32_t &nbMinutes, std::int32_t &nbDays, QStringList &statusToIgnore)> &edit);
+  bool EditTexts(const std::function<bool(tyHtmlTexts &texts)> &edit);
+
+  // An unattended run: from now on nobody is asked anything, and a dry run
+  // writes the mails as files and sends nothing.
+  void BeginUnattendedRun(bool dryRun);
+  // Starts the run log anew with its BEGIN line.
+  void BeginRunLog();
+  // One line of the run log, stamped with the time.
+  void AppendLog(const QString &text);
+  // Saves the run log as a new file beside the previous ones (two runs started
+  // in the same second keep a log each); EQuorvexError when it cannot be.
+  void SaveRunLog();
+
+private:
+  void InitFichIniLocation();
+  void ReadConfigSMTP();
+  void ReadConfigDelivery();
+  void ReadConfigFilters();
+  void ReadHtmlTexts();
+  // Each writes its settings group from the session's values.
+  void SaveConfigITSM();
+  void SaveConfigSMTP();
+  void SaveConfigDelivery();
+  void SaveConfigOrgaAndTeams();
+  void SaveConfigFilters();
+  void SavePriorities();
+  void SaveStatus();
+  void SaveHtmlTexts();
+
   tyRestOrganizations FOrganizations;
   tyRestTeams FTeams;
   tyRestOperators FOperators;
@@ -191,7 +240,7 @@ public:
   tyQuorvexITSM FICI;
   TTicketsModel FTicketsGrid; // the ticket grid's content
 
-private:
+
   void Warn(const QStringList &warnings) const;
   // Clears the failures of the previous step; a person's step may renew a
   // refused token again, an unattended run only once in all.

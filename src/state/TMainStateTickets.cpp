@@ -250,6 +250,7 @@ TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
   for (const tyRestOrganization &organization : std::as_const(FSelectedOrganizations))
     if (organization.id <= 0)
       FUncomparedOrganizations.append(organization);
+  FTicketsGrid.SetServiceUrl(TdmRest::GetQuorvexItsmUrl(FICI));
   FTicketsGrid.SetTickets(FTickets);
   if (!FAutomatic)
     MarkGrid();

@@ -3,8 +3,6 @@
 #include "TMainState.h"
 #include "core/Errors.h"
 #include "core/StopRequest.h"
-#include "core/RunLog.h"
-#include "core/TextFiles.h"
 #include "core/Trace.h"
 
 #include <cstdio>
@@ -15,7 +13,7 @@ namespace {
 // stderr).
 void Fail(TMainState &state, const QString &message)
 {
-  state.FslLog.append(LogLine(QStringLiteral(" - ERROR ") + message));
+  state.AppendLog(QStringLiteral(" - ERROR ") + message);
   TraceFailure(lcApp(), message);
 }
 
@@ -28,7 +26,7 @@ void LogFailures(TMainState &state, const TStepFailures &failures)
       Fail(state, failure.LogText());
       continue;
     }
-    state.FslLog.append(LogLine(QStringLiteral(" - WARNING ") + failure.LogText()));
+    state.AppendLog(QStringLiteral(" - WARNING ") + failure.LogText());
     qCDebug(lcApp()).noquote() << QStringLiteral("WARNING ") + failure.LogText();
   }
 }
@@ -37,8 +35,7 @@ void LogFailures(TMainState &state, const TStepFailures &failures)
 TExitStatus SaveLog(TMainState &state, TExitStatus status)
 {
   try {
-    // Two runs started in the same second keep a log each.
-    state.FLogFile = SaveLinesAsNewFile(state.FLogFile, state.FslLog, QStringLiteral("\n"));
+    state.SaveRunLog();
   } catch (const EQuorvexError &error) {
     std::fprintf(stderr, "%s\n", qPrintable(error.Message()));
     return CExitStepFailed;
@@ -69,23 +66,20 @@ private:
 TTask<TExitStatus> RunUnattended(TMainState &state, TLoadingProgress &progress, TUnattendedOptions options)
 {
   const TraceScope trace(lcApp(), "Session.RunUnattended");
-  QStringList &log = state.FslLog;
-  log.clear();
-  log.append(LogLine(QStringLiteral(" - BEGIN")));
+  state.BeginRunLog();
   if (options.ShowAutomaticMode)
     options.ShowAutomaticMode(true);
-  state.FAutomatic = true;
-  state.FDryRun = options.DryRun;
+  state.BeginUnattendedRun(options.DryRun);
   state.SetRequestDeadline(options.Deadline);
   state.SetStopRequest(options.Stop);
   state.SetResend(options.Resend);
   auto stopped = [&options] { return options.Stop && options.Stop->IsRequested(); };
 
-  TLogEcho echo(log, options);
+  TLogEcho echo(state.RunLog(), options);
   echo.Flush();
   TExitStatus status = CExitOk;
   try {
-    log.append(LogLine(QStringLiteral(" - Retrieve all tickets")));
+    state.AppendLog(QStringLiteral(" - Retrieve all tickets"));
     echo.Flush();
     co_await state.RetrieveTickets(progress);
     if (!state.RetrievalFailures().isEmpty())
@@ -93,20 +87,20 @@ TTask<TExitStatus> RunUnattended(TMainState &state, TLoadingProgress &progress, 
     LogFailures(state, state.RetrievalFailures());
     if (stopped())
       throw EQuorvexError(QStringLiteral("Stopped by %1 during the retrieval: no report was sent").arg(options.Stop->Reason()));
-    log.append(LogLine(QStringLiteral(" - Generate email")));
+    state.AppendLog(QStringLiteral(" - Generate email"));
     echo.Flush();
     co_await state.GenerateReport();
     LogFailures(state, state.TakeStepFailures());
     if (!state.RecipientsUnknown().isEmpty() && status == CExitOk)
       status = CExitIncomplete;
-    log.append(LogLine(QStringLiteral(" - * Unassigned: ") + QString::number(state.FNbUnassigned)));
-    log.append(LogLine(QStringLiteral(" - * Without update: ") + QString::number(state.FNbWithoutUpdate)));
-    log.append(LogLine(QStringLiteral(" - * >10 exchanges: ") + QString::number(state.FNbGt10Exch)));
-    if (state.Report().Remembers && state.FDelivery.FollowUp.EscalateAfter >= 2)
-      log.append(LogLine(QStringLiteral(" - * Escalated: ") + QString::number(state.Report().NbEscalated)));
-    log.append(LogLine(QStringLiteral(" - * To: ") + QString::number(state.FSlRecipientTo.size())));
-    log.append(LogLine(QStringLiteral(" - * Cc: ") + QString::number(state.FSlRecipientCc.size())));
-    log.append(LogLine(QStringLiteral(" - Send email")));
+    state.AppendLog(QStringLiteral(" - * Unassigned: ") + QString::number(state.UnassignedCount()));
+    state.AppendLog(QStringLiteral(" - * Without update: ") + QString::number(state.WithoutUpdateCount()));
+    state.AppendLog(QStringLiteral(" - * >10 exchanges: ") + QString::number(state.Gt10ExchangesCount()));
+    if (state.Report().Remembers && state.Delivery().FollowUp.EscalateAfter >= 2)
+      state.AppendLog(QStringLiteral(" - * Escalated: ") + QString::number(state.Report().NbEscalated));
+    state.AppendLog(QStringLiteral(" - * To: ") + QString::number(state.RecipientsTo().size()));
+    state.AppendLog(QStringLiteral(" - * Cc: ") + QString::number(state.RecipientsCc().size()));
+    state.AppendLog(QStringLiteral(" - Send email"));
     echo.Flush();
     co_await state.SendReport(progress);
     const TStepFailures notServed = state.TakeStepFailures();
@@ -117,7 +111,7 @@ TTask<TExitStatus> RunUnattended(TMainState &state, TLoadingProgress &progress, 
                       : QStringLiteral("Stopped by %1: the mails and recipients above were not served").arg(options.Stop->Reason()));
     if (!notServed.isEmpty() || stopped())
       status = CExitStepFailed;
-    log.append(LogLine(QStringLiteral(" - END")));
+    state.AppendLog(QStringLiteral(" - END"));
   } catch (const EQuorvexError &error) {
     Fail(state, error.Message());
     status = CExitStepFailed;
@@ -132,10 +126,9 @@ TTask<TExitStatus> RunUnattended(TMainState &state, TLoadingProgress &progress, 
 
 void SaveStartFailureLog(TMainState &state, const QString &message, const TUnattendedOptions &options)
 {
-  state.FslLog.clear();
-  state.FslLog.append(LogLine(QStringLiteral(" - BEGIN")));
+  state.BeginRunLog();
   Fail(state, message);
-  TLogEcho(state.FslLog, options).Flush();
-  if (!state.FLogFile.isEmpty())
+  TLogEcho(state.RunLog(), options).Flush();
+  if (!state.LogFile().isEmpty())
     SaveLog(state, CExitStepFailed);
 }

@@ -38,13 +38,13 @@ struct TUnattendedOptions
 };
 
 // The daily routine without a person, as the buttons would run it: retrieve the
-// tickets, generate the report, send it, and save the run log (FslLog) to
-// FLogFile. Never waits for anyone: an error is logged as an ERROR line, the log
+// tickets, generate the report, send it, and save the session's run log to its
+// LogFile(). Never waits for anyone: an error is logged as an ERROR line, the log
 // is still saved, the message goes to stderr, and the status says what happened.
 // The run goes on as the service and the mail server answer; the caller's event
 // loop runs meanwhile.
 TTask<TExitStatus> RunUnattended(TMainState &state, TLoadingProgress &progress, TUnattendedOptions options);
 
 // The run log of an unattended run that could not even start (the settings
-// could not be read): BEGIN and the ERROR line, saved to FLogFile when known.
+// could not be read): BEGIN and the ERROR line, saved to LogFile() when known.
 void SaveStartFailureLog(TMainState &state, const QString &message, const TUnattendedOptions &options);

@@ -3,10 +3,12 @@
 #include "state/TMainState.h"
 #include "support/OfflineRest.h"
 #include "support/TempConfig.h"
+#include "tickets/SelectionSettings.h"
 #include "tickets/TicketsModel.h"
 #include "tickets/gui/TfrmLoading.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -56,6 +58,11 @@ protected:
   {
     QTest::mouseClick(button, Qt::LeftButton);
     EXPECT_TRUE(QTest::qWaitFor([this] { return FWindow->bbtGetTickets->isEnabled(); }, 30000));
+  }
+
+  void SetSmtp(const tySMTPserver &smtp)
+  {
+    FState.EditMailSettings([&smtp](tySMTPserver &edited, tyDelivery &) { edited = smtp; return true; });
   }
 
   TTempConfig FConfig;
@@ -123,7 +130,7 @@ TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)
 {
   TSmtpTestServer server({});
   ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
-  FState.FSmtp = {"127.0.0.1", server.Port(), false, "", "", "leads@vellmor.example", "itsm@vellmor.example", ""};
+  SetSmtp({"127.0.0.1", server.Port(), false, "", "", "leads@vellmor.example", "itsm@vellmor.example", ""});
   EXPECT_FALSE(FWindow->bbtSendMail->isEnabled()); // no report yet
   EXPECT_FALSE(FWindow->bbtSaveGrid->isEnabled()); // no ticket yet
 
@@ -160,8 +167,7 @@ TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)
 // Escape: nothing), proposes a dated name, adds ".xlsx" and keeps the grid's order.
 TEST_F(MainWindow, TheGridSortsAndSearchesItsViewAndSavesWhatItShows)
 {
-  FState.FTickets = {Ticket(4521, "Printer", false), Ticket(99, "VPN slow", false), Ticket(17, "VPN down", true)};
-  FState.FTicketsGrid.SetTickets(FState.FTickets);
+  FState.SetTicketsForTest({Ticket(4521, "Printer", false), Ticket(99, "VPN slow", false), Ticket(17, "VPN down", true)});
   ClickStep(FWindow->bbtGenerateMail); // any step brings the buttons up to date
   ASSERT_TRUE(FWindow->bbtSaveGrid->isEnabled());
   auto *grid = FWindow->findChild<QTableView *>("asgTickets");
@@ -172,7 +178,7 @@ TEST_F(MainWindow, TheGridSortsAndSearchesItsViewAndSavesWhatItShows)
   const QAbstractItemModel *shown = grid->model();
   EXPECT_EQ(shown->rowCount(), 2);
   EXPECT_FALSE(shown->data(shown->index(0, TTicketsModel::colType), Qt::DecorationRole).value<QIcon>().isNull());
-  EXPECT_EQ(FState.FTicketsGrid.data(FState.FTicketsGrid.index(0, TTicketsModel::colId)).toInt(), 4521);
+  EXPECT_EQ(FState.Grid().data(FState.Grid().index(0, TTicketsModel::colId)).toInt(), 4521);
 
   const struct
   {
@@ -230,7 +236,7 @@ TEST_F(MainWindow, MailIsSentOffTheWindowThreadWithEveryButtonOff)
 {
   QTcpServer silent; // accepts, never answers
   ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
-  FState.FSmtp = {"127.0.0.1", silent.serverPort(), false, "", "", "leads@vellmor.example", "", ""};
+  SetSmtp({"127.0.0.1", silent.serverPort(), false, "", "", "leads@vellmor.example", "", ""});
   ClickStep(FWindow->bbtGenerateMail);
 
   bool seen = false;
@@ -277,10 +283,9 @@ TEST_F(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)
 
 // A right click on the grid takes the selected tickets off the report until they
 // change, and puts them back; the grid shows it at once.
-TEST_F(MainWindow, TheGridsMenuSnoozesAndWakesTheSelectedTickets)
+TEST_F(MainWindow, TheGridsMenuSnoozesWakesAndCopiesTheTicket)
 {
-  FState.FTickets = {Ticket(24012, "printer", false), Ticket(24013, "vpn", false)};
-  FState.FTicketsGrid.SetTickets(FState.FTickets);
+  FState.SetTicketsForTest({Ticket(24012, "printer", false), Ticket(24013, "vpn", false)});
   auto *grid = FWindow->findChild<QTableView *>("asgTickets");
   grid->selectRow(1);
   const QModelIndex listed = grid->model()->index(1, TTicketsModel::colListed);
@@ -312,6 +317,8 @@ TEST_F(MainWindow, TheGridsMenuSnoozesAndWakesTheSelectedTickets)
   choose("Wake up", false);
   EXPECT_EQ(listed.data().toString(), "");
   EXPECT_EQ(FWindow->statusBar()->currentMessage(), "1 ticket(s) back on the report");
+  choose("Copy id", false);
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), "24013");
 }
 
 // "Get tickets" against a service that never answers: Escape in the progress
@@ -321,10 +328,14 @@ TEST_F(MainWindow, EscapeCancelsAStepThatWaitsForAServiceThatNeverAnswers)
 {
   QTcpServer silent; // accepts, never answers
   ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
-  FState.FICI.Instance = QStringLiteral("127.0.0.1:%1").arg(silent.serverPort());
-  FState.FICI.SaaS = false;
-  FState.FICI.API.ClientID = "client";
-  FState.FSelectedOrganizations = {tyRestOrganization{1, "Acme", false, false, true}};
+  FState.EditServiceSettings([&silent](tyQuorvexITSM &settings) {
+    settings.Instance = QStringLiteral("127.0.0.1:%1").arg(silent.serverPort());
+    settings.SaaS = false;
+    settings.API.ClientID = "client";
+    return true;
+  });
+  SaveConfigOrgaAndTeams(FState.SettingsFile(), {tyRestOrganization{1, "Acme", false, false, true}}, {});
+  FState.ReadConfigOrgaAndTeams();
   QElapsedTimer sinceCancel;
   QObject::connect(&silent, &QTcpServer::newConnection, [&] {
     const TfrmLoading *progress = VisibleProgress(FWindow.get());
@@ -351,8 +362,7 @@ TEST_F(MainWindow, TheSearchIgnoresAccentsCountsWhatItShowsAndTabLeavesTheGrid)
 {
   tyRestTicket screen = Ticket(1, QString::fromUtf8("Écran noir au démarrage"), false);
   screen.organization.name = QString(120, u'N');
-  FState.FTickets = {screen, Ticket(2, "VPN down", false)};
-  FState.FTicketsGrid.SetTickets(FState.FTickets);
+  FState.SetTicketsForTest({screen, Ticket(2, "VPN down", false)});
   auto *grid = FWindow->findChild<QTableView *>("asgTickets");
   auto *search = FWindow->findChild<QLineEdit *>("edtSearch");
   auto *count = FWindow->findChild<QLabel *>("lblCount");

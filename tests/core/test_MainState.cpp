@@ -22,10 +22,10 @@ TEST(MainState, DamagedSecretIsReportedToThePerson)
     TOfflineRest offline;
     TMainState state("quorvex-followup", offline.Rest, [&](const QString &w) { warnings << w; });
     state.FormCreate();
-    EXPECT_EQ(state.FFichINI, ini);
-    EXPECT_TRUE(state.FLogFile.startsWith(config.SettingsFolder() + "quorvex-followup_"));
-    EXPECT_EQ(state.FStatusToIgnore, QStringList{"Planned (without SLA)"});
-    EXPECT_EQ(state.FICI.Instance, damaged ? "blue" : "acme");
+    EXPECT_EQ(state.SettingsFile(), ini);
+    EXPECT_TRUE(state.LogFile().startsWith(config.SettingsFolder() + "quorvex-followup_"));
+    EXPECT_EQ(state.StatusToIgnore(), QStringList{"Planned (without SLA)"});
+    EXPECT_EQ(state.Service().Instance, damaged ? "blue" : "acme");
     ASSERT_EQ(warnings.size(), damaged ? 1 : 0);
     if (damaged) {
       EXPECT_TRUE(warnings[0].contains("\"Password\"") && warnings[0].contains(ini)) << warnings[0].toStdString();
@@ -33,5 +33,32 @@ TEST(MainState, DamagedSecretIsReportedToThePerson)
     state.FormDestroy();
     const QString trace = ReadTextFile(config.SettingsFolder() + "quorvex-followup.log");
     EXPECT_TRUE(trace.contains("Entering Session.FormCreate"));
+  }
+}
+
+// A settings dialog edits a copy: Cancel leaves the session and the file as they
+// were, OK keeps the change and saves it for the next start.
+TEST(MainState, SettingsDialogsKeepAndSaveOnlyWhatIsAccepted)
+{
+  TTempConfig config;
+  TOfflineRest offline;
+  for (const bool ok : {false, true}) {
+    TMainState state("quorvex-followup", offline.Rest);
+    state.FormCreate();
+    state.EditMailSettings([ok](tySMTPserver &smtp, tyDelivery &delivery) {
+      smtp.DefaultTo = "lead@vellmor.example";
+      delivery.Mode = TDeliveryMode::Personal;
+      return ok;
+    });
+    state.EditFilters([ok](std::int32_t &, std::int32_t &, QStringList &ignored) { ignored = {"Done"}; return ok; });
+    state.EditTexts([ok](tyHtmlTexts &texts) { texts.More10 = {"Busy"}; return ok; });
+    TMainState next("quorvex-followup", offline.Rest);
+    next.FormCreate();
+    for (const TMainState *session : {&state, &next}) {
+      EXPECT_EQ(session->Smtp().DefaultTo == "lead@vellmor.example", ok);
+      EXPECT_EQ(session->Delivery().Mode == TDeliveryMode::Personal, ok);
+      EXPECT_EQ(session->StatusToIgnore() == QStringList{"Done"}, ok);
+      EXPECT_EQ(session->Texts().More10 == QStringList{"Busy"}, ok);
+    }
   }
 }

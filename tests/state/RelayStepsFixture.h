@@ -11,10 +11,13 @@ protected:
   RelayStepsFixture()
   {
     SelectAll();
-    FState->FSmtp.Server = "127.0.0.1";
-    FState->FSmtp.Port = FRelay.Port();
-    FState->FSmtp.UseSSL = false;
-    FState->FDelivery.Mode = TDeliveryMode::Concerned;
+    FState->EditMailSettings([this](tySMTPserver &smtp, tyDelivery &delivery) {
+      smtp.Server = "127.0.0.1";
+      smtp.Port = FRelay.Port();
+      smtp.UseSSL = false;
+      delivery.Mode = TDeliveryMode::Concerned;
+      return true;
+    });
   }
 
   TSmtpTestServer FRelay{TSmtpTestServer::TOptions{}};

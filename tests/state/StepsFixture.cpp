@@ -1,6 +1,7 @@
 #include "StepsFixture.h"
 
 #include "core/Trace.h"
+#include "tickets/SelectionSettings.h"
 
 #include <QJsonArray>
 
@@ -83,13 +84,19 @@ StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeT
   FRest = std::make_unique<TdmRest>(FManager);
   FState = std::make_unique<TMainState>(QStringLiteral("quorvex-followup"), *FRest);
   FState->FormCreate();
-  FState->FICI.SaaS = false;
-  FState->FICI.Instance = FService.Instance();
-  FState->FICI.API.ClientID = QStringLiteral("client");
-  FState->FICI.API.ClientSecret = QStringLiteral("secret");
-  FState->FICI.API.Username = QStringLiteral("lead");
-  FState->FICI.API.Password = QStringLiteral("pw");
-  FState->FSmtp.DefaultTo = QStringLiteral("leads@vellmor.example");
+  FState->EditServiceSettings([this](tyQuorvexITSM &ici) {
+    ici.SaaS = false;
+    ici.Instance = FService.Instance();
+    ici.API.ClientID = QStringLiteral("client");
+    ici.API.ClientSecret = QStringLiteral("secret");
+    ici.API.Username = QStringLiteral("lead");
+    ici.API.Password = QStringLiteral("pw");
+    return true;
+  });
+  FState->EditMailSettings([](tySMTPserver &smtp, tyDelivery &) {
+    smtp.DefaultTo = QStringLiteral("leads@vellmor.example");
+    return true;
+  });
 }
 
 StepsFixture::~StepsFixture()
@@ -98,10 +105,18 @@ StepsFixture::~StepsFixture()
   qunsetenv("QUORVEX_EXTRA_CA_CERTS");
 }
 
-void StepsFixture::SelectAll()
+void StepsFixture::Restart()
 {
-  FState->FSelectedOrganizations = {{1, "Acme", false, false, true}, {2, "Beta & Co", false, false, true}};
-  FState->FSelectedTeams = {tyRestTeam{10, {}, QStringLiteral("Desk"), {}, {}}};
+  FState->FormDestroy();
+  FState = std::make_unique<TMainState>(QStringLiteral("quorvex-followup"), *FRest);
+  FState->FormCreate();
 }
 
-QString StepsFixture::IniText() const { return ReadTextFile(FState->FFichINI); }
+void StepsFixture::SelectAll()
+{
+  SaveConfigOrgaAndTeams(FState->SettingsFile(), {{1, "Acme", false, false, true}, {2, "Beta & Co", false, false, true}},
+                         {tyRestTeam{10, {}, QStringLiteral("Desk"), {}, {}}});
+  FState->ReadConfigOrgaAndTeams();
+}
+
+QString StepsFixture::IniText() const { return ReadTextFile(FState->SettingsFile()); }

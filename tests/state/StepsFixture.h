@@ -40,6 +40,8 @@ protected:
   // Selects organizations 1 and 2 and team 10.
   void SelectAll();
   QString IniText() const;
+  // A new session on the same settings, as at the program's next start.
+  void Restart();
 
   TTempConfig FConfig;
   TDemoService FService;

@@ -22,9 +22,12 @@ class FollowUpTest : public RelayStepsFixture
 protected:
   FollowUpTest()
   {
-    FState->FDelivery.AttachWorkbook = true;
-    FState->FDelivery.FollowUp.EscalateAfter = 2;
-    FState->FDelivery.FollowUp.EscalateTo = "boss@vellmor.example";
+    FState->EditMailSettings([](tySMTPserver &, tyDelivery &delivery) {
+      delivery.AttachWorkbook = true;
+      delivery.FollowUp.EscalateAfter = 2;
+      delivery.FollowUp.EscalateTo = "boss@vellmor.example";
+      return true;
+    });
     // Besides 11 (unassigned, stale), 12 and 13 (notices) and 21 (fresh):
     // 15 stale, 16 unassigned, 17 and 18 stale, 22 stale at Beta & Co.
     Add(15, 1, "Bob", 2, 40, 30);
@@ -170,7 +173,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
         EXPECT_EQ(shown, run.UnassignedSheet);
       }
   }
-  EXPECT_TRUE(ReadTextFile(FState->FLogFile).contains(" - * Escalated: 4"));
+  EXPECT_TRUE(ReadTextFile(FState->LogFile()).contains(" - * Escalated: 4"));
   const QStringList history = HistoryLines(History().LastRuns(10));
   ASSERT_EQ(history.size(), 3);
   EXPECT_TRUE(history[0].contains("concerned  complete  2 unassigned, 3 without update, 1 with ten exchanges  1 new, "
@@ -184,7 +187,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
 // A report nobody received is not one the next report compares with.
 TEST_F(FollowUpTest, AReportWhoseEveryMailFailedIsNotRemembered)
 {
-  FState->FSmtp.Port = UnusedPort();
+  FState->EditMailSettings([](tySMTPserver &smtp, tyDelivery &) { smtp.Port = UnusedPort(); return true; });
   TUnattendedOptions options;
   EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
   EXPECT_TRUE(History().LastRuns(10).isEmpty());

@@ -41,7 +41,7 @@ TEST_F(MailStepsTest, AnAddressThatCouldCarrySmtpCommandsNeverReachesTheRelay)
   EXPECT_EQ(messages[0]["rcpt_tos"].toArray().toVariantList(),
             (QVariantList{"dee@example.org", "leads@vellmor.example"}));
   EXPECT_EQ(messages[0]["headers"]["To"].toString(), "dee@example.org");
-  const QString log = ReadTextFile(FState->FLogFile);
+  const QString log = ReadTextFile(FState->LogFile());
   EXPECT_TRUE(log.contains(" - WARNING Operator 1 (), field notificationEmail: the address \"ann@example.org>\\x0d\\x0aRSET"))
       << log.toStdString();
   EXPECT_TRUE(log.contains(" - WARNING Operator 2 (), field notificationEmail: the address \"bob@example.org, "
@@ -70,13 +70,12 @@ TEST_F(MailStepsTest, AnOperatorsListThatCannotBeReadSendsToTheDefaultsAndIsInco
   for (const auto &c : cases) {
     SCOPED_TRACE(c.Status);
     Operators(c.Body, c.Status);
-    FState->FOperators.clear();
-    FState->FTeamsOperators.clear();
+    Restart(); // the operators asked anew
     const qsizetype before = FRelay.Messages().size();
     TUnattendedOptions options;
     options.Resend = true;
     EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
-    const QString log = ReadTextFile(FState->FLogFile);
+    const QString log = ReadTextFile(FState->LogFile());
     EXPECT_TRUE(log.contains(" - ERROR Operator list (the report's recipients): ")) << log.toStdString();
     EXPECT_TRUE(log.contains(c.Said)) << log.toStdString();
     ASSERT_EQ(FRelay.Messages().size(), before + 1);
@@ -93,7 +92,7 @@ TEST_F(MailStepsTest, AnOperatorsPageThatLeavesPeopleOutSaysHowMany)
   TUnattendedOptions options;
   options.DryRun = true;
   Await(RunUnattended(*FState, FProgress, options));
-  EXPECT_TRUE(ReadTextFile(FState->FLogFile)
+  EXPECT_TRUE(ReadTextFile(FState->LogFile())
                   .contains("announces 501 more operator(s) than its page of 1 holds: they were left out"));
 }
 
@@ -112,7 +111,7 @@ TEST_F(MailStepsTest, AStopDuringTheRetrievalCutsTheRequestsAndSendsNothing)
   clock.start();
   EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
   std::printf("the retrieval ended %lld ms after its start\n", static_cast<long long>(clock.elapsed()));
-  const QString log = ReadTextFile(FState->FLogFile);
+  const QString log = ReadTextFile(FState->LogFile());
   EXPECT_TRUE(log.contains("the run was stopped (SIGTERM) before")) << log.toStdString();
   EXPECT_TRUE(log.contains(" - ERROR Stopped by SIGTERM during the retrieval: no report was sent")) << log.toStdString();
   EXPECT_TRUE(FRelay.Messages().isEmpty());

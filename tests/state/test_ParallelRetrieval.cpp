@@ -46,29 +46,29 @@ protected:
   QStringList Run(int parallel, int exitCode = CExitOk)
   {
     FService.ClearRequests();
-    FState->FTeamsOperators.clear(); // asked anew, as by a run of its own
-    FState->FICI.ParallelRequests = parallel;
+    FState->EditServiceSettings([parallel](tyQuorvexITSM &s) { s.ParallelRequests = parallel; return true; });
+    Restart(); // the operators asked anew, as by a run of its own
     TUnattendedOptions options;
     options.DryRun = true;
     EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), exitCode);
     QStringList tickets;
-    for (const tyRestTicket &ticket : std::as_const(FState->FTickets))
+    for (const tyRestTicket &ticket : std::as_const(FState->Tickets()))
       tickets << QStringLiteral("%1%2").arg(ticket.id).arg(ticket.tenExchangesAdded ? "*" : "");
     QStringList grid;
-    const TTicketsModel &model = FState->FTicketsGrid;
+    const TTicketsModel &model = FState->Grid();
     for (int row = 0; row < model.rowCount(); ++row)
       for (int column = 0; column < model.columnCount(); ++column)
         grid << model.data(model.index(row, column)).toString();
-    return {tickets.join(u' '), WithoutTimes(grid.join(u'|')), WithoutTimes(FState->FHtmlContent.join(u'\n')),
-            WithoutTimes(ReadTextFile(FState->FLogFile))};
+    return {tickets.join(u' '), WithoutTimes(grid.join(u'|')), WithoutTimes(FState->ReportHtml().join(u'\n')),
+            WithoutTimes(ReadTextFile(FState->LogFile()))};
   }
 };
 
 TEST_F(ParallelRetrieval, FourAtATimeGiveWhatOneAtATimeGives)
 {
   const QStringList sequential = Run(1);
-  ASSERT_EQ(FState->FTickets.size(), 1204);
-  EXPECT_EQ(std::count_if(FState->FTickets.cbegin(), FState->FTickets.cend(),
+  ASSERT_EQ(FState->Tickets().size(), 1204);
+  EXPECT_EQ(std::count_if(FState->Tickets().cbegin(), FState->Tickets().cend(),
                           [](const tyRestTicket &ticket) { return ticket.tenExchangesAdded; }),
             2 + 13 + 13);
   EXPECT_EQ(AskedBeforeTheLastTicketPage(QStringLiteral("/api/operators/list")), 0);

@@ -35,9 +35,9 @@ protected:
     TUnattendedOptions options;
     options.DryRun = true;
     EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
-    EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("WARNING"));
-    EXPECT_TRUE(FState->FHtmlContent.join('\n').contains("This could not be checked"));
-    return ReadTextFile(FState->FLogFile);
+    EXPECT_TRUE(FState->ReportHtml().join('\n').contains("WARNING"));
+    EXPECT_TRUE(FState->ReportHtml().join('\n').contains("This could not be checked"));
+    return ReadTextFile(FState->LogFile());
   }
 
   QString TicketsUrl() const { return "https://" + FService.Instance() + CTicketsPath; }

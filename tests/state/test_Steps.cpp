@@ -29,22 +29,22 @@ TEST_F(StepsFixture, GetTicketsQueriesEachOrganizationThreeTimesAndFlagsTheNotic
   SelectAll();
   Await(FState->RetrieveTickets(FProgress));
 
-  EXPECT_EQ(Ids(FState->FTickets), (QList<std::int32_t>{11, 12, 13, 21}));
+  EXPECT_EQ(Ids(FState->Tickets()), (QList<std::int32_t>{11, 12, 13, 21}));
   // 12 carries the English notice, 13 the French one.
-  EXPECT_EQ((QList<bool>{FState->FTickets[0].tenExchangesAdded, FState->FTickets[1].tenExchangesAdded,
-                         FState->FTickets[2].tenExchangesAdded, FState->FTickets[3].tenExchangesAdded}),
+  EXPECT_EQ((QList<bool>{FState->Tickets()[0].tenExchangesAdded, FState->Tickets()[1].tenExchangesAdded,
+                         FState->Tickets()[2].tenExchangesAdded, FState->Tickets()[3].tenExchangesAdded}),
             (QList<bool>{false, true, true, false}));
-  EXPECT_EQ(FState->FTicketsGrid.rowCount(), 4);
+  EXPECT_EQ(FState->Grid().rowCount(), 4);
   EXPECT_TRUE(FState->RetrievalFailures().isEmpty());
 
   // The run log's lines are pinned end to end.
-  EXPECT_EQ(FState->FslLog.filter(" - * Nb tickets: 4").size(), 1) << FState->FslLog.join('\n').toStdString();
+  EXPECT_EQ(FState->RunLog().filter(" - * Nb tickets: 4").size(), 1) << FState->RunLog().join('\n').toStdString();
   EXPECT_EQ(FProgress.Calls[2], "bar 8/0");
   EXPECT_EQ(FProgress.Calls[FProgress.Calls.size() - 2], "bar 8/8");
   EXPECT_EQ(FProgress.Calls.last(), "hide");
 
   // The renewed token is kept for the next start.
-  const TIniFile ini(FState->FFichINI);
+  const TIniFile ini(FState->SettingsFile());
   EXPECT_FALSE(ini.ReadString("QuorvexITSM", "Token", "").isEmpty());
   EXPECT_EQ(Decrypt(ini.ReadString("QuorvexITSM", "Password", "")), "pw");
 }
@@ -57,10 +57,10 @@ TEST_F(StepsFixture, NothingSelectedOrNoTokenLeavesTheTicketsAndSaysWhy)
   EXPECT_TRUE(FState->RetrievalFailures()[0].Text().contains("no organization"));
 
   SelectAll();
-  FState->FICI.API.Password = "wrong";
+  FState->EditServiceSettings([](tyQuorvexITSM &s) { s.API.Password = "wrong"; return true; });
   Await(FState->RetrieveTickets(FProgress));
   EXPECT_EQ(FProgress.Calls, (QStringList{"show 1", "hide"})); // Cancel is there while the token is asked for
-  EXPECT_TRUE(FState->FTickets.isEmpty());
+  EXPECT_TRUE(FState->Tickets().isEmpty());
   ASSERT_EQ(FState->RetrievalFailures().size(), 1);
   EXPECT_TRUE(FState->RetrievalFailures()[0].Text().startsWith("Access token from https://" + FService.Instance() +
                                                                 ": " + FService.Instance() + " answered HTTP 401"))
@@ -88,7 +88,7 @@ TEST_F(StepsFixture, OrganizationsStepLinksTheListsAndSavesTheChoice)
         return true;
       }));
   ASSERT_TRUE(asked);
-  EXPECT_EQ(FState->FTeamsOperators.size(), 3);
+  EXPECT_EQ(FState->TeamsOperators().size(), 3);
   EXPECT_EQ(FProgress.Calls.first(), "show 2");
   EXPECT_TRUE(FProgress.Calls.contains("title Get Operators / Teams"));
   EXPECT_TRUE(IniText().contains("[Organizations]\nNb=1\nid_1=2\nname_1=Beta & Co\n")) << IniText().toStdString();
@@ -119,7 +119,7 @@ TEST_F(StepsFixture, AFailedOperatorsQueryOfTheReportIsLogged)
   TUnattendedOptions options;
   options.DryRun = true;
   Await(RunUnattended(*FState, FProgress, options));
-  const QString log = ReadTextFile(FState->FLogFile);
+  const QString log = ReadTextFile(FState->LogFile());
   EXPECT_TRUE(log.contains(" - ERROR Operator list (the report's recipients): the answer of " + FService.Instance() +
                            " was not understood"))
       << log.toStdString();
@@ -129,8 +129,8 @@ TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
 {
   SelectAll();
   Await(FState->RetrieveTickets(FProgress));
-  ASSERT_EQ(FState->FTicketsGrid.rowCount(), 4);
-  const QDateTime extraction = FState->FExtractionTickets;
+  ASSERT_EQ(FState->Grid().rowCount(), 4);
+  const QDateTime extraction = FState->TicketsRetrievedAt();
 
   // The service refuses the token in force and any new one: a single token
   // request in the step, and every query fails.
@@ -141,9 +141,9 @@ TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
   FService.ClearRequests();
   Await(FState->RetrieveTickets(FProgress));
 
-  EXPECT_EQ(FState->FTicketsGrid.rowCount(), 4);
-  EXPECT_EQ(Ids(FState->FTickets), (QList<std::int32_t>{11, 12, 13, 21}));
-  EXPECT_EQ(FState->FExtractionTickets, extraction);
+  EXPECT_EQ(FState->Grid().rowCount(), 4);
+  EXPECT_EQ(Ids(FState->Tickets()), (QList<std::int32_t>{11, 12, 13, 21}));
+  EXPECT_EQ(FState->TicketsRetrievedAt(), extraction);
   qsizetype tokenRequests = 0;
   for (const TDemoRequest &request : FService.Requests())
     tokenRequests += request.Target == QLatin1String("/oauth/token");
@@ -154,7 +154,7 @@ TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
                                 ": " + FService.Instance() + " answered HTTP 401 Unauthorized: the service refused"))
       << status.toStdString();
   FState->ReadConfigITSM();
-  EXPECT_TRUE(FState->FICI.API.Token.isEmpty()) << "the refused token is not kept for the next start";
+  EXPECT_TRUE(FState->Service().API.Token.isEmpty()) << "the refused token is not kept for the next start";
 }
 
 TEST_F(StepsFixture, ChangingTheAccountInTheApiDialogDropsTheSavedToken)
@@ -171,14 +171,13 @@ TEST_F(StepsFixture, ChangingTheAccountInTheApiDialogDropsTheSavedToken)
   };
   for (qsizetype row = 0; row < rows.size(); ++row) {
     FState->ReadConfigITSM();
-    FState->FICI.API.Token = "saved-token";
-    FState->SaveConfigITSM();
+    FState->EditServiceSettings([](tyQuorvexITSM &s) { s.API.Token = "saved-token"; return true; });
     FState->EditServiceSettings([&](tyQuorvexITSM &settings) {
       rows[row].first(settings);
       return true;
     });
     FState->ReadConfigITSM();
-    EXPECT_EQ(FState->FICI.API.Token.isEmpty(), rows[row].second) << "row " << row;
+    EXPECT_EQ(FState->Service().API.Token.isEmpty(), rows[row].second) << "row " << row;
   }
 }
 
@@ -190,7 +189,7 @@ TEST_F(StepsFixture, AStepErrorIsLoggedAndTheLogStillSaved)
   TUnattendedOptions options;
   options.DryRun = true;
   EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
-  const QString log = ReadTextFile(FState->FLogFile);
+  const QString log = ReadTextFile(FState->LogFile());
   EXPECT_TRUE(log.contains(" - ERROR Unable to write to " + FState->ReportFile())) << log.toStdString();
   EXPECT_FALSE(log.contains(" - END"));
 }
@@ -198,7 +197,7 @@ TEST_F(StepsFixture, AStepErrorIsLoggedAndTheLogStillSaved)
 TEST_F(StepsFixture, UnreachableServiceIsAFailureInPlainWords)
 {
   SelectAll();
-  FState->FICI.Instance = QStringLiteral("127.0.0.1:1"); // nothing listens there
+  FState->EditServiceSettings([](tyQuorvexITSM &s) { s.Instance = "127.0.0.1:1"; return true; }); // nothing listens there
   Await(FState->RetrieveTickets(FProgress));
   ASSERT_EQ(FState->RetrievalFailures().size(), 1);
   EXPECT_EQ(FState->RetrievalFailures()[0].Text(),
@@ -223,7 +222,7 @@ TEST_F(StepsFixture, UnreachableServiceIsAFailureInPlainWords)
 TEST_F(StepsFixture, AStoredSelectionWithoutValidIdsIsASettingsErrorNotAQuery)
 {
   SelectAll();
-  WriteTextFile(FState->FFichINI, "[Organizations]\nNb=1000000\nid_1=1\nname_1=Acme\n[Teams]\nNb=1\nid_1=0\n");
+  WriteTextFile(FState->SettingsFile(), "[Organizations]\nNb=1000000\nid_1=1\nname_1=Acme\n[Teams]\nNb=1\nid_1=0\n");
   FState->ReadConfigOrgaAndTeams();
   FService.ClearRequests();
   Await(FState->RetrieveTickets(FProgress));
@@ -232,10 +231,10 @@ TEST_F(StepsFixture, AStoredSelectionWithoutValidIdsIsASettingsErrorNotAQuery)
   for (const TStepFailure &failure : FState->RetrievalFailures())
     failures.append(failure.Text());
   ASSERT_EQ(failures.size(), 2) << failures.join('\n').toStdString();
-  EXPECT_TRUE(failures[0].contains("id_2, id_3, id_4 and 99996 more of [Organizations] in " + FState->FFichINI))
+  EXPECT_TRUE(failures[0].contains("id_2, id_3, id_4 and 99996 more of [Organizations] in " + FState->SettingsFile()))
       << failures[0].toStdString();
   EXPECT_TRUE(failures[1].contains("id_1 of [Teams]")) << failures[1].toStdString();
-  EXPECT_EQ(FState->FTickets.size(), 3);
+  EXPECT_EQ(FState->Tickets().size(), 3);
 }
 
 // One ticket whose date cannot be read costs neither the report nor the other
@@ -259,13 +258,13 @@ TEST_F(StepsFixture, AnUnreadableStampIsAWarningAndTheRestIsReported)
   TUnattendedOptions options;
   options.DryRun = true;
   EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
-  const QString log = ReadTextFile(FState->FLogFile);
+  const QString log = ReadTextFile(FState->LogFile());
   EXPECT_TRUE(log.contains(" - WARNING Acme / ticket 11: its lastUpdate \"-999999999-01-01T00:00:00\" is not a date"))
       << log.toStdString();
   EXPECT_FALSE(log.contains("ERROR")) << log.toStdString();
   EXPECT_TRUE(log.contains(" - * Without update: 2\n")) << "ticket 12, once per organization";
   EXPECT_TRUE(log.contains(" - END"));
-  EXPECT_EQ(FState->FTicketsGrid.rowCount(), 4);
+  EXPECT_EQ(FState->Grid().rowCount(), 4);
 }
 
 // Cancel during "Get tickets" against a service that never answers: the
@@ -275,7 +274,7 @@ TEST_F(StepsFixture, ACancelledRetrievalEndsAtOnceAndKeepsThePreviousGrid)
 {
   SelectAll();
   Await(FState->RetrieveTickets(FProgress));
-  ASSERT_EQ(FState->FTicketsGrid.rowCount(), 4);
+  ASSERT_EQ(FState->Grid().rowCount(), 4);
   TDemoFaults faults;
   faults.Bodies.append({QStringLiteral("/api/ticket/list/open"), -1, {}, 200, TDemoFaults::TDelivery::Never});
   FService.SetFaults(faults);
@@ -286,7 +285,7 @@ TEST_F(StepsFixture, ACancelledRetrievalEndsAtOnceAndKeepsThePreviousGrid)
   });
   Await(FState->RetrieveTickets(FProgress));
   std::printf("the step ended %lld ms after Cancel\n", static_cast<long long>(sinceCancel.elapsed()));
-  EXPECT_EQ(FState->FTicketsGrid.rowCount(), 4);
+  EXPECT_EQ(FState->Grid().rowCount(), 4);
   const TStepFailures failures = FState->TakeStepFailures();
   ASSERT_FALSE(failures.isEmpty());
   EXPECT_EQ(failures.first().Text(), "Get tickets: cancelled before its end; nothing more was asked");
