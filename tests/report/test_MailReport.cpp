@@ -177,18 +177,21 @@ TEST_F(MailReportTest, EachSectionListsTheTicketsOfItsRule)
     EXPECT_TRUE(html.join('\n').contains(shown)) << shown;
 }
 
+// Ids are 64-bit: the operators, the Network team and the stale ticket lie beyond 2^31.
 TEST_F(MailReportTest, RecipientsFromTeamsAndAssigneesWithCopiesNeverRepeated)
 {
   // Two unassigned tickets of the Desk team (members 1, 2, 3), a stale ticket of
   // user 4, and operator 3 inactive; addresses come in no order and leave sorted.
-  FIn.TeamsOperators = {{10, 1}, {10, 2}, {10, 3}, {20, 4}, {20, 5}, {20, 6}};
-  FIn.Operators = {Operator(1, "Zoe@Example.org"), Operator(2, "bob@example.org"),
-                   Operator(3, "carl@example.org", "INACTIVE"), Operator(4, "dee@example.org"),
-                   Operator(5, "eve@example.org"), Operator(6, "abe@example.org")};
-  FIn.SelectedTeams.append(tyRestTeam{20, {}, "Network", {}, {}});
-  tyRestTicket stale = Ticket(3);
-  stale.assignedTeam = {20, "Network"};
-  stale.assignedUser = {4, "Dee"};
+  constexpr TRestId big = 3000000000;
+  FIn.TeamsOperators = {{10, big + 1}, {10, big + 2}, {10, big + 3}, {big + 20, big + 4}, {big + 20, big + 5},
+                        {big + 20, big + 6}};
+  FIn.Operators = {Operator(big + 1, "Zoe@Example.org"), Operator(big + 2, "bob@example.org"),
+                   Operator(big + 3, "carl@example.org", "INACTIVE"), Operator(big + 4, "dee@example.org"),
+                   Operator(big + 5, "eve@example.org"), Operator(big + 6, "abe@example.org"), Operator(4, "x@example.org")};
+  FIn.SelectedTeams.append(tyRestTeam{big + 20, {}, "Network", {}, {}});
+  tyRestTicket stale = Ticket(big + 3);
+  stale.assignedTeam = {big + 20, "Network"};
+  stale.assignedUser = {big + 4, "Dee"};
   stale.lastUpdate = DaysAgo(30);
   FIn.Tickets = {Ticket(1), Ticket(2), stale};
 
@@ -199,29 +202,11 @@ TEST_F(MailReportTest, RecipientsFromTeamsAndAssigneesWithCopiesNeverRepeated)
   const QString html = out.HtmlContent.join('\n');
   EXPECT_TRUE(html.contains("    bob@example.org, dee@example.org, zoe@example.org</p>"));
   EXPECT_TRUE(html.contains("<p><b>CC:</b><br>\n    abe@example.org, eve@example.org</p>"));
+  EXPECT_TRUE(html.contains("/all/3000000003\""));
 
   // No team selected: nobody is copied.
   FIn.SelectedTeams.clear();
   EXPECT_TRUE(Generate().SlRecipientCc.isEmpty());
-}
-
-// Ids are 64-bit: an operator, team or ticket beyond 2^31 is mailed like any other.
-TEST_F(MailReportTest, IdsBeyond32BitsAreMailed)
-{
-  constexpr TRestId big = 3000000000;
-  FIn.SelectedTeams = {tyRestTeam{big + 10, {}, "Desk", {}, {}}};
-  FIn.TeamsOperators = {{big + 10, big + 1}};
-  FIn.Operators = {Operator(big + 1, "ann@example.org"), Operator(big + 2, "bob@example.org"), Operator(1, "x@example.org")};
-  tyRestTicket unassigned = Ticket(1);
-  unassigned.assignedTeam = {big + 10, "Desk"};
-  tyRestTicket stale = Stale(2, 30);
-  stale.id = big + 5;
-  stale.assignedTeam = {big + 10, "Desk"};
-  stale.assignedUser = {big + 2, "Bob"};
-  FIn.Tickets = {unassigned, stale};
-  const TReportOutput out = Generate();
-  EXPECT_EQ(out.SlRecipientTo, (QStringList{"ann@example.org", "bob@example.org"}));
-  EXPECT_TRUE(out.HtmlContent.join('\n').contains("/all/3000000005\""));
 }
 
 TEST_F(MailReportTest, RulesMeasureFromTheirOwnClock)
