@@ -65,7 +65,10 @@ static void InitIconResources() { Q_INIT_RESOURCE(icons); }
 TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FState(state)
 {
   InitIconResources();
-  FProgress = std::make_unique<TWindowProgress>(this, [this] { FState.Cancel(); });
+  FProgress = std::make_unique<TWindowProgress>(this, [this] {
+    FCancelAsked = true;
+    FState.Cancel();
+  });
   setObjectName(QStringLiteral("frmMain"));
   setWindowTitle(QStringLiteral("Quorvex ITSM tickets follow-up"));
   setWindowIcon(Icon(QStringLiteral("quorvex-followup")));
@@ -338,6 +341,7 @@ void TfrmMain::closeEvent(QCloseEvent *event)
   // the window closes once it ended.
   if (FStepRunning) {
     FCloseWhenIdle = true;
+    FCancelAsked = true;
     FState.Cancel();
     statusBar()->showMessage(tr("Cancelling the current step; the window closes once it has ended."));
     event->ignore();
@@ -350,6 +354,7 @@ void TfrmMain::RunStep(const QString &caption, TTask<> step)
 {
   // The buttons stay disabled while a step runs: no step may start inside another.
   SetStepRunning(true);
+  FCancelAsked = false;
   // A line from an earlier step must not stand for this one.
   statusBar()->clearMessage();
   Launch(std::move(step), [this, caption](std::exception_ptr failure) {
@@ -373,7 +378,7 @@ void TfrmMain::RunStep(const QString &caption, TTask<> step)
       return;
     }
     const TStepFailures failures = FState.TakeStepFailures();
-    if (FState.Cancelled()) {
+    if (FCancelAsked) {
       // The person asked for it: the status bar says so, without a message box.
       const QString said = statusBar()->currentMessage();
       if (!said.contains(QLatin1String("cancelled")))

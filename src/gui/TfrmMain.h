@@ -76,6 +76,7 @@ private:
   QWidget *FIconRow = nullptr;
   bool FStepRunning = false;
   bool FCloseWhenIdle = false; // closing was asked while a step ran
+  bool FCancelAsked = false;   // the person cancelled the step under way
 
 public:
   QToolButton *bbtQuorvexItsmApi = nullptr;

@@ -99,8 +99,6 @@ public:
   // Ends the step under way early: no new request or mail starts, those in
   // flight are cut, and the step ends as incomplete, saying so.
   void Cancel();
-  // Whether the last step was cancelled (or stopped with the whole run).
-  bool Cancelled() const;
 
   // Path of the report page written by an interactive or dry run.
   QString ReportFile() const { return OutputBase() + QStringLiteral(".html"); }
@@ -278,8 +276,9 @@ private:
   // The service refused the token: it is dropped from the settings, and one new
   // token is requested per step. Gives whether a new one is in force.
   TTask<bool> RenewRefusedToken();
-  // The failure saying that `step` was cancelled (none when the whole run is
-  // stopped: the run says that itself).
+  // Whether the step under way was cancelled, and the failure saying so (none
+  // when the whole run is stopped: the run says that itself).
+  bool Cancelled() const;
   void NoteCancelled(const QString &step);
   // Whether the service's address and API account were entered.
   bool ServiceConfigured() const;

@@ -354,6 +354,10 @@ TEST_F(MainWindow, EscapeCancelsAStepThatWaitsForAServiceThatNeverAnswers)
   EXPECT_TRUE(FWindow->statusBar()->currentMessage().startsWith("Retrieval failed, no ticket has been retrieved yet. "
                                                                 "Get tickets: cancelled before its end"))
       << FWindow->statusBar()->currentMessage().toStdString();
+  // The next step is not taken for a cancelled one.
+  QTimer::singleShot(0, [] { QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape); });
+  ClickStep(FWindow->bbtFilter);
+  EXPECT_EQ(FWindow->statusBar()->currentMessage(), "Filters left as they were");
 }
 
 // The search ignores case and accents and the count beside it follows; Tab
