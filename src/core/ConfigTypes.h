@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QByteArray>
+#include <QList>
+
 #include "TDateTime.h"
 
 #include <QString>
@@ -31,6 +34,17 @@ struct tyQuorvexITSM
   tyAPIAccess API;
   std::int32_t ParallelRequests = 1; // ticket requests in flight at once, 1 to 8
   QString CaFile; // PEM file of extra certificate authorities (HTTPS and SMTP); empty: none
+};
+
+// How the main window was left: its place and size (QWidget::saveGeometry), the
+// grid's column widths and its sort (column -1: the retrieval's order).
+struct tyWindowLayout
+{
+  QByteArray Geometry;
+  QList<int> ColumnWidths;
+  int SortColumn = -1;
+  bool SortDescending = false;
+  bool operator==(const tyWindowLayout &) const = default;
 };
 
 // Outgoing mail.

@@ -169,6 +169,34 @@ void SaveConfigDelivery(const QString &iniPath, const tyDelivery &delivery)
   ini.UpdateFile();
 }
 
+tyWindowLayout ReadWindowLayout(const QString &iniPath)
+{
+  const TIniFile ini(iniPath);
+  using namespace Setting::Window;
+  TSettingsWarnings ignored; // a layout that cannot be read is the default one
+  tyWindowLayout layout;
+  layout.Geometry = QByteArray::fromBase64(ReadSetting(ini, Geometry, ignored).toLatin1());
+  for (const QString &width : ReadSetting(ini, ColumnWidths, ignored).split(u',', Qt::SkipEmptyParts))
+    layout.ColumnWidths.append(width.toInt());
+  layout.SortColumn = ReadSetting(ini, SortColumn);
+  layout.SortDescending = ReadSetting(ini, SortDescending);
+  return layout;
+}
+
+void SaveWindowLayout(const QString &iniPath, const tyWindowLayout &layout)
+{
+  TIniFile ini(iniPath);
+  using namespace Setting::Window;
+  QStringList widths;
+  for (const int width : layout.ColumnWidths)
+    widths.append(QString::number(width));
+  WriteSetting(ini, Geometry, QString::fromLatin1(layout.Geometry.toBase64()));
+  WriteSetting(ini, ColumnWidths, widths.join(u','));
+  WriteSetting(ini, SortColumn, layout.SortColumn);
+  WriteSetting(ini, SortDescending, layout.SortDescending);
+  ini.UpdateFile();
+}
+
 void ReadConfigFilters(const QString &iniPath, std::int32_t &nbMinutes, std::int32_t &nbDays,
                        QStringList &statusToIgnore)
 {

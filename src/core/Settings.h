@@ -39,6 +39,8 @@ void SaveConfigDelivery(const QString &iniPath, const tyDelivery &delivery);
 // Report filters: minutes before an unassigned ticket is reported, days without an
 // update, statuses left out. When no status is stored the list holds the one entry
 // Setting::Filters::DefaultIgnoredStatus.
+tyWindowLayout ReadWindowLayout(const QString &iniPath);
+void SaveWindowLayout(const QString &iniPath, const tyWindowLayout &layout);
 void ReadConfigFilters(const QString &iniPath, std::int32_t &nbMinutes, std::int32_t &nbDays,
                        QStringList &statusToIgnore);
 void SaveConfigFilters(const QString &iniPath, std::int32_t nbMinutes, std::int32_t nbDays,

@@ -117,6 +117,15 @@ inline const TSetting<std::int32_t> EscalateAfter{Section, QStringLiteral("Escal
 inline const TSetting<QString> EscalateTo{Section, QStringLiteral("EscalateTo"), QString()};
 } // namespace FollowUp
 
+// The main window's layout, written when it closes if it changed.
+namespace Window {
+inline const QString Section = QStringLiteral("Window");
+inline const TSetting<QString> Geometry{Section, QStringLiteral("Geometry"), QString()}; // Base64
+inline const TSetting<QString> ColumnWidths{Section, QStringLiteral("ColumnWidths"), QString()}; // "80,120,…"
+inline const TSetting<std::int32_t> SortColumn{Section, QStringLiteral("SortColumn"), -1};
+inline const TSetting<bool> SortDescending{Section, QStringLiteral("SortDescending"), false};
+} // namespace Window
+
 namespace Filters {
 inline const QString Section = QStringLiteral("Filters");
 inline const TSetting<std::int32_t> NbMinutes{Section, QStringLiteral("NbMinutes"), 15};

@@ -111,7 +111,7 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
   bbtClose = AddIconButton("bbtClose", tr("Close"), QStringLiteral("close"));
   buttons->addWidget(FIconRow);
 
-  auto *ticketsView = new TTicketsView(FState.Grid(), central);
+  auto *ticketsView = FTicketsView = new TTicketsView(FState.Grid(), central);
   connect(ticketsView->asgTickets, &QWidget::customContextMenuRequested, this,
           [this, ticketsView](const QPoint &position) { GridContextMenu(*ticketsView, position); });
 
@@ -126,6 +126,11 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
   resize(CClientWidth, CClientHeight);
   if (const QScreen *screen = QGuiApplication::primaryScreen())
     move(screen->availableGeometry().center() - rect().center());
+  // Where the person left it last time.
+  const tyWindowLayout left = FState.WindowLayout();
+  if (!left.Geometry.isEmpty())
+    restoreGeometry(left.Geometry);
+  FTicketsView->RestoreColumns(left.ColumnWidths, left.SortColumn, left.SortDescending);
 }
 
 TfrmMain::~TfrmMain() = default;
@@ -346,6 +351,13 @@ void TfrmMain::closeEvent(QCloseEvent *event)
     statusBar()->showMessage(tr("Cancelling the current step; the window closes once it has ended."));
     event->ignore();
     return;
+  }
+  try {
+    FState.KeepWindowLayout({saveGeometry(), FTicketsView->ColumnWidths(), FTicketsView->SortColumn(),
+                             FTicketsView->SortDescending()});
+  } catch (const EQuorvexError &error) {
+    // The window closes all the same: only its layout is not kept.
+    TraceFailure(lcApp(), error.Message());
   }
   QMainWindow::closeEvent(event);
 }

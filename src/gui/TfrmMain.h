@@ -77,6 +77,7 @@ private:
   bool FStepRunning = false;
   bool FCloseWhenIdle = false; // closing was asked while a step ran
   bool FCancelAsked = false;   // the person cancelled the step under way
+  TTicketsView *FTicketsView = nullptr;
 
 public:
   QToolButton *bbtQuorvexItsmApi = nullptr;

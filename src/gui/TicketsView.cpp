@@ -199,8 +199,41 @@ std::unique_ptr<QAbstractItemModel> TTicketsView::AllRowsInShownOrder() const
   return rows;
 }
 
+void TTicketsView::RestoreColumns(const QList<int> &widths, int sortColumn, bool descending)
+{
+  FRememberedWidths = widths;
+  if (sortColumn >= 0 && sortColumn < FShown->columnCount())
+    asgTickets->sortByColumn(sortColumn, descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+QList<int> TTicketsView::ColumnWidths() const
+{
+  QList<int> widths;
+  if (currentWidget() == lblGuide)
+    return FRememberedWidths; // never shown: what was remembered stays
+  for (int column = 0; column < FShown->columnCount(); ++column)
+    widths.append(asgTickets->columnWidth(column));
+  return widths;
+}
+
+int TTicketsView::SortColumn() const
+{
+  return asgTickets->horizontalHeader()->sortIndicatorSection();
+}
+
+bool TTicketsView::SortDescending() const
+{
+  return asgTickets->horizontalHeader()->sortIndicatorOrder() == Qt::DescendingOrder;
+}
+
 void TTicketsView::FitColumns()
 {
+  if (FRememberedWidths.size() == FShown->columnCount()) {
+    for (int column = 0; column < FShown->columnCount(); ++column)
+      asgTickets->setColumnWidth(column, FRememberedWidths.at(column));
+    FRememberedWidths.clear(); // later retrievals fit their contents again
+    return;
+  }
   constexpr int CPadding = 5;
   asgTickets->resizeColumnsToContents();
   for (int column = 0; column < FShown->columnCount(); ++column)

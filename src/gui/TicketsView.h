@@ -40,8 +40,15 @@ public:
   QLabel *lblCount; // "22 of 320 shown" beside the search box
   QTableView *asgTickets;
 
+  // The column widths and sort a person left; widths apply once the grid fills.
+  void RestoreColumns(const QList<int> &widths, int sortColumn, bool descending);
+  QList<int> ColumnWidths() const;
+  int SortColumn() const;
+  bool SortDescending() const;
+
 private:
   void FitColumns();
+  QList<int> FRememberedWidths;
   void ShowCount();
 
   QSortFilterProxyModel *FShown;

@@ -140,6 +140,17 @@ QString TMainState::OutputBase() const
   return QFileInfo(FFichINI).absolutePath() + u'/' + ExeBaseName(FExeFileName);
 }
 
+tyWindowLayout TMainState::WindowLayout() const
+{
+  return ReadWindowLayout(FFichINI);
+}
+
+void TMainState::KeepWindowLayout(const tyWindowLayout &layout)
+{
+  if (layout != ReadWindowLayout(FFichINI))
+    SaveWindowLayout(FFichINI, layout);
+}
+
 void TMainState::FormCreate()
 {
   Trace::Clear();

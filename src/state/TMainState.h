@@ -100,6 +100,11 @@ public:
   // flight are cut, and the step ends as incomplete, saying so.
   void Cancel();
 
+  // How the window was left at its last close; kept in the settings file, and
+  // written only when it changed.
+  tyWindowLayout WindowLayout() const;
+  void KeepWindowLayout(const tyWindowLayout &layout);
+
   // Path of the report page written by an interactive or dry run.
   QString ReportFile() const { return OutputBase() + QStringLiteral(".html"); }
   // Colours and priority codes of the settings file.

@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QFileDialog>
@@ -384,4 +385,30 @@ TEST_F(MainWindow, TheSearchIgnoresAccentsCountsWhatItShowsAndTabLeavesTheGrid)
   grid->setFocus();
   QTest::keyClick(grid, Qt::Key_Tab);
   EXPECT_FALSE(grid->hasFocus());
+}
+
+// The window's size, the grid's column widths and its sort come back at the
+// next start; a close that changed nothing writes nothing.
+TEST_F(MainWindow, TheNextStartRestoresTheLayoutAPersonLeft)
+{
+  FState.SetTicketsForTest({Ticket(4521, "Printer", false), Ticket(99, "VPN slow", false)});
+  auto *grid = FWindow->findChild<QTableView *>("asgTickets");
+  FWindow->resize(900, 640);
+  grid->sortByColumn(TTicketsModel::colId, Qt::DescendingOrder);
+  grid->setColumnWidth(TTicketsModel::colTitle, 333);
+  ASSERT_TRUE(FWindow->close());
+
+  FWindow = std::make_unique<TfrmMain>(FState);
+  FWindow->show();
+  FState.SetTicketsForTest({Ticket(4521, "Printer", false), Ticket(99, "VPN slow", false)});
+  grid = FWindow->findChild<QTableView *>("asgTickets");
+  EXPECT_EQ(FWindow->size(), QSize(900, 640));
+  EXPECT_EQ(grid->columnWidth(TTicketsModel::colTitle), 333);
+  EXPECT_EQ(grid->horizontalHeader()->sortIndicatorSection(), TTicketsModel::colId);
+  EXPECT_EQ(grid->model()->index(0, TTicketsModel::colId).data().toString(), "4521");
+
+  const QDateTime written = QFileInfo(FState.SettingsFile()).lastModified();
+  QTest::qWait(20);
+  ASSERT_TRUE(FWindow->close());
+  EXPECT_EQ(QFileInfo(FState.SettingsFile()).lastModified(), written);
 }
