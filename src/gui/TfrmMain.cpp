@@ -265,8 +265,10 @@ TTask<> TfrmMain::bbtGenerateMailClick()
 {
   const TraceScope trace(lcApp(), "TfrmMain.bbtGenerateMailClick");
   bool opened = false;
-  co_await FState.GenerateReport(
+  const bool built = co_await FState.GenerateReport(
       [&opened](const QString &page) { opened = QDesktopServices::openUrl(QUrl::fromLocalFile(page)); });
+  if (!built)
+    co_return; // the step's failure says why
   const QString page = QDir::toNativeSeparators(FState.ReportFile());
   statusBar()->showMessage(opened ? tr("Report written to %1 and opened in the browser").arg(page)
                                   : tr("No browser could be started; the report is written to %1").arg(page));
@@ -336,7 +338,7 @@ void TfrmMain::SetStepRunning(bool running)
 
 void TfrmMain::UpdateButtons()
 {
-  bbtSendMail->setEnabled(!FStepRunning && FState.HasReport());
+  bbtSendMail->setEnabled(!FStepRunning && FState.CanSend());
   bbtSaveGrid->setEnabled(!FStepRunning && FState.Grid().rowCount() > 0);
 }
 

@@ -103,6 +103,7 @@ bool TMainState::EditTexts(const std::function<bool(tyHtmlTexts &)> &edit)
 
 void TMainState::SetTicketsForTest(tyRestTickets tickets)
 {
+  FRetrievalAttempt = FExtractionTickets = QDateTime::currentDateTime();
   FTickets = std::move(tickets);
   FTicketsGrid.SetTickets(FTickets);
 }

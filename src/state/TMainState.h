@@ -83,7 +83,9 @@ public:
   TTask<> EditStatusColours(TLoadingProgress &progress, TEditColours editColours);
   // The report in FHtmlContent and its recipients; an interactive run also
   // writes the .to, .cc and .html files and opens the page.
-  TTask<> GenerateReport(TOpenFile openFile = {});
+  // Gives false and builds nothing before any "Get tickets": such a report
+  // would check nothing.
+  TTask<bool> GenerateReport(TOpenFile openFile = {});
   // The last generated report, delivered as FDelivery says (PlanDelivery,
   // DeliverReport) while `progress` names the server, and journaled in the
   // store beside the settings; a dry run writes the mails as <base>_1.eml, ...
@@ -164,6 +166,13 @@ public:
   TTicketsModel &Grid() { return FTicketsGrid; }
   // The last generated report's page, its receivers and its counts.
   bool HasReport() const { return !FHtmlContent.isEmpty(); }
+  // A report, and somebody to send it to: the default recipients, or in modes
+  // concerned and personal the people it concerns.
+  bool CanSend() const
+  {
+    return HasReport() && (!FSmtp.DefaultTo.trimmed().isEmpty() ||
+                           (FDelivery.Mode != TDeliveryMode::Report && !FSlRecipientTo.isEmpty()));
+  }
   const QStringList &ReportHtml() const { return FHtmlContent; }
   const QStringList &RecipientsTo() const { return FSlRecipientTo; }
   const QStringList &RecipientsCc() const { return FSlRecipientCc; }

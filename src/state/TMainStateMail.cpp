@@ -19,10 +19,16 @@
 
 #include <QScopeGuard>
 
-TTask<> TMainState::GenerateReport(TOpenFile openFile)
+TTask<bool> TMainState::GenerateReport(TOpenFile openFile)
 {
   const TraceScope trace(lcApp(), "Session.GenerateReport");
   BeginServiceStep();
+  if (!FRetrievalAttempt.isValid()) {
+    FStepFailures.append(TStepFailure{QStringLiteral("Generate Mail"),
+                                      QStringLiteral("no ticket has been retrieved yet: \"Get tickets\" first"),
+                                      QString()});
+    co_return false;
+  }
   // The recipients come from the service's operators; without a token the query
   // could only be refused (the retrieval has said why).
   FRecipientsUnknown.clear();
@@ -82,10 +88,11 @@ TTask<> TMainState::GenerateReport(TOpenFile openFile)
 
   // Unattended, the report files are written only by a dry run, and never shown.
   if (FAutomatic && !FDryRun)
-    co_return;
+    co_return true;
   const QString page = SaveReportFiles(OutputBase(), report);
   if (!FAutomatic && openFile)
     openFile(page);
+  co_return true;
 }
 
 TTask<QStringList> TMainState::SendReport(TLoadingProgress &progress, TConfirmMails confirm,

@@ -135,6 +135,15 @@ TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)
   EXPECT_FALSE(FWindow->bbtSendMail->isEnabled()); // no report yet
   EXPECT_FALSE(FWindow->bbtSaveGrid->isEnabled()); // no ticket yet
 
+  // Before any retrieval a report would check nothing: none is built.
+  QString refused;
+  CloseNextMessageBox(&refused);
+  ClickStep(FWindow->bbtGenerateMail);
+  EXPECT_TRUE(refused.contains("Generate Mail: no ticket has been retrieved yet: \"Get tickets\" first"))
+      << refused.toStdString();
+  EXPECT_FALSE(FWindow->bbtSendMail->isEnabled());
+
+  FState.SetTicketsForTest({}); // a retrieval that found nothing open
   ClickStep(FWindow->bbtGenerateMail);
   // No browser on this platform: the path is shown all the same.
   EXPECT_EQ(FWindow->statusBar()->currentMessage(),
@@ -238,6 +247,7 @@ TEST_F(MainWindow, MailIsSentOffTheWindowThreadWithEveryButtonOff)
   QTcpServer silent; // accepts, never answers
   ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
   SetSmtp({"127.0.0.1", silent.serverPort(), false, "", "", "leads@vellmor.example", "", ""});
+  FState.SetTicketsForTest({});
   ClickStep(FWindow->bbtGenerateMail);
 
   bool seen = false;
@@ -260,6 +270,10 @@ TEST_F(MainWindow, MailIsSentOffTheWindowThreadWithEveryButtonOff)
       << shown.toStdString();
   EXPECT_EQ(VisibleProgress(FWindow.get()), nullptr);
   EXPECT_TRUE(FWindow->bbtSendMail->isEnabled());
+  // A report nobody would receive cannot be sent.
+  SetSmtp({"127.0.0.1", silent.serverPort(), false, "", "", " ", "", ""});
+  ClickStep(FWindow->bbtGenerateMail);
+  EXPECT_FALSE(FWindow->bbtSendMail->isEnabled());
 }
 
 TEST_F(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)
