@@ -104,6 +104,8 @@ bool TMainState::EditTexts(const std::function<bool(tyHtmlTexts &)> &edit)
 void TMainState::SetTicketsForTest(tyRestTickets tickets)
 {
   FRetrievalAttempt = FExtractionTickets = QDateTime::currentDateTime();
+  FRetrievedOrganizations = FSelectedOrganizations;
+  FRetrievedTeams = FSelectedTeams;
   FTickets = std::move(tickets);
   FTicketsGrid.SetTickets(FTickets);
 }

@@ -225,6 +225,9 @@ private:
   tyRestTeamsOperators FTeamsOperators;
   tyRestOrganizations FSelectedOrganizations;
   tyRestTeams FSelectedTeams;
+  // The choice in force when FTickets were retrieved, which their report names.
+  tyRestOrganizations FRetrievedOrganizations;
+  tyRestTeams FRetrievedTeams;
   QDateTime FExtractionTickets; // moment of the retrieval that gave FTickets
   QDateTime FRetrievalAttempt;  // start of the last "Get tickets", whatever its outcome
   tyRestTickets FTickets;

@@ -5,6 +5,7 @@
 #include "core/RunLog.h"
 #include "core/SettingsKeys.h"
 #include "core/Trace.h"
+#include "core/uTools.h"
 #include "report/DeliveryJournal.h"
 #include "report/DeliveryPlan.h"
 #include "report/FollowUpHistory.h"
@@ -46,8 +47,10 @@ TTask<bool> TMainState::GenerateReport(TOpenFile openFile)
   input.NbMinutes = FNbMinutes;
   input.NbDays = FNbDays;
   input.StatusToIgnore = FStatusToIgnore;
-  input.SelectedOrganizations = FSelectedOrganizations;
-  input.SelectedTeams = FSelectedTeams;
+  // A report is the report of the retrieval that gave its tickets: its
+  // organizations and teams, even when the choice changed since.
+  input.SelectedOrganizations = FExtractionTickets.isValid() ? FRetrievedOrganizations : FSelectedOrganizations;
+  input.SelectedTeams = FExtractionTickets.isValid() ? FRetrievedTeams : FSelectedTeams;
   input.TeamsOperators = FTeamsOperators;
   input.Operators = FOperators;
   input.HtmlTexts = FHtmlTexts;
@@ -56,9 +59,20 @@ TTask<bool> TMainState::GenerateReport(TOpenFile openFile)
     QStringList failures;
     for (const TStepFailure &failure : FRetrievalFailures)
       failures.append(failure.Text());
-    input.RetrievalWarning = QStringLiteral("the retrieval of the tickets was incomplete, this report may miss "
-                                            "tickets (") +
-                             failures.join(QStringLiteral("; ")) + u')';
+    const bool kept = FExtractionTickets.isValid() && FExtractionTickets < FRetrievalAttempt;
+    if (kept) {
+      // The last retrieval failed: the grid, and so the report, are those of
+      // the retrieval before, and say when that was.
+      input.RetrievalWarning = QStringLiteral("this report shows the tickets retrieved on %1, not today's: the last "
+                                              "retrieval failed (")
+                                   .arg(DateTimeToStr(FExtractionTickets)) +
+                               failures.join(QStringLiteral("; ")) + u')';
+      input.RetrievalAttempt = FExtractionTickets;
+    } else {
+      input.RetrievalWarning = QStringLiteral("the retrieval of the tickets was incomplete, this report may miss "
+                                              "tickets (") +
+                               failures.join(QStringLiteral("; ")) + u')';
+    }
   } else if (!FRetrievalAttempt.isValid()) {
     input.RetrievalWarning = QStringLiteral("the tickets have not been retrieved (\"Get tickets\")");
   }

@@ -243,6 +243,8 @@ TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
   FStepFailures.append(UnreadableDates(retrieved));
   FExtractionTickets = extraction;
   FTickets = std::move(retrieved);
+  FRetrievedOrganizations = FSelectedOrganizations;
+  FRetrievedTeams = FSelectedTeams;
   FUncomparedOrganizations.clear();
   for (qsizetype i = 0; i < organizations.size(); ++i)
     if (failedOrganizations.contains(i))

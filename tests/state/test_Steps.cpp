@@ -155,6 +155,16 @@ TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
       << status.toStdString();
   FState->ReadConfigITSM();
   EXPECT_TRUE(FState->Service().API.Token.isEmpty()) << "the refused token is not kept for the next start";
+
+  // Its report is the report of the retrieval the grid shows: its time, its
+  // organizations, and that it is not today's.
+  ASSERT_TRUE(Await(FState->GenerateReport()));
+  const QString report = FState->Report().Text;
+  EXPECT_TRUE(report.contains("WARNING: this report shows the tickets retrieved on " + DateTimeToStr(extraction) +
+                              ", not today's: the last retrieval failed"))
+      << report.toStdString();
+  EXPECT_TRUE(report.contains("Acme, Beta & Co")) << report.toStdString();
+  EXPECT_TRUE(report.contains(extraction.toString("dd.MM.yyyy - HH:mm"))) << report.toStdString();
 }
 
 TEST_F(StepsFixture, ChangingTheAccountInTheApiDialogDropsTheSavedToken)
