@@ -43,6 +43,18 @@ class EWriteError : public EQuorvexError
   using EQuorvexError::EQuorvexError;
 };
 
+// Something a person must set before a step can run; `Dialog` names the button
+// whose dialog sets it ("Quorvex ITSM API"), which the window offers to open.
+class EGuidance : public EQuorvexError
+{
+public:
+  EGuidance(const QString &message, QString dialog) : EQuorvexError(message), FDialog(std::move(dialog)) {}
+  const QString &Dialog() const { return FDialog; }
+
+private:
+  QString FDialog;
+};
+
 // A stored secret that is not in the stored form or fails authentication.
 class ESecretError : public EQuorvexError
 {

@@ -30,6 +30,9 @@
 #include <QUrl>
 #include <QCloseEvent>
 #include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
 #include <QMenu>
 #include <QScopeGuard>
 #include <QScreen>
@@ -380,6 +383,10 @@ void TfrmMain::RunStep(const QString &caption, TTask<> step)
     try {
       if (failure)
         std::rethrow_exception(failure);
+    } catch (const EGuidance &guidance) {
+      statusBar()->showMessage(guidance.Message());
+      ShowGuidance(guidance);
+      return;
     } catch (const EQuorvexError &error) {
       TraceFailure(lcApp(), error.Message());
       statusBar()->showMessage(error.Message());
@@ -402,6 +409,21 @@ void TfrmMain::RunStep(const QString &caption, TTask<> step)
     if (!failures.isEmpty())
       ShowStepFailures(this, tr("\"%1\" could not be completed.").arg(caption), failures);
   });
+}
+
+void TfrmMain::ShowGuidance(const EGuidance &guidance)
+{
+  QMessageBox box(QMessageBox::Information, CApplicationTitle, guidance.Message(), QMessageBox::Close, this);
+  box.setObjectName(QStringLiteral("boxGuidance"));
+  QPushButton *open = box.addButton(tr("Open \"%1\"").arg(guidance.Dialog()), QMessageBox::AcceptRole);
+  box.setDefaultButton(open);
+  box.exec();
+  if (box.clickedButton() != open)
+    return;
+  // The step named, once this one has ended.
+  for (QToolButton *button : FButtonPanel->findChildren<QToolButton *>())
+    if (QString(button->text()).replace(QStringLiteral("&&"), QStringLiteral("&")) == guidance.Dialog())
+      QTimer::singleShot(0, button, &QToolButton::click);
 }
 
 void TfrmMain::WireButtons()

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 
+class EGuidance;
 class QLabel;
 class QToolButton;
 class TMainState;
@@ -42,6 +43,8 @@ private:
   // error, and so is what the step could not do. A close asked meanwhile
   // cancels the step and closes once it ended.
   void RunStep(const QString &caption, TTask<> step);
+  // Tells what a person must set first, and offers to open the dialog that sets it.
+  void ShowGuidance(const EGuidance &guidance);
   void WireButtons();
   // "Send Mail" only with a report to send, the workbook only with tickets.
   void UpdateButtons();

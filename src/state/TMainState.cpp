@@ -309,7 +309,7 @@ bool TMainState::ServiceReady()
   const QString missing =
       QStringLiteral("Enter the service's address and API account in 'Quorvex ITSM API' first");
   if (!FAutomatic)
-    throw EQuorvexError(missing);
+    throw EGuidance(missing, QStringLiteral("Quorvex ITSM API"));
   FStepFailures.append(TStepFailure{QStringLiteral("Quorvex ITSM API"), missing, QString()});
   return false;
 }

@@ -3,6 +3,7 @@
 
 #include "TMainState.h"
 
+#include "core/Errors.h"
 #include "core/RunLog.h"
 #include "core/uTools.h"
 #include "core/Trace.h"
@@ -134,10 +135,13 @@ TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
     co_return;
   if (FSelectedOrganizations.isEmpty()) {
     // Nothing to retrieve: a report made now would be a false "all clear".
-    FStepFailures.append(TStepFailure{QStringLiteral("Get tickets"),
-                                      QStringLiteral("no organization is selected; choose them with "
-                                                     "\"Organizations & Teams\""),
-                                      QString()});
+    const QString missing =
+        QStringLiteral("no organization is selected; choose them with \"Organizations & Teams\"");
+    FStepFailures.append(TStepFailure{QStringLiteral("Get tickets"), missing, QString()});
+    if (!FAutomatic)
+      throw EGuidance(QStringLiteral("No organization is selected: choose them with \"Organizations & Teams\" "
+                                     "first"),
+                      QStringLiteral("Organizations & Teams"));
     co_return;
   }
   // Entries that cannot be queried are left out, and the retrieval is then

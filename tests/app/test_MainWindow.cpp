@@ -125,6 +125,21 @@ TEST_F(MainWindow, AFirstStartGuidesAndPointsToTheServiceSettings)
     EXPECT_EQ(shown, "Enter the service's address and API account in 'Quorvex ITSM API' first");
     EXPECT_EQ(FWindow->statusBar()->currentMessage(), shown) << step->objectName().toStdString();
   }
+  // The guidance offers to open the dialog it names.
+  QString shown;
+  CloseNextMessageBox(&shown, "Open \"Quorvex ITSM API\"");
+  bool opened = false;
+  auto *poll = new QTimer(FWindow.get());
+  QObject::connect(poll, &QTimer::timeout, [poll, &opened] {
+    if (QWidget *dialog = QApplication::activeModalWidget(); dialog && dialog->objectName() == "frmSetQuorvexItsmConfig") {
+      opened = true;
+      poll->stop();
+      QTest::keyClick(dialog, Qt::Key_Escape);
+    }
+  });
+  poll->start(10);
+  ClickStep(FWindow->bbtGetTickets);
+  EXPECT_TRUE(QTest::qWaitFor([&opened] { return opened; }, 5000));
 }
 
 TEST_F(MainWindow, EachStepEndsWithALineSayingWhatItDid)

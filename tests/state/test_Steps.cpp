@@ -1,6 +1,7 @@
 #include "StepsFixture.h"
 #include "support/Await.h"
 
+#include "core/Errors.h"
 #include "core/IniFile.h"
 #include "core/SecretCodec.h"
 #include "core/uTools.h"
@@ -51,7 +52,13 @@ TEST_F(StepsFixture, GetTicketsQueriesEachOrganizationThreeTimesAndFlagsTheNotic
 
 TEST_F(StepsFixture, NothingSelectedOrNoTokenLeavesTheTicketsAndSaysWhy)
 {
-  Await(FState->RetrieveTickets(FProgress));
+  // A person is pointed to the dialog that chooses the organizations.
+  try {
+    Await(FState->RetrieveTickets(FProgress));
+    ADD_FAILURE() << "no guidance";
+  } catch (const EGuidance &guidance) {
+    EXPECT_EQ(guidance.Dialog(), "Organizations & Teams");
+  }
   EXPECT_TRUE(FProgress.Calls.isEmpty());
   ASSERT_EQ(FState->RetrievalFailures().size(), 1);
   EXPECT_TRUE(FState->RetrievalFailures()[0].Text().contains("no organization"));
