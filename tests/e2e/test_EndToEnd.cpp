@@ -9,6 +9,7 @@
 #include "support/ToolRun.h"
 
 #include <QDir>
+#include <QTimeZone>
 #include <QFile>
 #include <QRegularExpression>
 #include <QElapsedTimer>
@@ -251,7 +252,9 @@ TEST_F(EndToEnd, DryRunOfThePersonalModeWritesEveryMailWhole)
   EXPECT_EQ(logged.filter(digest).size(), 35) << run.Log.toStdString();
 
   const QString full = ReadTextFile(Folder() + "quorvex-followup_1.eml");
-  const QString workbook = "filename=tickets-follow-up-" + QDate::currentDate().toString("yyyyMMdd") + ".xlsx";
+  // The day of the program's zone (New York), which may not be this process's.
+  const QDate day = QDateTime::currentDateTime().toTimeZone(QTimeZone("America/New_York")).date();
+  const QString workbook = "filename=tickets-follow-up-" + day.toString("yyyyMMdd") + ".xlsx";
   for (const QString &line : {QString("To: leads@example.org, desk@example.org"), QString("Cc: boss@example.org"),
                               QString("Auto-Submitted: auto-generated"), QString("X-Auto-Response-Suppress: All"),
                               QString("Content-Type: multipart/mixed"), QString("Content-Type: multipart/alternative"),
