@@ -42,6 +42,11 @@ struct TMember
   TField Field;
   TMemberNeed Need = TMemberNeed::Optional;
 };
+// Spelled out for compilers without deduction from an aggregate's members.
+template <typename TField>
+TMember(std::string_view, TMemberKind, TField) -> TMember<TField>;
+template <typename TField>
+TMember(std::string_view, TMemberKind, TField, TMemberNeed) -> TMember<TField>;
 
 // The members of each record of a ticket page, in the order of the record.
 template <typename R>
