@@ -13,6 +13,11 @@ void SetConfiguredAuthorities(const QString &pemFile)
   GConfigured = pemFile.trimmed();
 }
 
+QString ConfiguredAuthorities()
+{
+  return GConfigured;
+}
+
 TAuthoritiesSource ExtraAuthoritiesSource()
 {
   const QString variable = qEnvironmentVariable(CExtraCaVariable);

@@ -11,6 +11,7 @@ inline constexpr char CExtraCaVariable[] = "QUORVEX_EXTRA_CA_CERTS";
 // The same file chosen in the settings ([QuorvexITSM] CaFile); the variable,
 // when set, wins. Empty: none.
 void SetConfiguredAuthorities(const QString &pemFile);
+QString ConfiguredAuthorities();
 
 // Where the extra authorities come from, for a person: the variable or the
 // setting, and the file; empty when none is named.

@@ -42,7 +42,7 @@ public:
   using TEditColours = std::function<bool(tyRestObjects &statuses, tyRestObjects &priorities, TColourStore &colours)>;
   // Shows the report file of an interactive run.
   using TOpenFile = std::function<void(const QString &path)>;
-  // Asks a person whether the mails may go to these "To" and "CC" lists.
+  // Asks a person whether the mails may go: how many to whom, and the "To" and "CC" lists.
   using TConfirmMails = std::function<bool(const TMailConfirmation &confirmation)>;
   // Asks a person whether mails already delivered today (one line each) go again.
   using TConfirmResend = std::function<bool(const QStringList &earlier)>;

@@ -98,6 +98,7 @@ TEST(ApiDialog, TestConnectionAsksForATokenWithTheTypedValuesAndSaysWhatHappened
         << dialog.lblTest->text().toStdString();
   }
   EXPECT_TRUE(dialog.bbtOk->isEnabled());
+  EXPECT_EQ(ConfiguredAuthorities(), "") << "the settings in force keep their authorities";
 }
 
 // A first start leaves the instance and the hosting mode to choose ("acme" is

@@ -135,6 +135,9 @@ void TfrmSetQuorvexItsmConfig::TestConnection()
     return;
   tyQuorvexITSM settings;
   CopyTo(settings); // no token: one is asked for
+  // The typed authorities serve this test only: the settings in force keep
+  // theirs, even when the dialog is then cancelled.
+  const QString inForce = ConfiguredAuthorities();
   SetConfiguredAuthorities(settings.CaFile);
   FTest = std::make_unique<TConnectionTest>();
   FTest->Rest.SetTimeout(std::chrono::seconds(15)); // a person waits for it
@@ -156,6 +159,7 @@ void TfrmSetQuorvexItsmConfig::TestConnection()
       ledtExit();
     }, Qt::QueuedConnection);
   });
+  SetConfiguredAuthorities(inForce); // the token request has read them as it left
 }
 
 void TfrmSetQuorvexItsmConfig::reject()
