@@ -58,7 +58,7 @@ struct TTicketRetrieval::TQueryState
   // The query's trace, written when it is delivered so that it never mixes
   // with another query's: a page number, a failure, or a plain line.
   QList<std::pair<std::int32_t, QString>> Trace;
-  TTicketQueryResult Result;
+  TRestResult<tyRestTickets> Result;
 };
 
 TTicketRetrieval::TTicketRetrieval(QString url, QList<TTicketQuery> queries, int parallel, TStartPage startPage,
@@ -218,12 +218,13 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
              outcome);
       return End(query, false);
     }
-    tyRestTickets &tickets = query.Result.Tickets;
+    tyRestTickets &tickets = query.Result.Value;
     if (page == 0 && query.TotalElements > 0)
       tickets.reserve(std::min<qsizetype>(query.TotalElements, CMaxReserved));
     // Offset paging while tickets are reassigned can bring a ticket on two
     // pages: it is kept once, where it came first.
     qsizetype repeated = 0;
+    const qsizetype before = tickets.size();
     for (tyRestTicket &ticket : outcome.Page.Tickets) {
       if (query.Ids.contains(ticket.id)) {
         ++repeated;
@@ -233,6 +234,8 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
       tickets.append(std::move(ticket));
     }
     outcome.Page.Tickets = tyRestTickets(); // mapped and moved: nothing of the page stays
+    if (FPageKept && tickets.size() > before)
+      FPageKept(&query - FQueries.data(), tickets, before);
     if (repeated > 0)
       query.Trace.append({CPlainLine, QStringLiteral("%1 tickets of page %2 came on an earlier page already and are "
                                                      "kept once")
@@ -249,7 +252,7 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
   }
   query.Next = page + 1;
   // Every announced ticket is in: further pages could only be dropped.
-  if (query.TotalElements >= 0 && query.Result.Tickets.size() >= query.TotalElements)
+  if (query.TotalElements >= 0 && query.Result.Value.size() >= query.TotalElements)
     return End(query, true);
   if (query.Next + 1 > query.TotalPages)
     return End(query, true);
@@ -263,7 +266,7 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
                              .arg(query.TotalPages)
                              .arg(query.TotalElements)
                              .arg(query.Next)
-                             .arg(query.Result.Tickets.size());
+                             .arg(query.Result.Value.size());
     Fail(query, stop, outcome, stop);
     return End(query, true);
   }
@@ -272,7 +275,7 @@ void TTicketRetrieval::Judge(TQueryState &query, std::int32_t page, TPageOutcome
 
 void TTicketRetrieval::End(TQueryState &query, bool trim)
 {
-  tyRestTickets &tickets = query.Result.Tickets;
+  tyRestTickets &tickets = query.Result.Value;
   if (trim && query.TotalElements >= 0 && tickets.size() > query.TotalElements)
     tickets.resize(query.TotalElements);
   query.Ended = true;
@@ -282,9 +285,8 @@ void TTicketRetrieval::Fail(TQueryState &query, const QString &message, const TP
                             const QString &reason)
 {
   query.Trace.append({CFailureLine, message});
-  if (query.Result.Failed)
+  if (query.Result.Failed())
     return;
-  query.Result.Failed = true;
   const QString server = ServerOf(FUrl);
   if (!reason.isEmpty())
     query.Result.Failure = TRestFailure{reason, FUrl};
@@ -321,7 +323,7 @@ void TTicketRetrieval::Deliver()
     }
     query.Trace.clear();
     FQueryDone(FDelivered++, std::move(query.Result));
-    query.Result = TTicketQueryResult();
+    query.Result = {};
   }
   FDelivering = false;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RestFailure.h"
+#include "RestResult.h"
 #include "RestTransport.h"
 #include "TicketPage.h"
 #include "core/Task.h"
@@ -19,15 +19,6 @@ struct TTicketQuery
 {
   TRestId OrganizationId = 0;
   QString Search;
-};
-
-// What a query gave: its tickets, and whether it failed to retrieve them all,
-// with the first failure's reason and details.
-struct TTicketQueryResult
-{
-  tyRestTickets Tickets;
-  bool Failed = false;
-  TRestFailure Failure;
 };
 
 // Runs open-ticket queries page by page with up to `parallel` requests in
@@ -52,7 +43,13 @@ public:
       std::function<void(const TTicketQuery &query, std::int32_t page, TRestTransport::TDone done)>;
   // Gets each query's result, in the order of the queries, as soon as it and
   // every query before it are complete.
-  using TQueryDone = std::function<void(qsizetype index, TTicketQueryResult &&result)>;
+  // A query's result is its tickets and, when it could not retrieve them all,
+  // the first failure.
+  using TQueryDone = std::function<void(qsizetype index, TRestResult<tyRestTickets> &&result)>;
+  // Gets a query's tickets as soon as a page added some, the new ones from
+  // position `from` on, before the query is complete: for a view that shows
+  // rows as they come. A query that fails later keeps what it was given.
+  using TPageKept = std::function<void(qsizetype index, const tyRestTickets &tickets, qsizetype from)>;
 
   static constexpr int CMaxParallel = 8;
   static constexpr int CMaxRetryAfterSeconds = 30;
@@ -63,6 +60,8 @@ public:
   ~TTicketRetrieval();
   TTicketRetrieval(const TTicketRetrieval &) = delete;
   TTicketRetrieval &operator=(const TTicketRetrieval &) = delete;
+
+  void OnPageKept(TPageKept kept) { FPageKept = std::move(kept); }
 
   // Ends once every query's result has been given.
   TTask<> Run();
@@ -94,6 +93,7 @@ private:
   int FParallel;
   TStartPage FStartPage;
   TQueryDone FQueryDone;
+  TPageKept FPageKept;
   int FInFlight = 0;
   int FParsing = 0;
   qsizetype FDelivered = 0;

@@ -77,9 +77,10 @@ public:
                                                         QString search);
   // The same for several queries, settings.ParallelRequests requests at a time
   // (see TTicketRetrieval); `done` gets each query's result in the order of the
-  // queries, failures included.
+  // queries, failures included; `pageKept`, when given, each page's new tickets
+  // as they come.
   TTask<> GET_TicketsListsOpen(tyQuorvexITSM settings, QList<TTicketQuery> queries,
-                               TTicketRetrieval::TQueryDone done);
+                               TTicketRetrieval::TQueryDone done, TTicketRetrieval::TPageKept pageKept = {});
   // Repository objects of a module and type list, e.g. "TICKETING" and "TICKET_STATUS".
   TTask<TRestResult<tyRestObjects>> GET_Objects(tyQuorvexITSM settings, QString module, QString types);
   TTask<TRestResult<tyRestOrganizations>> GET_OrganizationsList(tyQuorvexITSM settings);

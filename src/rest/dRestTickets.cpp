@@ -26,7 +26,7 @@ QByteArray PageRequest(TRestId organizationId, std::int32_t page, const QString 
 } // namespace
 
 TTask<> TdmRest::GET_TicketsListsOpen(tyQuorvexITSM settings, QList<TTicketQuery> queries,
-                                     TTicketRetrieval::TQueryDone done)
+                                     TTicketRetrieval::TQueryDone done, TTicketRetrieval::TPageKept pageKept)
 {
   const QString url = GetQuorvexItsmUrl(settings) + QStringLiteral("/api/ticket/list/open");
   TTicketRetrieval retrieval(
@@ -35,18 +35,17 @@ TTask<> TdmRest::GET_TicketsListsOpen(tyQuorvexITSM settings, QList<TTicketQuery
         Launch(SendApi(url, "GET", PageRequest(query.OrganizationId, page, query.Search)), std::move(answered));
       },
       std::move(done));
+  retrieval.OnPageKept(std::move(pageKept));
   co_await retrieval.Run();
 }
 
 TTask<TRestResult<tyRestTickets>> TdmRest::GET_TicketsListOpen(tyQuorvexITSM settings, TRestId organizationId,
                                                                QString search)
 {
-  TTicketQueryResult result;
+  TRestResult<tyRestTickets> tickets;
   const QList<TTicketQuery> queries{{organizationId, search}};
-  co_await GET_TicketsListsOpen(std::move(settings), queries,
-                                [&result](qsizetype, TTicketQueryResult &&answered) { result = std::move(answered); });
-  TRestResult<tyRestTickets> tickets{std::move(result.Tickets), std::nullopt, {}};
-  if (result.Failed)
-    tickets.Failure = std::move(result.Failure);
+  co_await GET_TicketsListsOpen(std::move(settings), queries, [&tickets](qsizetype, TRestResult<tyRestTickets> &&answered) {
+    tickets = std::move(answered);
+  });
   co_return tickets;
 }

@@ -193,7 +193,19 @@ TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
   QSet<qsizetype> failedOrganizations; // by position in `organizations`
   // Each query's result, in order: counted, traced, logged, failures remembered,
   // and each organization's three lists merged once the last is in.
-  co_await FRest.GET_TicketsListsOpen(FICI, requested, [&](qsizetype index, TTicketQueryResult &&result) {
+  // The window shows each organization's open tickets as their pages come;
+  // their ten-exchanges flags and follow-up marks come with the whole list.
+  bool gridShowsThisRetrieval = false;
+  TTicketRetrieval::TPageKept showPage;
+  if (!FAutomatic)
+    showPage = [this, &gridShowsThisRetrieval](qsizetype index, const tyRestTickets &kept, qsizetype from) {
+      if (index % 3 != 0)
+        return;
+      if (!std::exchange(gridShowsThisRetrieval, true))
+        FTicketsGrid.SetTickets({});
+      FTicketsGrid.AppendTickets(kept, from);
+    };
+  co_await FRest.GET_TicketsListsOpen(FICI, requested, [&](qsizetype index, TRestResult<tyRestTickets> &&result) {
     const QString name = organizations.at(index / 3).name;
     const int kind = static_cast<int>(index % 3);
     const QString title = kind == 0   ? name
@@ -208,23 +220,23 @@ TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
     progress.LoadingSetTitle(title);
     progress.LoadingSetProgressBar(maximum, ++step);
     ++queries;
-    if (result.Failed) {
+    if (result.Failure) {
       ++failedQueries;
       failedOrganizations.insert(index / 3);
-      Failed(kind == 0 ? name + QStringLiteral(" / open tickets") : label, result.Failure);
+      Failed(kind == 0 ? name + QStringLiteral(" / open tickets") : label, *result.Failure);
     }
-    TraceValue(lcApp(), qPrintable(label), result.Tickets.size());
-    FslLog.append(LogLine(QStringLiteral(" - * ") + label + dots + QString::number(result.Tickets.size())));
+    TraceValue(lcApp(), qPrintable(label), result.Value.size());
+    FslLog.append(LogLine(QStringLiteral(" - * ") + label + dots + QString::number(result.Value.size())));
     if (kind == 0) {
-      tickets = std::move(result.Tickets);
+      tickets = std::move(result.Value);
     } else if (kind == 1) {
-      english = std::move(result.Tickets);
+      english = std::move(result.Value);
     } else {
       progress.LoadingSetProgressBar(maximum, ++step);
-      merged.append(MergeTenExchanges(std::exchange(tickets, {}), english, result.Tickets));
+      merged.append(MergeTenExchanges(std::exchange(tickets, {}), english, result.Value));
       FslLog.append(QString());
     }
-  });
+  }, std::move(showPage));
   // Room for exactly the tickets held, each organization's list freed as soon
   // as its tickets moved.
   qsizetype count = 0;
@@ -242,6 +254,8 @@ TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
   if (failedQueries == queries || Cancelled()) {
     if (Cancelled())
       NoteCancelled(QStringLiteral("Get tickets"));
+    if (gridShowsThisRetrieval)
+      FTicketsGrid.SetTickets(FTickets);
     co_return;
   }
   FStepFailures.append(UnreadableDates(retrieved));

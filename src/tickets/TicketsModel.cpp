@@ -39,15 +39,33 @@ const QString TTicketsModel::CTenExchangesTip =
 
 void TTicketsModel::SetTickets(const tyRestTickets &tickets)
 {
-  QList<TDates> dates;
-  dates.reserve(tickets.size());
-  for (const tyRestTicket &ticket : tickets)
-    dates.append({RestTimestamp2DateTime(ticket.creationDate).value_or(QDateTime()),
-                  RestTimestamp2DateTime(ticket.lastUpdate).value_or(QDateTime())});
+  QList<TDates> dates = DatesOf(tickets, 0);
   beginResetModel();
   FTickets = tickets;
   FDates = std::move(dates);
   endResetModel();
+}
+
+void TTicketsModel::AppendTickets(const tyRestTickets &tickets, qsizetype from)
+{
+  if (from >= tickets.size())
+    return;
+  QList<TDates> dates = DatesOf(tickets, from);
+  const int first = rowCount();
+  beginInsertRows(QModelIndex(), first, first + static_cast<int>(dates.size()) - 1);
+  FTickets.append(tickets.mid(from));
+  FDates.append(std::move(dates));
+  endInsertRows();
+}
+
+QList<TTicketsModel::TDates> TTicketsModel::DatesOf(const tyRestTickets &tickets, qsizetype from)
+{
+  QList<TDates> dates;
+  dates.reserve(tickets.size() - from);
+  for (qsizetype i = from; i < tickets.size(); ++i)
+    dates.append({RestTimestamp2DateTime(tickets[i].creationDate).value_or(QDateTime()),
+                  RestTimestamp2DateTime(tickets[i].lastUpdate).value_or(QDateTime())});
+  return dates;
 }
 
 void TTicketsModel::SetFollowUp(QHash<TRestId, TFollowUpMark> marks)

@@ -44,6 +44,8 @@ public:
 
   // Replaces every row.
   void SetTickets(const tyRestTickets &tickets);
+  // Adds the tickets from position `from` on as rows after the others.
+  void AppendTickets(const tyRestTickets &tickets, qsizetype from);
   // The service's web address the tickets' pages are under.
   void SetServiceUrl(const QString &url) { FLinks.ServiceUrl = url; }
   // Replaces the follow-up marks (by ticket id); the tickets stay.
@@ -60,6 +62,7 @@ private:
     QDateTime CreationDate; // invalid when unknown
     QDateTime LastUpdate;
   };
+  static QList<TDates> DatesOf(const tyRestTickets &tickets, qsizetype from);
   tyRestTickets FTickets; // shares the caller's list, no copy of the tickets
   QList<TDates> FDates;
   QHash<TRestId, TFollowUpMark> FMarks;

@@ -169,11 +169,14 @@ TEST_F(TicketsList, ParallelRequestsGiveWhatOneAtATimeGives)
     FService.ClearRequests();
     FSettings.ParallelRequests = parallel;
     QStringList results;
-    Await(FRest->GET_TicketsListsOpen(FSettings, queries, [&](qsizetype index, TTicketQueryResult &&result) {
+    Await(FRest->GET_TicketsListsOpen(FSettings, queries, [&](qsizetype index, TRestResult<tyRestTickets> &&result) {
       QStringList ids;
-      for (const tyRestTicket &ticket : result.Tickets)
+      for (const tyRestTicket &ticket : result.Value)
         ids << QString::number(ticket.id);
-      results << QStringLiteral("%1 %2 %3 %4").arg(index).arg(result.Failed).arg(result.Failure.Reason, ids.join(u','));
+      results << QStringLiteral("%1 %2 %3 %4")
+                     .arg(index)
+                     .arg(result.Failed())
+                     .arg(result.Failure.value_or(TRestFailure{}).Reason, ids.join(u','));
     }));
     return std::make_pair(results, TraceMessages(TraceText()));
   };
@@ -300,7 +303,7 @@ TEST_F(TicketsList, ARevokedTokenIsRenewedOnceWhateverTheRequestsInFlight)
   const QList<TTicketQuery> queries{{1, ""}, {2, ""}, {7, ""}, {1, "x"}, {2, "y"}};
   int failed = 0;
   Await(FRest->GET_TicketsListsOpen(FSettings, queries,
-                              [&](qsizetype, TTicketQueryResult &&result) { failed += result.Failed; }));
+                              [&](qsizetype, TRestResult<tyRestTickets> &&result) { failed += result.Failed(); }));
   EXPECT_EQ(failed, 0);
   EXPECT_EQ(renewals, 1);
   qsizetype tokenRequests = 0;
