@@ -18,6 +18,7 @@
 #include "GridSaving.h"
 #include "TfrmAbout.h"
 #include "TfrmSnooze.h"
+#include "StatusLine.h"
 #include "TicketsView.h"
 
 #include <QGuiApplication>
@@ -121,7 +122,7 @@ TfrmMain::TfrmMain(TMainState &state, QWidget *parent) : QMainWindow(parent), FS
   layout->addWidget(FButtonPanel);
   layout->addWidget(ticketsView, 1);
   setCentralWidget(central);
-  statusBar(); // present from the start, so that the first message moves nothing
+  setStatusBar(new TStatusLine(this)); // present from the start, so that the first message moves nothing
 
   WireButtons();
   UpdateButtons();
@@ -190,9 +191,7 @@ void TfrmMain::ShowSettingsResult(bool saved, const QString &what)
 
 void TfrmMain::ShowRetrievalStatus()
 {
-  const QString status = FState.RetrievalStatusText();
-  statusBar()->showMessage(status);
-  statusBar()->setToolTip(status); // a long line is clipped
+  statusBar()->showMessage(FState.RetrievalStatusText());
 }
 
 TTask<> TfrmMain::bbtGET_Organization_ListClick()
