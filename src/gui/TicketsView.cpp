@@ -167,8 +167,9 @@ TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
   addWidget(grid);
   connect(&tickets, &QAbstractItemModel::modelReset, this, [this, grid] {
     setCurrentWidget(grid);
-    FitColumns();
+    FitColumnsToFirstRows();
   });
+  connect(&tickets, &QAbstractItemModel::rowsInserted, this, &TTicketsView::FitColumnsToFirstRows);
   // The follow-up's marks come after the tickets: their column fits them then.
   connect(&tickets, &QAbstractItemModel::dataChanged, this,
           [this] { asgTickets->resizeColumnToContents(TTicketsModel::colListed); });
@@ -224,6 +225,14 @@ int TTicketsView::SortColumn() const
 bool TTicketsView::SortDescending() const
 {
   return asgTickets->horizontalHeader()->sortIndicatorOrder() == Qt::DescendingOrder;
+}
+
+void TTicketsView::FitColumnsToFirstRows()
+{
+  const bool hasRows = FShown->sourceModel()->rowCount() > 0;
+  if (hasRows && !FFitted)
+    FitColumns();
+  FFitted = hasRows;
 }
 
 void TTicketsView::FitColumns()

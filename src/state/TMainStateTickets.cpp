@@ -6,6 +6,7 @@
 #include "core/Errors.h"
 #include "core/RunLog.h"
 #include "core/uTools.h"
+#include "FailureSummary.h"
 #include "core/Trace.h"
 #include "rest/dRest.h"
 #include "tickets/ColourStore.h"
@@ -109,10 +110,12 @@ QString TMainState::RetrievalStatusText() const
   const int count = static_cast<int>(FTickets.size());
   if (FRetrievalFailures.isEmpty())
     return QStringLiteral("%1 open ticket(s) retrieved").arg(count);
-  // What the grid shows comes first: a long failure is clipped at the end.
-  QString failures = FRetrievalFailures.first().Text();
-  if (FRetrievalFailures.size() > 1)
-    failures += QStringLiteral(" (and %1 more failure(s))").arg(FRetrievalFailures.size() - 1);
+  // What the grid shows comes first, then the cause the failure box puts first:
+  // a long line is elided at its end.
+  const QStringList causes = FailureLines(FRetrievalFailures);
+  QString failures = causes.first();
+  if (causes.size() > 1)
+    failures += QStringLiteral(" (and %1 more cause(s))").arg(causes.size() - 1);
   if (FExtractionTickets >= FRetrievalAttempt)
     return QStringLiteral("Retrieval incomplete, %1 open ticket(s) shown. %2").arg(count).arg(failures);
   const QString since = FExtractionTickets.isValid()
