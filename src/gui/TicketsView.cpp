@@ -165,11 +165,17 @@ TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
 
   addWidget(lblGuide);
   addWidget(grid);
-  connect(&tickets, &QAbstractItemModel::modelReset, this, [this, grid] {
-    setCurrentWidget(grid);
-    FitColumnsToFirstRows();
-  });
-  connect(&tickets, &QAbstractItemModel::rowsInserted, this, &TTicketsView::FitColumnsToFirstRows);
+  // The guide stays until rows come (a first retrieval cancelled brings none).
+  const auto rowsChanged = [this, grid] {
+    const bool hasRows = FShown->sourceModel()->rowCount() > 0;
+    if (hasRows)
+      setCurrentWidget(grid);
+    if (hasRows && !FFitted)
+      FitColumns();
+    FFitted = hasRows;
+  };
+  connect(&tickets, &QAbstractItemModel::modelReset, this, rowsChanged);
+  connect(&tickets, &QAbstractItemModel::rowsInserted, this, rowsChanged);
   // The follow-up's marks come after the tickets: their column fits them then.
   connect(&tickets, &QAbstractItemModel::dataChanged, this,
           [this] { asgTickets->resizeColumnToContents(TTicketsModel::colListed); });
@@ -225,14 +231,6 @@ int TTicketsView::SortColumn() const
 bool TTicketsView::SortDescending() const
 {
   return asgTickets->horizontalHeader()->sortIndicatorOrder() == Qt::DescendingOrder;
-}
-
-void TTicketsView::FitColumnsToFirstRows()
-{
-  const bool hasRows = FShown->sourceModel()->rowCount() > 0;
-  if (hasRows && !FFitted)
-    FitColumns();
-  FFitted = hasRows;
 }
 
 void TTicketsView::FitColumns()

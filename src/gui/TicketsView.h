@@ -47,11 +47,10 @@ public:
   bool SortDescending() const;
 
 private:
+  void FitColumns();
   // Columns fit the rows when rows come into an empty grid (the first time to
   // the remembered widths), not again while the same retrieval fills it page by
   // page nor when it ends.
-  void FitColumnsToFirstRows();
-  void FitColumns();
   bool FFitted = false;
   QList<int> FRememberedWidths;
   void ShowCount();

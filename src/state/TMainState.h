@@ -312,6 +312,7 @@ private:
   std::unique_ptr<TColourStore> FColours;
   TStepFailures FStepFailures;
   TStepFailures FRetrievalFailures;
+  bool FRetrievalCancelled = false; // the last "Get tickets" ended by a Cancel
   bool FTokenRenewed = false; // a token was requested after a refusal in this step (or run)
   TReportInput FReportInput; // what the last generated report was made from
   QDateTime FReportTime; // and the clock reading its ages count from

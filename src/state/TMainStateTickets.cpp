@@ -123,6 +123,8 @@ QString TMainState::RetrievalStatusText() const
                                   .arg(count)
                                   .arg(DateTimeToStr(FExtractionTickets))
                             : QStringLiteral("no ticket has been retrieved yet");
+  if (FRetrievalCancelled)
+    return QStringLiteral("Get tickets cancelled before its end; %1.").arg(since);
   return QStringLiteral("Retrieval failed, %1. %2").arg(since, failures);
 }
 
@@ -133,7 +135,10 @@ TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
   FRetrievalAttempt = QDateTime::currentDateTime();
   // Until the tickets came, none of them can be compared with the last report.
   FUncomparedOrganizations = FSelectedOrganizations;
-  const auto keepFailures = qScopeGuard([this] { FRetrievalFailures = FStepFailures; });
+  const auto keepFailures = qScopeGuard([this] {
+    FRetrievalFailures = FStepFailures;
+    FRetrievalCancelled = Cancelled();
+  });
   if (!ServiceReady())
     co_return;
   if (FSelectedOrganizations.isEmpty()) {

@@ -158,7 +158,7 @@ TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
   const QString status = FState->RetrievalStatusText();
   EXPECT_TRUE(status.startsWith("Retrieval failed, the grid still shows the 4 ticket(s) retrieved on " +
                                 DateTimeToStr(extraction) + ". Access token from https://" + FService.Instance() +
-                                ": " + FService.Instance() + " answered HTTP 401 Unauthorized: the service refused"))
+                                " and 6 more: " + FService.Instance() + " answered HTTP 401 Unauthorized: the service refused"))
       << status.toStdString();
   FState->ReadConfigITSM();
   EXPECT_TRUE(FState->Service().API.Token.isEmpty()) << "the refused token is not kept for the next start";
@@ -307,7 +307,7 @@ TEST_F(StepsFixture, ACancelledRetrievalEndsAtOnceAndKeepsThePreviousGrid)
   ASSERT_FALSE(failures.isEmpty());
   EXPECT_EQ(failures.first().Text(), "Get tickets: cancelled before its end; nothing more was asked");
   EXPECT_TRUE(failures.last().Reason.startsWith("the step was cancelled")) << failures.last().Text().toStdString();
-  EXPECT_TRUE(FState->RetrievalStatusText().startsWith("Retrieval failed, the grid still shows the 4 ticket(s)"))
+  EXPECT_TRUE(FState->RetrievalStatusText().startsWith("Get tickets cancelled before its end; the grid still shows the 4 ticket(s)"))
       << FState->RetrievalStatusText().toStdString();
 
   FService.SetFaults({});
