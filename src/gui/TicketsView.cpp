@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QUrl>
+#include <utility>
 #include <QFont>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -166,16 +167,21 @@ TTicketsView::TTicketsView(QAbstractItemModel &tickets, QWidget *parent)
   addWidget(lblGuide);
   addWidget(grid);
   // The guide stays until rows come (a first retrieval cancelled brings none).
-  const auto rowsChanged = [this, grid] {
-    const bool hasRows = FShown->sourceModel()->rowCount() > 0;
-    if (hasRows)
+  // The first page of a retrieval fits the columns for the time it fills; the
+  // whole list fits them again, flags and marks included.
+  connect(&tickets, &QAbstractItemModel::rowsInserted, this, [this, grid] {
+    if (!std::exchange(FFilling, true)) {
       setCurrentWidget(grid);
-    if (hasRows && !FFitted)
-      FitColumns();
-    FFitted = hasRows;
-  };
-  connect(&tickets, &QAbstractItemModel::modelReset, this, rowsChanged);
-  connect(&tickets, &QAbstractItemModel::rowsInserted, this, rowsChanged);
+      FitColumns(/*whole*/ false);
+    }
+  });
+  connect(&tickets, &QAbstractItemModel::modelReset, this, [this, grid] {
+    FFilling = false;
+    if (FShown->sourceModel()->rowCount() > 0) {
+      setCurrentWidget(grid);
+      FitColumns(/*whole*/ true);
+    }
+  });
   // The follow-up's marks come after the tickets: their column fits them then.
   connect(&tickets, &QAbstractItemModel::dataChanged, this,
           [this] { asgTickets->resizeColumnToContents(TTicketsModel::colListed); });
@@ -233,12 +239,13 @@ bool TTicketsView::SortDescending() const
   return asgTickets->horizontalHeader()->sortIndicatorOrder() == Qt::DescendingOrder;
 }
 
-void TTicketsView::FitColumns()
+void TTicketsView::FitColumns(bool whole)
 {
   if (FRememberedWidths.size() == FShown->columnCount()) {
     for (int column = 0; column < FShown->columnCount(); ++column)
       asgTickets->setColumnWidth(column, FRememberedWidths.at(column));
-    FRememberedWidths.clear(); // later retrievals fit their contents again
+    if (whole)
+      FRememberedWidths.clear(); // later retrievals fit their contents again
     return;
   }
   constexpr int CPadding = 5;

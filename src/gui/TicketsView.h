@@ -47,11 +47,10 @@ public:
   bool SortDescending() const;
 
 private:
-  void FitColumns();
-  // Columns fit the rows when rows come into an empty grid (the first time to
-  // the remembered widths), not again while the same retrieval fills it page by
-  // page nor when it ends.
-  bool FFitted = false;
+  // To their contents, or to the widths a person left until a whole list has
+  // been shown with them.
+  void FitColumns(bool whole);
+  bool FFilling = false; // rows are coming page by page into an emptied grid
   QList<int> FRememberedWidths;
   void ShowCount();
 

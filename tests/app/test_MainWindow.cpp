@@ -436,8 +436,13 @@ TEST_F(MainWindow, TheNextStartRestoresTheLayoutAPersonLeft)
 
   FWindow = std::make_unique<TfrmMain>(FState);
   FWindow->show();
-  FState.SetTicketsForTest({Ticket(4521, "Printer", false), Ticket(99, "VPN slow", false)});
+  // As a retrieval fills the grid: emptied, a first page, then the whole list.
+  const tyRestTickets tickets{Ticket(4521, "Printer", false), Ticket(99, "VPN slow", false)};
+  FState.Grid().SetTickets({});
+  FState.Grid().AppendTickets(tickets, 1);
   grid = FWindow->findChild<QTableView *>("asgTickets");
+  EXPECT_EQ(grid->columnWidth(TTicketsModel::colTitle), 333);
+  FState.SetTicketsForTest(tickets);
   EXPECT_EQ(FWindow->size(), QSize(900, 640));
   EXPECT_EQ(grid->columnWidth(TTicketsModel::colTitle), 333);
   EXPECT_EQ(grid->horizontalHeader()->sortIndicatorSection(), TTicketsModel::colId);
