@@ -15,7 +15,7 @@ void ShowFailure(QWidget *parent, const QString &message, const QString &details
   box.exec();
 }
 
-void ShowStepFailures(QWidget *parent, const QString &summary, const TStepFailures &failures)
+void ShowStepFailures(QWidget *parent, const QString &summary, const TFailures &failures)
 {
   QStringList lines;
   for (const QString &line : FailureLines(failures))

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "state/StepFailure.h"
+#include "core/Failure.h"
 
 #include <QString>
 
@@ -10,4 +10,4 @@ class QWidget;
 // technical details behind "Show Details...".
 void ShowFailure(QWidget *parent, const QString &message, const QString &details);
 // The same for the failures of a step, under a one-line summary.
-void ShowStepFailures(QWidget *parent, const QString &summary, const TStepFailures &failures);
+void ShowStepFailures(QWidget *parent, const QString &summary, const TFailures &failures);

@@ -397,7 +397,7 @@ void TfrmMain::RunStep(const QString &caption, TTask<> step)
       ShowFailure(this, QString::fromLocal8Bit(error.what()), QString());
       return;
     }
-    const TStepFailures failures = FState.TakeStepFailures();
+    const TFailures failures = FState.TakeStepFailures();
     if (FCancelAsked) {
       // The person asked for it: the status bar says so, without a message box.
       const QString said = statusBar()->currentMessage();

@@ -201,9 +201,9 @@ TOutcome SendWithTries(TSmtpConnection &connection, const TOutgoing &mail, const
 
 // The person-facing failures of one mail: the whole mail when it failed as a
 // whole for nobody got it, else each recipient refused with its reply.
-QList<TDeliveryFailure> Failures(const TReportMail &mail, const TOutcome &outcome)
+TFailures Failures(const TReportMail &mail, const TOutcome &outcome)
 {
-  QList<TDeliveryFailure> failures;
+  TFailures failures;
   if (outcome.Delivered.isEmpty() && !outcome.Error.isEmpty()) {
     QStringList addresses;
     for (const TRefusedRecipient &refused : outcome.NotServed)
@@ -281,7 +281,7 @@ TTask<TDeliveryResult> DeliverReport(tySMTPserver smtp, QList<TReportMail> mails
         const QDateTime at = QDateTime::currentDateTime();
         if (journal && !outcome.Delivered.isEmpty())
           journal->Delivered(mail.JournalKey, outcome.Delivered, at);
-        const QList<TDeliveryFailure> failures = Failures(planned, outcome);
+        const TFailures failures = Failures(planned, outcome);
         delivery.Failures += failures;
         if (!outcome.Delivered.isEmpty()) {
           ++delivery.MailsSent;

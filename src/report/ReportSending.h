@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/ConfigTypes.h"
+#include "core/Failure.h"
 #include "core/Task.h"
 
 #include <QDate>
@@ -44,17 +45,10 @@ struct TDeliveryOptions
   std::function<void(const QString &text)> Delivered;
 };
 
-// Who was not served, and why: one line for a person and the run log.
-struct TDeliveryFailure
-{
-  QString What;   // "Mail to 12 recipient(s), 40 row(s)" or "Mail to alice@example.test"
-  QString Reason; // the server's reply, or why it never started
-};
-
 struct TDeliveryResult
 {
   QStringList Texts;                // one per mail: sent, would send, already sent
-  QList<TDeliveryFailure> Failures; // each mail or recipient finally not served
+  TFailures Failures; // each mail or recipient finally not served: "Mail to …" and the server's reply
   QStringList Warnings;             // the journal's own troubles
   int MailsSent = 0;
 };

@@ -17,7 +17,7 @@ QByteArray TRestCall::Took(const QString &url, TRestTransport::TReply reply)
 void TRestCall::Remember(const QString &reason, const QString &details)
 {
   if (!FFailure)
-    FFailure = TRestFailure{reason, details};
+    FFailure = TFailure{.Reason = reason, .Details = details};
 }
 
 void TRestCall::Fail(const QString &message)

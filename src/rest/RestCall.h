@@ -33,7 +33,7 @@ public:
   template <class T> TRestResult<T> Finish(T value) { return {std::move(value), std::move(FFailure), {}}; }
 
 private:
-  std::optional<TRestFailure> FFailure;
+  std::optional<TFailure> FFailure;
   QString FLastUrl;
   int FLastStatus = 0;
   QString FLastStatusText;

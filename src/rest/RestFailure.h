@@ -1,16 +1,12 @@
 #pragma once
 
+#include "core/Failure.h"
+
 #include <QByteArray>
 #include <QString>
 
-// Why a call to the service failed, for a person: the reason, naming the server,
-// and what to do; besides, the technical details (address, HTTP status, the
-// trace's own words) for whoever digs further.
-struct TRestFailure
-{
-  QString Reason;
-  QString Details;
-};
+// A call to the service that failed gives a TFailure with its Reason, naming the
+// server, and its Details; the step that made the call names What failed.
 
 // "host" or "host:port" of an address, as a person names the server.
 QString ServerOf(const QString &url);

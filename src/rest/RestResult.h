@@ -15,7 +15,7 @@ template <class T = std::monostate>
 struct [[nodiscard]] TRestResult
 {
   T Value{};
-  std::optional<TRestFailure> Failure;
+  std::optional<TFailure> Failure;
   // What the call could read but not wholly (operators left out of a page...),
   // one line each for the run log's WARNING lines.
   QStringList Warnings;

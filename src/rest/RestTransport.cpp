@@ -143,7 +143,7 @@ void TRestTransport::Start(const TRequest &request, TDone done)
   if (!refusal.isEmpty()) {
     // Not sent, but answered from the event loop all the same, as every other request.
     QTimer::singleShot(0, &FManager, [refusal, url = request.Url.toString(), done = std::move(done)] {
-      done({std::nullopt, {refusal, url}});
+      done({std::nullopt, TFailure{.Reason = refusal, .Details = url}});
     });
     return;
   }
@@ -212,7 +212,7 @@ void TRestTransport::Start(const TRequest &request, TDone done)
       const QString details = state->Stopped || state->TimedOut || state->TooBig
                                   ? url.toString()
                                   : url.toString() + QStringLiteral(": ") + TransportDetails(*reply, state->SslErrors);
-      done({std::nullopt, {reason, details}});
+      done({std::nullopt, TFailure{.Reason = reason, .Details = details}});
       return;
     }
     TAnswer answer;

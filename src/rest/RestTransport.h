@@ -53,7 +53,7 @@ public:
     std::optional<TAnswer> Answer;
     // Without an answer: what went wrong and what to do, with the address and
     // the network library's own words as details.
-    TRestFailure Failure;
+    TFailure Failure;
   };
   using TDone = std::function<void(TReply reply)>;
 

@@ -35,7 +35,7 @@ int RetryAfterSeconds(const QByteArray &header)
 // One page as it came back: no answer, or the answer read.
 struct TTicketRetrieval::TPageOutcome
 {
-  std::optional<TRestFailure> NoAnswer; // why no answer came
+  std::optional<TFailure> NoAnswer; // why no answer came
   int Status = 0;
   QString StatusText;
   QString BodyStart; // the beginning of the answer, for an answer not understood
@@ -289,16 +289,17 @@ void TTicketRetrieval::Fail(TQueryState &query, const QString &message, const TP
     return;
   const QString server = ServerOf(FUrl);
   if (!reason.isEmpty())
-    query.Result.Failure = TRestFailure{reason, FUrl};
+    query.Result.Failure = TFailure{.Reason = reason, .Details = FUrl};
   else if (outcome.NoAnswer)
     query.Result.Failure = *outcome.NoAnswer;
   else if (outcome.Status / 100 != 2)
-    query.Result.Failure = TRestFailure{StatusReason(server, outcome.Status, outcome.StatusText), FUrl};
+    query.Result.Failure =
+        TFailure{.Reason = StatusReason(server, outcome.Status, outcome.StatusText), .Details = FUrl};
   else
     query.Result.Failure =
-        TRestFailure{NotUnderstoodReason(server),
-                     QStringLiteral("%1 answered: %2").arg(FUrl, outcome.BodyStart.isEmpty() ? QStringLiteral("(nothing)")
-                                                                                             : outcome.BodyStart)};
+        TFailure{.Reason = NotUnderstoodReason(server),
+                 .Details = QStringLiteral("%1 answered: %2")
+                                .arg(FUrl, outcome.BodyStart.isEmpty() ? QStringLiteral("(nothing)") : outcome.BodyStart)};
 }
 
 void TTicketRetrieval::Deliver()

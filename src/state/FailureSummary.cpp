@@ -13,10 +13,10 @@ struct TCause
 
 } // namespace
 
-QStringList FailureLines(const TStepFailures &failures)
+QStringList FailureLines(const TFailures &failures)
 {
   QList<TCause> causes;
-  for (const TStepFailure &failure : failures) {
+  for (const TFailure &failure : failures) {
     const auto known = std::find_if(causes.begin(), causes.end(), [&failure](const TCause &cause) {
       return cause.Reason == failure.Reason && cause.Warning == failure.Warning;
     });
@@ -39,10 +39,10 @@ QStringList FailureLines(const TStepFailures &failures)
   return lines;
 }
 
-QString FailureDetails(const TStepFailures &failures)
+QString FailureDetails(const TFailures &failures)
 {
   QStringList lines;
-  for (const TStepFailure &failure : failures)
+  for (const TFailure &failure : failures)
     lines.append(failure.LogText());
   return lines.join(u'\n');
 }

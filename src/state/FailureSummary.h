@@ -1,6 +1,6 @@
 #pragma once
 
-#include "StepFailure.h"
+#include "core/Failure.h"
 
 #include <QStringList>
 
@@ -9,7 +9,7 @@
 // failed most first and the facts that are only warnings last. Each line names
 // the first thing that failed and how many more did: "Acme / open tickets and 71
 // more: the connection was refused by …; check that the service is running …".
-QStringList FailureLines(const TStepFailures &failures);
+QStringList FailureLines(const TFailures &failures);
 // Every failure on a line of its own with its technical details, for whoever
 // looks further ("Show Details...").
-QString FailureDetails(const TStepFailures &failures);
+QString FailureDetails(const TFailures &failures);

@@ -310,6 +310,6 @@ bool TMainState::ServiceReady()
       QStringLiteral("Enter the service's address and API account in 'Quorvex ITSM API' first");
   if (!FAutomatic)
     throw EGuidance(missing, QStringLiteral("Quorvex ITSM API"));
-  FStepFailures.append(TStepFailure{QStringLiteral("Quorvex ITSM API"), missing, QString()});
+  FStepFailures.append(TFailure{QStringLiteral("Quorvex ITSM API"), missing, QString()});
   return false;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "StepFailure.h"
+#include "core/Failure.h"
 #include "core/ConfigTypes.h"
 #include "core/SecretLookup.h"
 #include "core/StopRequest.h"
@@ -113,10 +113,10 @@ public:
   TColourStore &Colours();
   // What the last step that talks to the service could not do (empty when it
   // did everything), handed over once.
-  TStepFailures TakeStepFailures() { return std::exchange(FStepFailures, {}); }
+  TFailures TakeStepFailures() { return std::exchange(FStepFailures, {}); }
   // What the last retrieval could not do (no token, a ticket query that failed);
   // empty when it was complete.
-  const TStepFailures &RetrievalFailures() const { return FRetrievalFailures; }
+  const TFailures &RetrievalFailures() const { return FRetrievalFailures; }
   // One line on the last retrieval: how many tickets came, or what failed and
   // since when the list dates.
   QString RetrievalStatusText() const;
@@ -260,7 +260,7 @@ private:
   // Clears the failures of the previous step; a person's step may renew a
   // refused token again, an unattended run only once in all.
   void BeginServiceStep();
-  void Failed(const QString &what, const TRestFailure &failure);
+  void Failed(const QString &what, const TFailure &failure);
   // Run-time warnings (an address that cannot be used, a damaged store): a
   // WARNING line of the run log, and shown to a person in an interactive run.
   void NoteWarnings(const QStringList &warnings);
@@ -310,8 +310,8 @@ private:
   TWarningSink FWarningSink;
   TSecretLookup FSecrets;
   std::unique_ptr<TColourStore> FColours;
-  TStepFailures FStepFailures;
-  TStepFailures FRetrievalFailures;
+  TFailures FStepFailures;
+  TFailures FRetrievalFailures;
   bool FRetrievalCancelled = false; // the last "Get tickets" ended by a Cancel
   bool FTokenRenewed = false; // a token was requested after a refusal in this step (or run)
   TReportInput FReportInput; // what the last generated report was made from

@@ -25,7 +25,7 @@ TTask<bool> TMainState::GenerateReport(TOpenFile openFile)
   const TraceScope trace(lcApp(), "Session.GenerateReport");
   BeginServiceStep();
   if (!FRetrievalAttempt.isValid()) {
-    FStepFailures.append(TStepFailure{QStringLiteral("Generate Mail"),
+    FStepFailures.append(TFailure{QStringLiteral("Generate Mail"),
                                       QStringLiteral("no ticket has been retrieved yet: \"Get tickets\" first"),
                                       QString()});
     co_return false;
@@ -57,7 +57,7 @@ TTask<bool> TMainState::GenerateReport(TOpenFile openFile)
   input.ServiceUrl = TdmRest::GetQuorvexItsmUrl(FICI);
   if (!FRetrievalFailures.isEmpty()) {
     QStringList failures;
-    for (const TStepFailure &failure : FRetrievalFailures)
+    for (const TFailure &failure : FRetrievalFailures)
       failures.append(failure.Text());
     const bool kept = FExtractionTickets.isValid() && FExtractionTickets < FRetrievalAttempt;
     if (kept) {
@@ -167,8 +167,7 @@ TTask<QStringList> TMainState::SendReport(TLoadingProgress &progress, TConfirmMa
   // Only a report that reached someone is one the next report compares with.
   if (!FDryRun && result.MailsSent > 0)
     RecordSentReport(plan.Mails.first().Report, plan.Mails.size(), result.MailsSent);
-  for (const TDeliveryFailure &failure : result.Failures)
-    FStepFailures.append(TStepFailure{failure.What, failure.Reason, QString()});
+  FStepFailures.append(result.Failures);
   if (Cancelled())
     NoteCancelled(QStringLiteral("Send Mail"));
   TraceValue(lcApp(), "Mails", static_cast<int>(plan.Mails.size()));

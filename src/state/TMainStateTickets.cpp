@@ -25,13 +25,13 @@ namespace {
 // The dates the report sorts tickets by that cannot be read: such a ticket
 // stays listed but goes in no section by that date, and the retrieval is
 // incomplete, as nobody could check it.
-TStepFailures UnreadableDates(const tyRestTickets &tickets)
+TFailures UnreadableDates(const tyRestTickets &tickets)
 {
-  TStepFailures warnings;
+  TFailures warnings;
   for (const tyRestTicket &ticket : tickets)
     for (const auto &[field, stamp] : {std::pair{"creationDate", &ticket.creationDate}, {"lastUpdate", &ticket.lastUpdate}})
       if (!RestTimestamp2DateTime(*stamp))
-        warnings.append(TStepFailure{
+        warnings.append(TFailure{
             QStringLiteral("%1 / ticket %2").arg(ticket.organization.name).arg(ticket.id),
             QStringLiteral("its %1 \"%2\" is not a date the program can read; the ticket is listed, but in no "
                            "section that depends on that date; tell the service's administrator")
@@ -66,12 +66,14 @@ void TMainState::NoteCancelled(const QString &step)
 {
   if (FStop && FStop->IsRequested())
     return;
-  FStepFailures.prepend(TStepFailure{step, QStringLiteral("cancelled before its end; nothing more was asked"), QString()});
+  FStepFailures.prepend(TFailure{step, QStringLiteral("cancelled before its end; nothing more was asked"), QString()});
 }
 
-void TMainState::Failed(const QString &what, const TRestFailure &failure)
+void TMainState::Failed(const QString &what, const TFailure &failure)
 {
-  FStepFailures.append(TStepFailure{what, failure.Reason, failure.Details});
+  TFailure named = failure;
+  named.What = what;
+  FStepFailures.append(std::move(named));
 }
 
 TTask<bool> TMainState::RequestToken()
@@ -145,7 +147,7 @@ TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
     // Nothing to retrieve: a report made now would be a false "all clear".
     const QString missing =
         QStringLiteral("no organization is selected; choose them with \"Organizations & Teams\"");
-    FStepFailures.append(TStepFailure{QStringLiteral("Get tickets"), missing, QString()});
+    FStepFailures.append(TFailure{QStringLiteral("Get tickets"), missing, QString()});
     if (!FAutomatic)
       throw EGuidance(QStringLiteral("No organization is selected: choose them with \"Organizations & Teams\" "
                                      "first"),
@@ -155,7 +157,7 @@ TTask<> TMainState::RetrieveTickets(TLoadingProgress &progress)
   // Entries that cannot be queried are left out, and the retrieval is then
   // incomplete: the report must not pass them over in silence.
   for (const QString &reason : SelectionIdErrors(FFichINI, FSelectedOrganizations, FSelectedTeams))
-    FStepFailures.append(TStepFailure{QStringLiteral("Settings"), reason, QString()});
+    FStepFailures.append(TFailure{QStringLiteral("Settings"), reason, QString()});
   // Shown from the token request on: it may wait as long as any query, and
   // the window's Cancel is there.
   progress.LoadingShow(1);

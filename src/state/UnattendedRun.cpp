@@ -19,9 +19,9 @@ void Fail(TMainState &state, const QString &message)
 
 // One error line for each thing the last step could not do, a warning line for
 // each fact it could not establish.
-void LogFailures(TMainState &state, const TStepFailures &failures)
+void LogFailures(TMainState &state, const TFailures &failures)
 {
-  for (const TStepFailure &failure : failures) {
+  for (const TFailure &failure : failures) {
     if (!failure.Warning) {
       Fail(state, failure.LogText());
       continue;
@@ -103,7 +103,7 @@ TTask<TExitStatus> RunUnattended(TMainState &state, TLoadingProgress &progress, 
     state.AppendLog(QStringLiteral(" - Send email"));
     echo.Flush();
     co_await state.SendReport(progress);
-    const TStepFailures notServed = state.TakeStepFailures();
+    const TFailures notServed = state.TakeStepFailures();
     LogFailures(state, notServed);
     if (stopped())
       Fail(state, notServed.isEmpty()

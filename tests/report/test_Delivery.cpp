@@ -66,7 +66,7 @@ protected:
   static QStringList Failures(const TDeliveryResult &result)
   {
     QStringList failures;
-    for (const TDeliveryFailure &failure : result.Failures)
+    for (const TFailure &failure : result.Failures)
       failures.append(failure.What + ": " + failure.Reason);
     return failures;
   }

@@ -41,7 +41,7 @@ QStringList SendReport(const tySMTPserver &smtp, const QStringList &lines)
   TTempConfig config;
   TColourStore colours(config.File("colours.ini"));
   QStringList failures;
-  for (const TDeliveryFailure &failure : Await(DeliverReport(smtp, {mail}, {}, colours)).Failures)
+  for (const TFailure &failure : Await(DeliverReport(smtp, {mail}, {}, colours)).Failures)
     failures.append(failure.What + ": " + failure.Reason);
   return failures;
 }

@@ -7,7 +7,7 @@ protected:
   void SetUp() override { SignIn(); }
 
   // How many records the query of `path` gave, and its failure.
-  std::pair<qsizetype, std::optional<TRestFailure>> Ask(const QString &path)
+  std::pair<qsizetype, std::optional<TFailure>> Ask(const QString &path)
   {
     const auto outcome = [](const auto &result) { return std::make_pair(result.Value.size(), result.Failure); };
     if (path.startsWith("/api/repository/"))

@@ -109,7 +109,7 @@ TEST_F(TicketsList, AFirstPageThatCannotBeFetchedEndsTheQueryWithItsReason)
     const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
     EXPECT_TRUE(result.Value.isEmpty());
     EXPECT_EQ(FService.Requests().size(), requests);
-    return result.Failure.value_or(TRestFailure{"no failure", {}}).Reason;
+    return result.Failure.value_or(TFailure{.Reason = "no failure"}).Reason;
   };
   EXPECT_TRUE(reason(1).contains("answered HTTP 401"));
   SignIn();
@@ -176,7 +176,7 @@ TEST_F(TicketsList, ParallelRequestsGiveWhatOneAtATimeGives)
       results << QStringLiteral("%1 %2 %3 %4")
                      .arg(index)
                      .arg(result.Failed())
-                     .arg(result.Failure.value_or(TRestFailure{}).Reason, ids.join(u','));
+                     .arg(result.Failure.value_or(TFailure{}).Reason, ids.join(u','));
     }));
     return std::make_pair(results, TraceMessages(TraceText()));
   };
@@ -203,7 +203,7 @@ TEST_F(TicketsList, TooManyRequestsIsAskedAgainAfterItsDelay)
   FService.SetFaults(faults);
   FSettings.ParallelRequests = 4;
   const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
-  EXPECT_FALSE(result.Failed()) << result.Failure.value_or(TRestFailure()).Reason.toStdString();
+  EXPECT_FALSE(result.Failed()) << result.Failure.value_or(TFailure()).Reason.toStdString();
   EXPECT_EQ(result.Value.size(), 1203);
   EXPECT_EQ(FService.Requests().size(), 4) << "three pages, the first twice";
   EXPECT_TRUE(TraceText().contains("Retry-After = 1"));

@@ -7,7 +7,7 @@
 TEST(FailureSummary, OneLinePerCauseTheWidestFirstWarningsLast)
 {
   const QString refused = "the connection was refused by 127.0.0.1:44573; check that the service is running";
-  TStepFailures failures{{"Settings", "organization 0 has no id", "", false},
+  TFailures failures{{"Settings", "organization 0 has no id", "", false},
                          {"Acme / ticket 7", "its lastUpdate \"x\" is not a date", "", true}};
   for (const QString organization : {"Acme", "Beta", "Gamma"})
     for (const QString query : {" / open tickets", " / > 10 exchanges (E)", " / > 10 échanges (F)"})

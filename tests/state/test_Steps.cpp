@@ -245,7 +245,7 @@ TEST_F(StepsFixture, AStoredSelectionWithoutValidIdsIsASettingsErrorNotAQuery)
   Await(FState->RetrieveTickets(FProgress));
   EXPECT_EQ(FService.Requests().size(), 4); // the token, and the three queries of Acme
   QStringList failures;
-  for (const TStepFailure &failure : FState->RetrievalFailures())
+  for (const TFailure &failure : FState->RetrievalFailures())
     failures.append(failure.Text());
   ASSERT_EQ(failures.size(), 2) << failures.join('\n').toStdString();
   EXPECT_TRUE(failures[0].contains("id_2, id_3, id_4 and 99996 more of [Organizations] in " + FState->SettingsFile()))
@@ -303,7 +303,7 @@ TEST_F(StepsFixture, ACancelledRetrievalEndsAtOnceAndKeepsThePreviousGrid)
   Await(FState->RetrieveTickets(FProgress));
   std::printf("the step ended %lld ms after Cancel\n", static_cast<long long>(sinceCancel.elapsed()));
   EXPECT_EQ(FState->Grid().rowCount(), 4);
-  const TStepFailures failures = FState->TakeStepFailures();
+  const TFailures failures = FState->TakeStepFailures();
   ASSERT_FALSE(failures.isEmpty());
   EXPECT_EQ(failures.first().Text(), "Get tickets: cancelled before its end; nothing more was asked");
   EXPECT_TRUE(failures.last().Reason.startsWith("the step was cancelled")) << failures.last().Text().toStdString();
