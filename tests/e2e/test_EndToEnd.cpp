@@ -93,14 +93,6 @@ protected:
     return steps;
   }
 
-  QString PartText(const QJsonObject &message, const QString &type) const
-  {
-    for (const QJsonValue &part : message["parts"].toArray())
-      if (part["type"].toString() == type)
-        return part["text"].toString();
-    return {};
-  }
-
   TTempConfig FConfig;
   QString FCredentials; // the run's $CREDENTIALS_DIRECTORY when not empty
   TDemoServiceProcess FService;
@@ -164,7 +156,7 @@ TEST_F(EndToEnd, FullRunWithSystemdCredentialsSendsTheReportToTheDefaultRecipien
   const QJsonObject headers = messages[0]["headers"].toObject();
   EXPECT_EQ(QStringList({headers["From"].toString(), headers["To"].toString(), headers["Cc"].toString()}),
             QStringList({"followup@example.org", "leads@example.org, desk@example.org", "boss@example.org"}));
-  const QString html = PartText(messages[0], "text/html");
+  const QString html = messages[0]["parts"][1]["text"].toString();
   EXPECT_TRUE(html.contains("<h2>DEBUG</h2>"));
   EXPECT_TRUE(html.contains("@vellmor.example")); // the computed recipients, listed for information
   EXPECT_FALSE(html.contains("WARNING"));
@@ -193,10 +185,10 @@ TEST_F(EndToEnd, WithADisplayTheWindowRunsTheSameRoutineAndClosesEvenWhenAStepFa
   EXPECT_TRUE(failed.Log.contains(" - ERROR Mail to 3 recipient(s), 111 row(s)")) << failed.Log.toStdString();
 }
 
-// A refused token: the run still sends a report, which checks nothing and says
-// why, and ends as incomplete. (A page that is not a ticket list, or a request
-// that fails, ends the same way: TicketsList.BadPagesFailWithTheirOwnErrorLines,
-// ServiceFaultsTest.)
+// A refused token: the run still sends a report, which says that the retrieval
+// was incomplete, and ends so; stderr shows the failure once, without the trace's
+// own words. (What such a report holds: MailReportTest; other faults of the
+// service: ServiceFaultsTest.)
 TEST_F(EndToEnd, AFailedRetrievalStillSendsAReportThatChecksNothingAndSaysWhyInPlainWords)
 {
   FService.Stop();
@@ -215,11 +207,8 @@ TEST_F(EndToEnd, AFailedRetrievalStillSendsAReportThatChecksNothingAndSaysWhyInP
   EXPECT_EQ(run.Err.count(logged), 1) << run.Err.toStdString();
   EXPECT_FALSE(run.Err.contains("Erreur")) << run.Err.toStdString();
   ASSERT_EQ(FSmtp.Messages().size(), 1);
-  const QString html = PartText(FSmtp.Messages()[0], "text/html");
-  EXPECT_TRUE(html.contains("WARNING: the retrieval of the tickets was incomplete"));
-  EXPECT_EQ(html.count("This could not be checked: the retrieval of the tickets was incomplete."), 2);
-  EXPECT_FALSE(html.contains("All tickets have been") || html.contains("DEBUG"));
-  EXPECT_FALSE(html.contains("1899"));
+  EXPECT_TRUE(FSmtp.Messages()[0]["parts"][1]["text"].toString().contains(
+      "WARNING: the retrieval of the tickets was incomplete"));
 }
 
 // An organization without anything to report: no mail. (Every other run here

@@ -43,7 +43,9 @@ TEST_F(ReferenceQueries, EachQueryAsksWithItsOwnMethodAndBody)
   }
 }
 
-TEST_F(ReferenceQueries, ObjectsAndOrganizationsAreReadMemberForMember)
+// Each record member for member; the teams' organizations come from one GET per
+// team, and only when asked for.
+TEST_F(ReferenceQueries, RecordsAreReadMemberForMemberAndTeamDetailsOnlyWhenAsked)
 {
   const tyRestObject status = Await(FRest->GET_Objects(FSettings, "TICKETING", "TICKET_STATUS")).Value.value(0);
   EXPECT_EQ(std::tie(status.id, status.module, status.organization.name, status._reference, status.subType, status._type),
@@ -56,6 +58,28 @@ TEST_F(ReferenceQueries, ObjectsAndOrganizationsAreReadMemberForMember)
                      one.ticketingModuleEnabled),
             std::make_tuple(1, QString("One"), true, false, true));
   EXPECT_FALSE(organizations[1].ticketingModuleEnabled);
+  const tyRestOperators operators = Await(FRest->GET_OperatorsList(FSettings)).Value;
+  ASSERT_EQ(operators.size(), 3);
+  // An absent operator integer reads as -1.
+  EXPECT_EQ(std::make_tuple(operators[0].hourFormat, operators[0].manager.name, operators[0].twoFactorAuthActive,
+                            operators[0].teams.value(0).id, operators[1].hourFormat, operators[1].status),
+            std::make_tuple(24, QString("User 2"), true, 11, -1, QString("INACTIVE")));
+
+  FService.ClearRequests();
+  const tyRestTeams teams = Await(FRest->GET_Teams(FSettings, false)).Value;
+  EXPECT_EQ(FService.Requests().size(), 1);
+  ASSERT_EQ(teams.size(), 3);
+  EXPECT_EQ(std::make_tuple(teams[0].name, teams[0].remarks, teams[0].members.value(1).name,
+                            teams[0].organizations.size(), teams[2].remarks),
+            std::make_tuple(QString("Desk"), QString("first line"), QString("User 1"), qsizetype(0), QString()));
+  FService.ClearRequests();
+  const TRestResult<tyRestTeams> detailed = Await(FRest->GET_Teams(FSettings, true));
+  EXPECT_FALSE(detailed.Failed());
+  ASSERT_EQ(FService.Requests().size(), 4);
+  EXPECT_EQ(std::tie(FService.Requests()[2].Method, FService.Requests()[2].Target),
+            std::make_tuple(QByteArray("GET"), QString("/api/teams/12")));
+  EXPECT_EQ(detailed.Value[1].organizations.size(), 2);
+  EXPECT_EQ(detailed.Value[1].organizations.value(1).name, "Two");
 }
 
 TEST_F(ReferenceQueries, OrganizationLackingAMemberStopsTheReadingThere)
@@ -132,39 +156,4 @@ TEST_F(ReferenceQueries, BadAnswersFailWithTheirOwnErrorLines)
       EXPECT_TRUE(errors.first().startsWith(row.error)) << context << ": " << errors.first().toStdString();
     }
   }
-}
-
-TEST_F(ReferenceQueries, TeamsComeFromOnePostAndEachDetailFromAGetWhenAsked)
-{
-  tyRestTeams teams = Await(FRest->GET_Teams(FSettings, false)).Value;
-  ASSERT_EQ(FService.Requests().size(), 1);
-  ASSERT_EQ(teams.size(), 3);
-  EXPECT_EQ(teams[0].name, "Desk");
-  EXPECT_EQ(teams[0].remarks, "first line");
-  ASSERT_EQ(teams[0].members.size(), 2);
-  EXPECT_EQ(teams[0].members[1].name, "User 1");
-  EXPECT_TRUE(teams[0].organizations.isEmpty());
-  EXPECT_TRUE(teams[2].remarks.isEmpty());
-
-  FService.ClearRequests();
-  const TRestResult<tyRestTeams> detailed = Await(FRest->GET_Teams(FSettings, true));
-  EXPECT_FALSE(detailed.Failed());
-  ASSERT_EQ(FService.Requests().size(), 4);
-  EXPECT_EQ(FService.Requests()[2].Method, "GET");
-  EXPECT_EQ(FService.Requests()[2].Target, "/api/teams/12");
-  ASSERT_EQ(detailed.Value[1].organizations.size(), 2);
-  EXPECT_EQ(detailed.Value[1].organizations[1].name, "Two");
-}
-
-TEST_F(ReferenceQueries, OperatorsFirstPageWithHelpersPresets)
-{
-  const tyRestOperators operators = Await(FRest->GET_OperatorsList(FSettings)).Value;
-  ASSERT_EQ(operators.size(), 3);
-  EXPECT_EQ(operators[0].hourFormat, 24);
-  EXPECT_EQ(operators[1].hourFormat, -1) << "an absent operator integer reads as -1";
-  EXPECT_EQ(operators[0].manager.name, "User 2");
-  EXPECT_TRUE(operators[0].twoFactorAuthActive);
-  ASSERT_EQ(operators[0].teams.size(), 1);
-  EXPECT_EQ(operators[0].teams[0].id, 11);
-  EXPECT_EQ(operators[1].status, "INACTIVE");
 }
