@@ -119,10 +119,8 @@ TEST_F(FilesUnderFaults, ADamagedSecretIsWrittenBackAsFoundUntilANewOneIsEntered
   ici.API.Token = "renewed"; // a token renewal saves the group
   SaveConfigITSM(FIni, ici);
   SaveConfigSMTP(FIni, smtp);
-  const QString text = ReadTextFile(FIni);
-  EXPECT_TRUE(text.contains("ClientSecret=bm90IGEgc2VjcmV0\n"));
-  EXPECT_TRUE(text.contains("Password=%%%\n"));
-  EXPECT_TRUE(text.contains("[SMTP]\nPassword=AAAA\n"));
+  for (const char *kept : {"ClientSecret=bm90IGEgc2VjcmV0\n", "Password=%%%\n", "[SMTP]\nPassword=AAAA\n"})
+    EXPECT_TRUE(ReadTextFile(FIni).contains(kept)) << kept;
 
   ici.API.Password = "typed again";
   SaveConfigITSM(FIni, ici);
@@ -136,11 +134,9 @@ TEST_F(FilesUnderFaults, OnlyTheOwnerReadsWhatTheProgramCreates)
 {
   const QString folder = FConfig.File("Vellmor/vlmQuorvexITSM");
   MakePrivateFolder(folder);
-  EXPECT_EQ(ModeOf(FConfig.File("Vellmor")), 0700u);
-  EXPECT_EQ(ModeOf(folder), 0700u);
-
   WriteFileAtomically(folder + "/new.log", "x");
-  EXPECT_EQ(ModeOf(folder + "/new.log"), 0600u);
+  EXPECT_EQ((QList<mode_t>{ModeOf(FConfig.File("Vellmor")), ModeOf(folder), ModeOf(folder + "/new.log")}),
+            (QList<mode_t>{0700u, 0700u, 0600u}));
 
   // A file the user opened to others keeps its mode, but the settings, which
   // hold the token and the secrets, are closed at their next save.
@@ -178,8 +174,8 @@ TEST_F(FilesUnderFaults, ASaveThroughASymbolicLinkWritesItsTargetAndKeepsTheLink
 TEST_F(FilesUnderFaults, ARunLogNeverReplacesAnother)
 {
   const QString log = FConfig.File("quorvex-followup_20261114_060001.log");
-  EXPECT_EQ(SaveLinesAsNewFile(log, {"first"}, "\n"), log);
-  EXPECT_EQ(SaveLinesAsNewFile(log, {"second"}, "\n"), FConfig.File("quorvex-followup_20261114_060001_2.log"));
-  EXPECT_EQ(SaveLinesAsNewFile(log, {"third"}, "\n"), FConfig.File("quorvex-followup_20261114_060001_3.log"));
-  EXPECT_EQ(ReadTextFile(log), "first\n");
+  for (const QString &suffix : {"", "_2", "_3"})
+    EXPECT_EQ(SaveLinesAsNewFile(log, {"line" + suffix}, "\n"),
+              FConfig.File("quorvex-followup_20261114_060001" + suffix + ".log"));
+  EXPECT_EQ(ReadTextFile(log), "line\n");
 }

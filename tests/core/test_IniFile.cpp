@@ -13,13 +13,12 @@ TEST(IniFile, ProfileSemanticsOnReading)
   WriteTextFile(config.File("a.ini"), "; a comment\n[Main]\nName =  value with spaces  \nname=second\n"
                                       "Count=12\nFlag=2\nOff=0\nBad=twelve\n[main]\nExtra=x\n");
   const TIniFile ini(config.File("a.ini"));
-  EXPECT_EQ(ini.ReadString("MAIN", "NAME", ""), "value with spaces"); // case-insensitive, trimmed, first wins
-  EXPECT_EQ(ini.ReadInteger("Main", "Count", 0), 12);
-  EXPECT_TRUE(ini.ReadBool("Main", "Flag", false)); // any non-zero integer
-  EXPECT_FALSE(ini.ReadBool("Main", "Off", true));
-  EXPECT_EQ(ini.ReadInteger("Main", "Bad", -1), -1); // not a number: default
-  EXPECT_TRUE(ini.ReadBool("Main", "Bad", true));
-  EXPECT_EQ(ini.ReadString("Main", "Extra", ""), "x"); // repeated section merges
+  // Names in any case, values trimmed, the first wins, a repeated section merges.
+  EXPECT_EQ(ini.ReadString("MAIN", "NAME", "") + "|" + ini.ReadString("Main", "Extra", ""), "value with spaces|x");
+  // Any non-zero integer is true; what is not a number gives the default.
+  EXPECT_EQ(std::tuple(ini.ReadInteger("Main", "Count", 0), ini.ReadBool("Main", "Flag", false),
+                       ini.ReadBool("Main", "Off", true), ini.ReadInteger("Main", "Bad", -1), ini.ReadBool("Main", "Bad", true)),
+            std::tuple(12, true, false, -1, true));
 }
 
 TEST(IniFile, WritesKeyEqualsValueAndKeepsWhatItDoesNotKnow)

@@ -119,12 +119,8 @@ TEST_F(SecretLookupTest, EachSecretComesFromCredentialsThenKeyringThenSettingsFi
     EXPECT_EQ(ici.API.ClientSecret, c.Expected);
     EXPECT_EQ(ici.API.Password, "file-api"); // no credential nor keyring entry of its own
     ASSERT_EQ(FWarnings.size(), c.Warning ? 1 : 0) << FWarnings.join('\n').toStdString();
-    if (c.Warning) {
-      EXPECT_TRUE(FWarnings.first().contains(c.Warning)) << FWarnings.first().toStdString();
-    }
-    for (const QString &warning : FWarnings)
-      for (const char *secret : {"s3-", "file-api"})
-        EXPECT_FALSE(warning.contains(secret)) << warning.toStdString();
+    EXPECT_TRUE(!c.Warning || FWarnings.first().contains(c.Warning)) << FWarnings.join('\n').toStdString();
+    EXPECT_FALSE(FWarnings.join('\n').contains("s3-") || FWarnings.join('\n').contains("file-api")); // no secret told
   }
 }
 
@@ -172,16 +168,10 @@ TEST_F(SecretLookupTest, EnteredSecretsGoToTheKeyringOfADesktopSessionAndTheFile
 
     const QString stored = TIniFile(FIni).ReadString("QuorvexITSM", "ClientSecret", "");
     EXPECT_FALSE(ReadTextFile(FIni).contains("typed secret"));
-    if (c.InKeyring) {
-      EXPECT_EQ(stored, CKeyringMarker);
-      EXPECT_EQ(FKeyring.Stored.value(KeyOf(Setting::Itsm::ClientSecret)), "typed secret");
-    } else {
-      EXPECT_EQ(Decrypt(stored), "typed secret");
-    }
+    EXPECT_EQ(c.InKeyring ? FKeyring.Stored.value(KeyOf(Setting::Itsm::ClientSecret)) : Decrypt(stored), "typed secret");
+    EXPECT_EQ(stored == CKeyringMarker, c.InKeyring);
     ASSERT_EQ(FWarnings.size(), c.Warning ? 1 : 0) << FWarnings.join('\n').toStdString();
-    if (c.Warning) {
-      EXPECT_TRUE(FWarnings.first().contains(c.Warning)) << FWarnings.first().toStdString();
-    }
+    EXPECT_TRUE(!c.Warning || FWarnings.first().contains(c.Warning)) << FWarnings.join('\n').toStdString();
 
     // Read back by the next start of the same session.
     FKeyring.Mood = TFakeKeyring::Answers;
@@ -208,8 +198,8 @@ TEST_F(SecretLookupTest, ASecretFromCredentialsOrTheKeyringIsNeverWrittenToTheSe
   SaveConfigITSM(FIni, ici, lookup, FWarnings);
   EXPECT_EQ(FKeyring.Asked, asked);
   const TIniFile saved(FIni);
-  EXPECT_EQ(saved.ReadString("QuorvexITSM", "Token", ""), "renewed");
-  EXPECT_EQ(saved.ReadString("QuorvexITSM", "ClientSecret", ""), CKeyringMarker);
-  EXPECT_EQ(saved.ReadString("QuorvexITSM", "Password", ""), storedPassword);
+  EXPECT_EQ((QStringList{saved.ReadString("QuorvexITSM", "Token", ""), saved.ReadString("QuorvexITSM", "ClientSecret", ""),
+                         saved.ReadString("QuorvexITSM", "Password", "")}),
+            (QStringList{"renewed", CKeyringMarker, storedPassword}));
   EXPECT_TRUE(FWarnings.isEmpty()) << FWarnings.join('\n').toStdString();
 }

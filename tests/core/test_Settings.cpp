@@ -22,31 +22,37 @@ protected:
 
 } // namespace
 
-TEST_F(SettingsTest, MissingFileGivesEveryDefault)
+// A missing file and values of the wrong type give the defaults: no made-up
+// server, mailbox or address; a parallel count beyond the most gives the most,
+// with a warning naming the key. Reading never writes.
+TEST_F(SettingsTest, MissingFileOrWrongTypesGiveTheDefaults)
 {
-  tyQuorvexITSM ici;
-  ReadConfigITSM(FPath, ici, FWarnings);
-  EXPECT_EQ(std::tie(ici.SaaS, ici.Instance, ici.API.ClientID, ici.API.ClientSecret, ici.API.Password,
-                     ici.API.TokenRequest, ici.API.TokenValidity, ici.API.Token, ici.ParallelRequests),
-            std::make_tuple(true, QString("acme"), QString(), QString(), QString(), 0.0, 24, QString(), 1));
-  tySMTPserver smtp;
-  ReadConfigSMTP(FPath, smtp, FWarnings);
-  // No made-up server, mailbox or address.
-  EXPECT_EQ(smtp.Server + smtp.UserName + smtp.Password + smtp.DefaultTo + smtp.DefaultCC + smtp.From, "");
-  EXPECT_EQ(std::tie(smtp.Port, smtp.UseSSL), std::make_tuple(465, true));
-  std::int32_t minutes = 0, days = 0;
-  QStringList ignored{"stale"};
-  ReadConfigFilters(FPath, minutes, days, ignored);
-  EXPECT_EQ(std::tie(minutes, days, ignored), std::make_tuple(15, 14, QStringList{"Planned (without SLA)"}));
-
   tyRestOrganizations organizations{tyRestOrganization{}};
   tyRestTeams teams{tyRestTeam{}};
   ReadConfigOrgaAndTeams(FPath, organizations, teams);
-  EXPECT_TRUE(organizations.isEmpty());
-  EXPECT_TRUE(teams.isEmpty());
-
-  EXPECT_TRUE(FWarnings.isEmpty());
-  EXPECT_FALSE(QFile::exists(FPath)); // reading never writes
+  EXPECT_TRUE(organizations.isEmpty() && teams.isEmpty());
+  for (const bool wrong : {false, true}) {
+    SCOPED_TRACE(wrong);
+    if (wrong)
+      WriteTextFile(FPath, "[QuorvexITSM]\nSaaS=yes\nTokenValidity=12h\nTokenRequest=yesterday\nParallelRequests=20\n"
+                           "[SMTP]\nPort=twenty-five\nUseSSL=7\n[Filters]\nNbMinutes=\nNbDays=3.5\n");
+    tyQuorvexITSM ici;
+    ReadConfigITSM(FPath, ici, FWarnings);
+    EXPECT_EQ(std::tie(ici.SaaS, ici.Instance, ici.API.ClientID, ici.API.ClientSecret, ici.API.Password,
+                       ici.API.TokenRequest, ici.API.TokenValidity, ici.API.Token, ici.ParallelRequests),
+              std::make_tuple(true, QString("acme"), QString(), QString(), QString(), 0.0, 24, QString(), wrong ? 8 : 1));
+    EXPECT_EQ(FWarnings.join('\n').contains("ParallelRequests"), wrong) << FWarnings.join('\n').toStdString();
+    EXPECT_EQ(FWarnings.size(), wrong ? 1 : 0);
+    tySMTPserver smtp;
+    ReadConfigSMTP(FPath, smtp, FWarnings);
+    EXPECT_EQ(smtp.Server + smtp.UserName + smtp.Password + smtp.DefaultTo + smtp.DefaultCC + smtp.From, "");
+    EXPECT_EQ(std::tie(smtp.Port, smtp.UseSSL), std::make_tuple(465, true)); // UseSSL=7 is non-zero
+    std::int32_t minutes = 0, days = 0;
+    QStringList ignored{"stale"};
+    ReadConfigFilters(FPath, minutes, days, ignored);
+    EXPECT_EQ(std::tie(minutes, days, ignored), std::make_tuple(15, 14, QStringList{"Planned (without SLA)"}));
+    EXPECT_EQ(QFile::exists(FPath), wrong);
+  }
 }
 
 TEST_F(SettingsTest, ServiceAndMailGroupsRoundTripWithSecretsEnciphered)
@@ -119,27 +125,6 @@ TEST_F(SettingsTest, DeliveryModesRoundTripAndAnUnknownOneReadsAsReportWithAWarn
     EXPECT_TRUE(FWarnings[0].contains(part)) << FWarnings[0].toStdString();
 }
 
-TEST_F(SettingsTest, WrongTypesFallBackToDefaults)
-{
-  WriteTextFile(FPath, "[QuorvexITSM]\nSaaS=yes\nTokenValidity=12h\nTokenRequest=yesterday\nParallelRequests=20\n"
-                       "[SMTP]\nPort=twenty-five\nUseSSL=7\n"
-                       "[Filters]\nNbMinutes=\nNbDays=3.5\n");
-  tyQuorvexITSM ici;
-  ReadConfigITSM(FPath, ici, FWarnings);
-  // ParallelRequests beyond the most gives the most, with a warning naming the key.
-  EXPECT_EQ(std::tie(ici.SaaS, ici.API.TokenValidity, ici.API.TokenRequest, ici.ParallelRequests),
-            std::make_tuple(true, 24, 0.0, 8));
-  ASSERT_EQ(FWarnings.size(), 1);
-  EXPECT_TRUE(FWarnings.first().contains("ParallelRequests")) << FWarnings.first().toStdString();
-  tySMTPserver smtp;
-  ReadConfigSMTP(FPath, smtp, FWarnings);
-  EXPECT_EQ(std::tie(smtp.Port, smtp.UseSSL), std::make_tuple(465, true)); // 7 is non-zero
-  std::int32_t minutes = 0, days = 0;
-  QStringList ignored;
-  ReadConfigFilters(FPath, minutes, days, ignored);
-  EXPECT_EQ(std::tie(minutes, days), std::make_tuple(15, 14));
-}
-
 TEST_F(SettingsTest, OrganizationAndTeamListsCountFromOne)
 {
   tyRestOrganizations organizations(2);
@@ -159,11 +144,10 @@ TEST_F(SettingsTest, OrganizationAndTeamListsCountFromOne)
   tyRestOrganizations readOrganizations;
   tyRestTeams readTeams;
   ReadConfigOrgaAndTeams(FPath, readOrganizations, readTeams);
-  ASSERT_EQ(readOrganizations.size(), 2);
-  EXPECT_EQ(std::tie(readOrganizations[0].id, readOrganizations[0].name, readOrganizations[0].ticketingModuleEnabled),
-            std::make_tuple(12, QString::fromUtf8("Müller AG"), true));
-  EXPECT_FALSE(readOrganizations[1].ticketingModuleEnabled);
-  ASSERT_EQ(readTeams.size(), 1);
+  ASSERT_EQ(std::pair(readOrganizations.size(), readTeams.size()), std::pair(qsizetype(2), qsizetype(1)));
+  EXPECT_EQ(std::tie(readOrganizations[0].id, readOrganizations[0].name, readOrganizations[0].ticketingModuleEnabled,
+                     readOrganizations[1].ticketingModuleEnabled),
+            std::make_tuple(12, QString::fromUtf8("Müller AG"), true, false));
 
   // A shorter list than a smaller count: the old entries do not come back.
   SaveConfigOrgaAndTeams(FPath, organizations.mid(1), {});
@@ -181,9 +165,7 @@ TEST_F(SettingsTest, IgnoredStatusesCountFromZero)
   std::int32_t minutes = 0, days = 0;
   QStringList ignored;
   ReadConfigFilters(FPath, minutes, days, ignored);
-  EXPECT_EQ(minutes, 30);
-  EXPECT_EQ(days, 7);
-  EXPECT_EQ(ignored, (QStringList{"Waiting", QString::fromUtf8("Résolu")}));
+  EXPECT_EQ(std::tie(minutes, days, ignored), std::make_tuple(30, 7, QStringList{"Waiting", QString::fromUtf8("Résolu")}));
 
   // No status at all cannot be kept: the default one comes back.
   SaveConfigFilters(FPath, 30, 7, {});
@@ -199,25 +181,17 @@ TEST_F(SettingsTest, ColourSectionsAreErasedBeforeBeingRewritten)
 {
   // A priority's long text is its reference, its two-character code its text.
   const auto object = [](const QString &reference, const QString &text, TColor colour) {
-    tyRestObject o;
-    o._reference = reference;
-    o.Text = text;
-    o.BgColor = colour;
-    return o;
+    return tyRestObject{._reference = reference, .Text = text, .BgColor = colour};
   };
   SavePriorities(FPath, {object("INCIDENT - P1", "P1", 255)});
   SaveStatus(FPath, {object("OPEN", "", 16711680), object("OLD_CODE", "", 65280)});
-  QString text = ReadTextFile(FPath);
-  EXPECT_TRUE(text.contains("[PriorityLong]\nINCIDENT - P1=P1\n")) << text.toStdString();
-  EXPECT_TRUE(text.contains("[Priority]\nP1=255\n"));
-  EXPECT_TRUE(text.contains("[Status]\nOPEN=16711680\nOLD_CODE=65280\n"));
-
+  ASSERT_TRUE(ReadTextFile(FPath).contains("[Status]\nOPEN=16711680\nOLD_CODE=65280\n"));
   SaveStatus(FPath, {object("OPEN", "", 16711680), object("NEW_CODE", "", 65280)});
   SavePriorities(FPath, {object("REQUEST - P2", "P2", 128)});
-  text = ReadTextFile(FPath);
-  EXPECT_TRUE(text.contains("[Status]\nOPEN=16711680\nNEW_CODE=65280\n")) << text.toStdString();
-  EXPECT_TRUE(text.contains("[PriorityLong]\nREQUEST - P2=P2\n"));
-  EXPECT_TRUE(text.contains("[Priority]\nP2=128\n"));
+  const QString text = ReadTextFile(FPath);
+  for (const char *kept : {"[Status]\nOPEN=16711680\nNEW_CODE=65280\n", "[PriorityLong]\nREQUEST - P2=P2\n",
+                           "[Priority]\nP2=128\n"})
+    EXPECT_TRUE(text.contains(kept)) << text.toStdString();
   for (const char *stale : {"OLD_CODE", "INCIDENT - P1", "P1="})
     EXPECT_FALSE(text.contains(stale)) << stale;
 }

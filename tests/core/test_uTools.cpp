@@ -20,12 +20,10 @@ TEST(TextHelpers, HtmlCellsPaddedNumbersAndTrimmedBlanks)
       {"", "&nbsp;"}, {" \t\r\n", "&nbsp;"}, {" a b ", "&nbsp;a&nbsp;b&nbsp;"}, {"<b>R&D</b>", "<b>R&D</b>"}};
   for (const auto &[text, html] : cells)
     EXPECT_EQ(Str2Html(text), html) << text.toStdString();
-  EXPECT_EQ(NumStr(7, 3), "007");
-  EXPECT_EQ(NumStr(1234, 2), "1234");
-  EXPECT_EQ(NumStr(-5, 4), "00-5");
-  EXPECT_EQ(TrimBlanks("\t a b \r\n"), "a b");
-  EXPECT_EQ(TrimBlanks("\x01x\x1f"), "x");
-  EXPECT_EQ(TrimBlanks(QString::fromUtf8("\u00A0x")), QString::fromUtf8("\u00A0x")); // not a blank
+  EXPECT_EQ((QStringList{NumStr(7, 3), NumStr(1234, 2), NumStr(-5, 4)}), (QStringList{"007", "1234", "00-5"}));
+  // A no-break space is not a blank.
+  EXPECT_EQ((QStringList{TrimBlanks("\t a b \r\n"), TrimBlanks("\x01x\x1f"), TrimBlanks(QString::fromUtf8("\u00A0x"))}),
+            (QStringList{"a b", "x", QString::fromUtf8("\u00A0x")}));
 }
 
 TEST(Colours, HtmlFormsContrastAndSystemColours)
@@ -90,7 +88,6 @@ TEST(DateTime, DayCountsFileStampsAndLocaleText)
 
   EXPECT_TRUE(QRegularExpression("^\\d{8}_\\d{6}$").match(Timestamp(false)).hasMatch());
   EXPECT_TRUE(QRegularExpression("^\\d{8}_\\d{6}\\.\\d{3}$").match(Timestamp(true)).hasMatch());
-
   const TScopedLocale french(QLocale(QLocale::French, QLocale::France));
   EXPECT_EQ(DateTimeToStr(QDateTime(QDate(2026, 11, 14), QTime(6, 0, 1))), "14/11/2026 06:00:01");
   EXPECT_EQ(DateTimeToStr(QDateTime(QDate(2026, 11, 14), QTime(0, 0))), "14/11/2026"); // no midnight

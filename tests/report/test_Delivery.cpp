@@ -11,7 +11,6 @@
 #include "support/TempConfig.h"
 #include "tickets/ColourStore.h"
 
-#include <QElapsedTimer>
 #include <QJsonArray>
 #include <QTimer>
 #include <gtest/gtest.h>
@@ -44,10 +43,7 @@ protected:
     options.Faults = faults;
     FServer = std::make_unique<TSmtpTestServer>(options);
     ASSERT_TRUE(FServer->Started()) << FServer->Failure().toStdString();
-    FSmtp.Server = "127.0.0.1";
-    FSmtp.Port = FServer->Port();
-    FSmtp.UseSSL = false;
-    FSmtp.From = "followup@example.test";
+    FSmtp = {"127.0.0.1", FServer->Port(), false, {}, {}, {}, {}, "followup@example.test"};
     FOptions.RetryPause = std::chrono::milliseconds(10);
   }
 
@@ -85,14 +81,11 @@ TEST_F(DeliveryTest, ARefusedRecipientNeitherStopsTheOthersNorTheNextMails)
   EXPECT_EQ(result.MailsSent, 35);                  // every mail but the one whose only recipient is refused
   EXPECT_EQ(Received().size(), 12 - 2 + 35 - 1);   // and every recipient but the three refused
   EXPECT_FALSE(Received().contains("r1-5@example.test"));
-  const QString server = QStringLiteral("127.0.0.1:%1").arg(FServer->Port());
+  const QString at = QStringLiteral(": 127.0.0.1:%1 replied: ").arg(FServer->Port());
   EXPECT_EQ(Failures(result),
-            (QStringList{"Mail to r1-5@example.test: " + server +
-                             " replied: 550 5.1.1 <r1-5@example.test>: mailbox unavailable",
-                         "Mail to r1-9@example.test: " + server +
-                             " replied: 501 5.1.3 <r1-9@example.test>: bad recipient address syntax",
-                         "Mail to r20-1@example.test: " + server +
-                             " replied: 550 5.1.1 <r20-1@example.test>: mailbox unavailable"}));
+            (QStringList{"Mail to r1-5@example.test" + at + "550 5.1.1 <r1-5@example.test>: mailbox unavailable",
+                         "Mail to r1-9@example.test" + at + "501 5.1.3 <r1-9@example.test>: bad recipient address syntax",
+                         "Mail to r20-1@example.test" + at + "550 5.1.1 <r20-1@example.test>: mailbox unavailable"}));
   // One conversation carries the mails; libcurl ends it only after the upload
   // whose every recipient was refused, and the next mails go on a second one.
   QSet<int> peers;
@@ -109,9 +102,9 @@ TEST_F(DeliveryTest, TemporaryFailuresAreTriedThreeTimesInAll)
   // The first DATA is refused (451) and tried again; the connection drops at the
   // third DATA, which goes again on a new one.
   EXPECT_EQ(Received(), (QStringList{"r1-1@example.test", "r1-3@example.test", "r2-1@example.test"}));
-  ASSERT_EQ(result.Failures.size(), 1);
-  EXPECT_EQ(result.Failures[0].What, "Mail to r1-2@example.test");
-  EXPECT_TRUE(result.Failures[0].Reason.contains("450 4.2.1")) << result.Failures[0].Reason.toStdString();
+  ASSERT_EQ(Failures(result).size(), 1);
+  EXPECT_TRUE(Failures(result)[0].startsWith("Mail to r1-2@example.test: ")) << Failures(result)[0].toStdString();
+  EXPECT_TRUE(Failures(result)[0].contains("450 4.2.1")) << Failures(result)[0].toStdString();
 }
 
 TEST_F(DeliveryTest, RecipientsBeyondTheRelaysLimitGoAsIdenticalMails)
@@ -178,19 +171,14 @@ TEST_F(DeliveryTest, AStopOrThePassedDeadlineStartsNoFurtherMail)
   Relay({}, {"--delay", "0.2"});
   TStopRequest stop;
   FOptions.Stop = &stop;
-  QElapsedTimer clock;
-  clock.start();
   // The request comes while the second mail is on its way.
   QTimer::singleShot(1500, &stop, [&stop] { stop.Request("SIGTERM"); });
   const TDeliveryResult stopped = Deliver(Mails(10));
-  const qint64 stoppedAfter = clock.elapsed();
   EXPECT_GE(stopped.MailsSent, 1);
   EXPECT_LT(stopped.MailsSent, 10);
   EXPECT_EQ(stopped.Failures.size(), 10 - stopped.MailsSent);
   EXPECT_TRUE(stopped.Failures.last().Reason.contains("not sent: the run was stopped (SIGTERM)"))
       << stopped.Failures.last().Reason.toStdString();
-  std::printf("stopped %lld ms after the start, %d of 10 mails sent\n", static_cast<long long>(stoppedAfter),
-              stopped.MailsSent);
 
   FOptions.Stop = nullptr;
   FOptions.Deadline = QDeadlineTimer(1500);

@@ -1,3 +1,4 @@
+#include "ReportTestData.h"
 #include "SmtpTestServer.h"
 #include "report/DeliveryPlan.h"
 #include "report/MailAddress.h"
@@ -82,30 +83,15 @@ class DeliveryPlanTest : public ::testing::Test
 protected:
   DeliveryPlanTest()
   {
-    auto ticket = [](std::int32_t id, std::int32_t user, double daysSinceUpdate) {
-      tyRestTicket t;
-      t.id = id;
-      t._type = "INCIDENT";
-      t.assignedTeam = {10, "Desk"};
-      t.assignedUser = {user, user ? "Bob" : ""};
-      t.creationDate = CNow.addDays(-2).toString(Qt::ISODate);
-      t.lastUpdate = CNow.addSecs(static_cast<qint64>(-daysSinceUpdate * 86400)).toString(Qt::ISODate);
-      return t;
-    };
-    FIn.Tickets = {ticket(1, 0, 1), ticket(2, 2, 30)};
-    FIn.ExtractionTickets = CNow;
-    FIn.NbMinutes = 15;
-    FIn.NbDays = 14;
-    FIn.SelectedTeams = {tyRestTeam{10, {}, "Desk", {}, {}}};
-    tyRestOperator ann;
-    ann.id = 1;
-    ann.notificationEmail = "Ann@Example.test"; // the report lists it in lower case
-    ann.status = "ACTIVE";
-    ann.teams = {{10, "Desk"}};
-    tyRestOperator bob = ann;
-    bob.id = 2;
-    bob.notificationEmail = "bob@example.test";
-    FIn.Operators = {ann, bob};
+    for (const auto &[id, user, daysSinceUpdate] : {std::tuple{1, 0, 1}, {2, 2, 30}}) {
+      FIn.Tickets.append(ReportTicket(id, "INCIDENT", CNow.addDays(-2).toString(Qt::ISODate),
+                                      CNow.addDays(-daysSinceUpdate).toString(Qt::ISODate)));
+      FIn.Tickets.last().assignedUser = {user, user ? "Bob" : ""};
+    }
+    // Ann's address as typed; the report lists it in lower case.
+    FIn.Operators = {ReportOperator(1, "Ann@Example.test"), ReportOperator(2, "bob@example.test")};
+    for (tyRestOperator &op : FIn.Operators)
+      op.teams = {{10, "Desk"}};
     FIn.TeamsOperators = UpdateListTeamsOperators(FIn.Operators);
     FSmtp.DefaultTo = "leads@example.test, Leads@Example.test";
     FSmtp.DefaultCC = "LEADS@example.test; boss@example.test; ann@example.test";
@@ -120,7 +106,7 @@ protected:
 
   TTempConfig FConfig;
   TColourStore FColours{FConfig.File("q.ini")};
-  TReportInput FIn;
+  TReportInput FIn = ReportInput(CNow);
   tySMTPserver FSmtp;
 };
 
@@ -178,9 +164,8 @@ TEST_F(DeliveryPlanTest, SkipWhenClearSendsNothingOnlyForACompleteEmptyReport)
   EXPECT_EQ(PlanDelivery(FIn, delivery, FSmtp, FColours, [] { return CNow; }).Mails.size(), 1);
 }
 
-// The workbook a mail carries: a sheet per section with rows, its header bold,
-// frozen and filtered; the ticket as its name, the ages and the reports as numbers,
-// dates as dates.
+// The workbook a mail carries holds the rows of that mail only (the layout of
+// its sheets is the Workbooks tests'), the ages and the reports as numbers.
 TEST_F(DeliveryPlanTest, TheAttachedWorkbookHoldsTheRowsOfItsMailAsTypedCells)
 {
   FIn.FollowUp = std::make_shared<TFollowUpMemory>();
@@ -188,19 +173,12 @@ TEST_F(DeliveryPlanTest, TheAttachedWorkbookHoldsTheRowsOfItsMailAsTypedCells)
   ASSERT_EQ(digest.To, QStringList{"ann@example.test"});
   const QJsonArray sheets = ReadWorkbook(ReportWorkbook(digest.Report, FColours));
   ASSERT_EQ(sheets.size(), 1); // Ann's only row is unassigned
-  const QJsonObject sheet = sheets[0].toObject();
-  EXPECT_EQ(std::tuple(sheet["name"].toString(), sheet["bold"].toBool(), sheet["freeze"].toString(),
-                       sheet["filter"].toString()),
-            std::tuple(QString("Unassigned"), true, QString("A2"), QString("A1:K2")));
-  const QJsonArray rows = sheet["rows"].toArray();
-  EXPECT_EQ(rows[0].toArray().toVariantList(),
-            (QVariantList{"Organization", "Ticket", "Title", "Assigned Team", "Creation Date", "Hours since creation",
-                          "Last Update", "Priority", "Status", "Listed since", "Reports in a row"}));
+  EXPECT_EQ(sheets[0]["name"].toString(), "Unassigned");
+  const QJsonArray rows = sheets[0]["rows"].toArray();
+  ASSERT_EQ(rows.size(), 2);
   const QJsonArray row = rows[1].toArray();
-  EXPECT_TRUE(row[1].toString().endsWith(" 1")) << row[1].toString().toStdString();
-  EXPECT_EQ(std::tuple(row[5].toDouble(), row[10].toDouble()), std::tuple(48.0, 1.0));
-  for (const int date : {4, 6, 9})
-    EXPECT_TRUE(QDateTime::fromString(row[date].toString(), Qt::ISODate).isValid()) << date;
+  EXPECT_EQ(std::tuple(row[1].toString(), row[5].toDouble(), row[10].toDouble()),
+            std::tuple(QString("Incident 1"), 48.0, 1.0));
   EXPECT_EQ(ReportWorkbookName(QDate(2026, 11, 4)), "tickets-follow-up-20261104.xlsx");
 }
 

@@ -2,7 +2,6 @@
 #include "support/TempConfig.h"
 
 #include <QApplication>
-#include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -39,18 +38,6 @@ void WhenShown(const std::function<void(TfrmHtmlTexts &)> &edit)
 }
 
 } // namespace
-
-TEST(HtmlTextsDialogTest, PreviewsAreFilledOnShowAndFollowTheirEditor)
-{
-  TfrmHtmlTexts dialog;
-  dialog.Fill(Sample());
-  dialog.Preview(30)->clear();
-  dialog.show();
-  EXPECT_EQ(dialog.Preview(30)->text(), "<h2>More</h2>\n\n<p>end</p>");
-  EXPECT_EQ(dialog.Preview(30)->textFormat(), Qt::RichText);
-  dialog.Editor(21)->setPlainText("<p>Changed</p>");
-  EXPECT_EQ(dialog.Preview(21)->text(), "<p>Changed</p>");
-}
 
 // Clicks `answer` in the next message box and keeps its question.
 void AnswerNextQuestion(QMessageBox::StandardButton answer, QString *asked)

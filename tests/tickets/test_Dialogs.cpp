@@ -55,11 +55,9 @@ TEST(FiltersDialog, NumbersFallBackButAreNotClamped)
 {
   TfrmFilters dialog;
   dialog.Fill(30, 7, {});
-  EXPECT_EQ(dialog.Minutes(), 30);
   dialog.ledtNbMinutes->setText("");
   dialog.ledtNbDays->setText("5000");
-  EXPECT_EQ(dialog.Minutes(), 15);
-  EXPECT_EQ(dialog.Days(), 5000);
+  EXPECT_EQ(std::pair(dialog.Minutes(), dialog.Days()), std::pair(15, 5000));
   dialog.ledtNbDays->setText("99999999999");
   EXPECT_EQ(dialog.Days(), 14);
   // The arrows keep to 1..1000.
@@ -117,32 +115,20 @@ TEST(FiltersDialog, OkWritesBackAndCancelKeepsEverything)
       QTest::mouseClick(buttons->button(ok ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel), Qt::LeftButton);
     });
     EXPECT_EQ(EditFilters(minutes, days, statuses), ok);
-    EXPECT_EQ(minutes, ok ? 45 : 20);
-    EXPECT_EQ(days, ok ? 9 : 3);
-    EXPECT_EQ(statuses, ok ? QStringList({"Waiting", "On hold"}) : QStringList{"Waiting"});
+    EXPECT_EQ(std::tie(minutes, days, statuses),
+              ok ? std::tuple(45, 9, QStringList{"Waiting", "On hold"}) : std::tuple(20, 3, QStringList{"Waiting"}));
   }
 }
 
 namespace {
+// Desk serves Alpha and Beta, Network Beta, Hidden the organization without tickets.
 struct TOrgaFixture
 {
   tyRestOrganizations Organizations{{1, "Alpha", false, false, true}, {2, "Beta", false, false, true},
                                     {3, "NoTickets", false, false, false}};
-  tyRestTeams Teams;
-  tyRestOrganizationsTeams Links;
-  TOrgaFixture()
-  {
-    auto team = [](std::int32_t id, const QString &name, QList<std::int32_t> organizations) {
-      tyRestTeam t;
-      t.id = id;
-      t.name = name;
-      for (auto o : organizations)
-        t.organizations.append(tyRestSubName{o, QString()});
-      return t;
-    };
-    Teams = {team(10, "Desk", {1, 2}), team(20, "Network", {2}), team(30, "Hidden", {3})};
-    Links = UpdateListOrganizationsTeams(Teams);
-  }
+  tyRestTeams Teams{{10, {}, "Desk", {{1, {}}, {2, {}}}, {}}, {20, {}, "Network", {{2, {}}}, {}},
+                    {30, {}, "Hidden", {{3, {}}}, {}}};
+  tyRestOrganizationsTeams Links = UpdateListOrganizationsTeams(Teams);
 };
 } // namespace
 
@@ -197,12 +183,7 @@ TEST(ChooseOrgaDialog, OkReplacesTheSelectionsCancelDoesNot)
 namespace {
 tyRestObject Colour(std::int32_t id, const QString &reference, const QString &text, TColor colour)
 {
-  tyRestObject object;
-  object.id = id;
-  object._reference = reference;
-  object.Text = text;
-  object.BgColor = colour;
-  return object;
+  return {.id = id, ._reference = reference, .Text = text, .BgColor = colour};
 }
 } // namespace
 
