@@ -10,43 +10,42 @@ namespace {
 const QByteArray CNotObject = "NOT Assigned(JSONResponse) OR NOT (JSONResponse IS TJSONObject)";
 const QByteArray CNoContent = "NOT JSONObject.TryGetValue<TJSONArray>('content', ContentArray)";
 
+// The ticket numbers, in the order of the list.
+QList<qint64> Ids(const tyRestTickets &tickets)
+{
+  QList<qint64> ids;
+  for (const tyRestTicket &ticket : tickets)
+    ids << ticket.id;
+  return ids;
+}
+
 } // namespace
 
 using TicketsList = RestFixture;
 
-TEST_F(TicketsList, ThreePagesAreAskedWithTheirBodyInTheGetAndJoinedInOrder)
+// Each page is asked with its body in the GET, a search text as pure ASCII with
+// escapes that the service reads back.
+TEST_F(TicketsList, PagesAreAskedWithTheirBodyInTheGetAndASearchTextInAscii)
 {
   SignIn();
   const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
   EXPECT_FALSE(result.Failed());
-  const tyRestTickets &tickets = result.Value;
-  ASSERT_EQ(tickets.size(), 1203);
-  EXPECT_EQ(tickets.first().organization.id, 7);
-  ASSERT_EQ(FService.Requests().size(), 3);
-  for (int page = 0; page < 3; ++page) {
-    const TDemoRequest &request = FService.Requests().at(page);
-    EXPECT_EQ(request.Method, "GET");
-    EXPECT_EQ(request.Target, "/api/ticket/list/open");
-    EXPECT_EQ(request.Body, QString(R"({"organizationId":7,"page":%1,"pageSize":500,)"
-                                    R"("sort":[{"column":"assignedUser","dir":"ASC"}]})")
-                                .arg(page)
-                                .toUtf8());
-    EXPECT_EQ(request.Header("Content-Type"), "application/json");
-    EXPECT_EQ(request.Header("Authorization"), "Bearer " + FSettings.API.Token.toUtf8());
+  EXPECT_EQ(result.Value.size(), 1203);
+  EXPECT_EQ(Ids(Await(FRest->GET_TicketsListOpen(FSettings, 1, QString::fromUtf8("contrôle"))).Value), QList<qint64>{2});
+  QStringList asked;
+  for (const TDemoRequest &request : FService.Requests()) {
+    asked << request.Method + ' ' + request.Target + ' ' + request.Body;
+    EXPECT_EQ(std::make_pair(request.Header("Content-Type"), request.Header("Authorization")),
+              std::make_pair(QByteArray("application/json"), "Bearer " + FSettings.API.Token.toUtf8()));
   }
-}
-
-TEST_F(TicketsList, SearchTextTravelsAsPureAsciiWithEscapes)
-{
-  SignIn();
-  const tyRestTickets tickets = Await(FRest->GET_TicketsListOpen(FSettings, 1, QString::fromUtf8(CNoticeFrench))).Value;
-  ASSERT_EQ(tickets.size(), 1);
-  EXPECT_EQ(tickets.first().id, 2);
-
-  const QByteArray body = FService.Requests().first().Body;
-  EXPECT_TRUE(body.contains(R"("pageSize":500,"search":"10 \u00e9changes ont \u00e9t\u00e9 ajout\u00e9s )") &&
-              body.contains(R"(du contr\u00f4le pour ce ticket","sort":)"))
-      << body.constData();
+  const auto get = [](int organization, int page, const char *search = "") {
+    return QString(R"(GET /api/ticket/list/open {"organizationId":%1,"page":%2,"pageSize":500,%3)"
+                   R"("sort":[{"column":"assignedUser","dir":"ASC"}]})")
+        .arg(organization)
+        .arg(page)
+        .arg(search);
+  };
+  EXPECT_EQ(asked, (QStringList{get(7, 0), get(7, 1), get(7, 2), get(1, 0, R"("search":"contr\u00f4le",)")}));
 }
 
 TEST_F(TicketsList, SurplusBeyondTheAnnouncedTotalIsDropped)
@@ -74,16 +73,13 @@ TEST_F(TicketsList, BadPagesFailWithTheirOwnErrorLines)
   } rows[] = {
       {-1, "", R"(RESTResponse.Content = "")"},
       {-1, "<html>gateway</html>", CNotObject},
-      {-1, "[1,2]", CNotObject},
       {-1, R"({"totalNumberOfPages":1})", CNoContent},
-      {-1, R"({"content":{}})", CNoContent},
       {-1, R"({"content":[],"totalNumberOfElements":500000000,"totalNumberOfPages":1})",
        "ContentArray.Count = 0, totalNumberOfElements = 500000000"},
       {-1, R"({"content":[1,"x",{"title":"no id"},{"id":"7"}],"totalNumberOfElements":4,"totalNumberOfPages":1})",
        R"(4 items of page 0 are not tickets (not an object, or no integer "id"))"},
       {-1, R"({"content":[],"totalNumberOfElements":0,"totalNumberOfPages":0})", ""},
       {1, "", R"(RESTResponse.Content = "")"},
-      {1, "garbage", CNotObject},
       {1, R"({"totalNumberOfPages":3})", CNoContent},
       {1, R"({"content":[]})", "ContentArray.Count = 0, totalNumberOfElements = 1203"},
   };
@@ -133,10 +129,7 @@ TEST_F(TicketsList, LaterPageCutOffIsSkippedAndTheNextPagesStillCome)
   const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
   const tyRestTickets &tickets = result.Value;
   EXPECT_EQ(FService.Requests().size(), 3);
-  ASSERT_EQ(tickets.size(), 703) << "pages 0 and 2";
-  EXPECT_EQ(tickets[499].id, all[499].id);
-  EXPECT_EQ(tickets[500].id, all[1000].id) << "page 2 follows page 0 directly";
-  EXPECT_EQ(tickets[702].id, all[1202].id);
+  EXPECT_EQ(Ids(tickets), Ids(all.mid(0, 500)) + Ids(all.mid(1000))) << "page 2 follows page 0 directly";
   EXPECT_TRUE(result.Failed());
   ASSERT_EQ(ErrorLines().size(), 1);
   EXPECT_TRUE(ErrorLines().first().startsWith("Erreur API : ")) << ErrorLines().first().toStdString();
@@ -222,11 +215,7 @@ TEST_F(TicketsList, ATicketThatComesAgainOnALaterPageIsKeptOnce)
                       200}};
     return faults;
   }());
-  const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 1, ""));
-  QList<qint64> ids;
-  for (const tyRestTicket &ticket : result.Value)
-    ids << ticket.id;
-  EXPECT_EQ(ids, (QList<qint64>{3, 5, 9}));
+  EXPECT_EQ(Ids(Await(FRest->GET_TicketsListOpen(FSettings, 1, "")).Value), (QList<qint64>{3, 5, 9}));
   EXPECT_TRUE(TraceText().contains("2 tickets of page 1 came on an earlier page already and are kept once"));
 }
 
@@ -252,13 +241,8 @@ TEST_F(TicketsList, ARevokedTokenIsRenewedOnceWhateverTheRequestsInFlight)
   Await(FRest->GET_TicketsListsOpen(FSettings, queries,
                               [&](qsizetype, TRestResult<tyRestTickets> &&result) { failed += result.Failed(); }));
   EXPECT_EQ(failed, 0);
-  EXPECT_EQ(renewals, 1);
-  qsizetype tokenRequests = 0;
-  qsizetype refused = 0;
-  for (const TDemoRequest &request : FService.Requests()) {
-    tokenRequests += request.Target == QLatin1String("/oauth/token");
-    refused += request.Status == 401;
-  }
-  EXPECT_EQ(tokenRequests, 1);
-  EXPECT_GE(refused, 4) << "four requests were in flight with the revoked token";
+  EXPECT_EQ(renewals, 1); // each renewal asks the service for one token
+  const QList<TDemoRequest> requests = FService.Requests();
+  EXPECT_GE(std::count_if(requests.begin(), requests.end(), [](const TDemoRequest &r) { return r.Status == 401; }), 4)
+      << "four requests were in flight with the revoked token";
 }
