@@ -48,18 +48,6 @@ TEST_F(TicketsList, PagesAreAskedWithTheirBodyInTheGetAndASearchTextInAscii)
   EXPECT_EQ(asked, (QStringList{get(7, 0), get(7, 1), get(7, 2), get(1, 0, R"("search":"contr\u00f4le",)")}));
 }
 
-TEST_F(TicketsList, SurplusBeyondTheAnnouncedTotalIsDropped)
-{
-  SignIn();
-  TDemoFaults faults;
-  faults.Surplus = 2;
-  FService.SetFaults(faults);
-  const tyRestTickets tickets = Await(FRest->GET_TicketsListOpen(FSettings, 1, "")).Value;
-  ASSERT_EQ(tickets.size(), 3);
-  for (const tyRestTicket &ticket : tickets)
-    EXPECT_LT(ticket.id, 900000);
-}
-
 // A bad first page gives nothing, a bad later page keeps the pages before it;
 // either is a failure with its own error line. An organization without tickets
 // is neither.
@@ -104,7 +92,7 @@ TEST_F(TicketsList, AFirstPageThatCannotBeFetchedEndsTheQueryWithItsReason)
     const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
     EXPECT_TRUE(result.Value.isEmpty());
     EXPECT_EQ(FService.Requests().size(), requests);
-    return result.Failure.value_or(TFailure{.Reason = "no failure"}).Reason;
+    return result.Failure ? result.Failure->Reason : QString("no failure");
   };
   EXPECT_TRUE(reason(1).contains("answered HTTP 401"));
   SignIn();
@@ -117,88 +105,57 @@ TEST_F(TicketsList, AFirstPageThatCannotBeFetchedEndsTheQueryWithItsReason)
   EXPECT_TRUE(reason(0).contains("time limit"));
 }
 
-TEST_F(TicketsList, LaterPageCutOffIsSkippedAndTheNextPagesStillCome)
+// A query under a fault of the service keeps the tickets that came and fails
+// when it misses some: a page cut short is skipped and the next ones still come;
+// one request at a time, no page is asked after an answer whose status failed
+// the query; a 429 is asked again after its delay; however many pages the
+// service announces, no more are read than its announced tickets can fill, plus
+// one; tickets beyond the announced total are dropped.
+TEST_F(TicketsList, AQueryUnderAFaultKeepsWhatCameAndFailsWhenShort)
 {
   SignIn();
-  const tyRestTickets all = Await(FRest->GET_TicketsListOpen(FSettings, 7, "")).Value;
-  ASSERT_EQ(all.size(), 1203);
-  FService.ClearRequests();
-  TDemoFaults faults;
-  faults.Bodies.append({"/api/ticket/list/open", 1, QByteArray(4000, ' '), 200, TDemoFaults::TDelivery::CutMidBody});
-  FService.SetFaults(faults);
-  const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
-  const tyRestTickets &tickets = result.Value;
-  EXPECT_EQ(FService.Requests().size(), 3);
-  EXPECT_EQ(Ids(tickets), Ids(all.mid(0, 500)) + Ids(all.mid(1000))) << "page 2 follows page 0 directly";
-  EXPECT_TRUE(result.Failed());
-  ASSERT_EQ(ErrorLines().size(), 1);
-  EXPECT_TRUE(ErrorLines().first().startsWith("Erreur API : ")) << ErrorLines().first().toStdString();
-}
-
-TEST_F(TicketsList, TooManyRequestsIsAskedAgainAfterItsDelay)
-{
-  SignIn();
-  TDemoFaults faults;
-  faults.TooManyOnce = true;
-  FService.SetFaults(faults);
-  FSettings.ParallelRequests = 4;
-  const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
-  EXPECT_FALSE(result.Failed()) << result.Failure.value_or(TFailure()).Reason.toStdString();
-  EXPECT_EQ(result.Value.size(), 1203);
-  EXPECT_EQ(FService.Requests().size(), 4) << "three pages, the first twice";
-  EXPECT_TRUE(TraceText().contains("Retry-After = 1"));
-}
-
-// However many pages the service announces, a query reads no more than its
-// announced tickets can fill, plus one.
-TEST_F(TicketsList, PagingStopsAtWhatTheAnnouncedTicketsCanFill)
-{
-  SignIn();
-  const QList<QPair<int, int>> rows{
-      // announced tickets, requests made (one ticket per page)
-      {2, 2},   // every announced ticket is in: a complete query
-      {1000, 3} // ceil(1000 / 500) + 1 pages and still short: cut, and a failure
-  };
-  for (const auto &[announced, requests] : rows) {
-    FService.ClearRequests();
+  const QString list = "/api/ticket/list/open";
+  const auto bodies = [](QList<TDemoFaults::TBody> bodies) { return TDemoFaults{.Bodies = bodies}; };
+  // Pages of one ticket each, announcing `tickets` tickets in a million pages.
+  const auto announcing = [&](int tickets) {
     TDemoFaults faults;
-    for (int page : {0, 1, -1}) // a ticket of its own on each page
-      faults.Bodies.append(
-          {"/api/ticket/list/open", page,
-           QString(R"({"totalNumberOfPages":1000000,"totalNumberOfElements":%1,"content":[{"id":%2}]})")
-               .arg(announced)
-               .arg(page + 2)
-               .toUtf8(),
-           200});
-    FService.SetFaults(faults);
-    const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 1, ""));
-    EXPECT_EQ(result.Value.size(), requests) << announced;
-    EXPECT_EQ(FService.Requests().size(), requests) << announced;
-    EXPECT_EQ(result.Failed(), announced > requests) << announced;
+    for (int page : {0, 1, -1})
+      faults.Bodies.append({list, page,
+                            QString(R"({"totalNumberOfPages":1000000,"totalNumberOfElements":%1,"content":[{"id":%2}]})")
+                                .arg(tickets)
+                                .arg(page + 2)
+                                .toUtf8()});
+    return faults;
+  };
+  const struct
+  {
+    const char *What;
+    TDemoFaults Faults;
+    int Organization; // 7: 1203 tickets in three pages; 1: three tickets
+    qsizetype Tickets, Requests;
+    bool Failed;
+    int Parallel = 1;
+  } rows[] = {
+      {"page 1 cut short", bodies({{list, 1, QByteArray(4000, ' '), 200, TDemoFaults::TDelivery::CutMidBody}}), 7,
+       703, 3, true},
+      {"page 1 answered 502", bodies({{list, 1, "<html>502 Bad Gateway</html>", 502}}), 7, 500, 2, true},
+      {"a ticket page answered 500",
+       bodies({{list, 0, R"({"totalNumberOfPages":3,"totalNumberOfElements":1203,"content":[{"id":1}]})", 500}}), 7,
+       0, 1, true},
+      {"429 once, four in flight: the first page twice", {.TooManyOnce = true, .Bodies = {}}, 7, 1203, 4, false, 4},
+      {"two tickets announced", announcing(2), 1, 2, 2, false},
+      {"1000 tickets announced: ceil(1000 / 500) + 1 pages", announcing(1000), 1, 3, 3, true},
+      {"two tickets beyond the announced total", {.Surplus = 2, .Bodies = {}}, 1, 3, 1, false},
+  };
+  for (const auto &row : rows) {
+    FService.ClearRequests();
+    FService.SetFaults(row.Faults);
+    FSettings.ParallelRequests = row.Parallel;
+    const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, row.Organization, ""));
+    EXPECT_EQ(std::make_tuple(result.Value.size(), FService.Requests().size(), result.Failed()),
+              std::make_tuple(row.Tickets, row.Requests, row.Failed))
+        << row.What;
   }
-}
-
-// One request at a time: after an answer whose status already failed the
-// query, no page of it is asked (its body is read while nothing else travels).
-TEST_F(TicketsList, NoPageIsAskedAfterAnAnswerThatFailedTheQuery)
-{
-  SignIn();
-  TDemoFaults faults;
-  faults.Bodies.append({"/api/ticket/list/open", 1, "<html>502 Bad Gateway</html>", 502});
-  FService.SetFaults(faults);
-  const TRestResult<tyRestTickets> result = Await(FRest->GET_TicketsListOpen(FSettings, 7, ""));
-  EXPECT_TRUE(result.Failed());
-  EXPECT_TRUE(result.Failure->Reason.contains("answered HTTP 502")) << result.Failure->Reason.toStdString();
-  EXPECT_EQ(result.Value.size(), 500);
-  EXPECT_EQ(FService.Requests().size(), 2) << "pages 0 and 1, not 2";
-
-  // A ticket page under a refusing status fails the query all the same.
-  FService.ClearRequests();
-  faults.Bodies = {{"/api/ticket/list/open", 0,
-                    R"({"totalNumberOfPages":3,"totalNumberOfElements":1203,"content":[{"id":1}]})", 500}};
-  FService.SetFaults(faults);
-  EXPECT_TRUE(Await(FRest->GET_TicketsListOpen(FSettings, 7, "")).Failed());
-  EXPECT_EQ(FService.Requests().size(), 1);
 }
 
 // Offset paging while tickets are reassigned: a ticket that comes on two pages
