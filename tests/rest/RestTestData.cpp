@@ -27,12 +27,7 @@ QJsonObject Ticket(int id, int organizationId)
 QJsonObject RestTestData()
 {
   QJsonArray tickets;
-  QJsonObject first = Ticket(1, 1);
-  first.insert("type", "INCIDENT");
-  first.insert("status", QJsonObject{{"id", 5}, {"reference", "NEW"}, {"category", "OPEN"}});
-  first.insert("priority", QJsonObject{{"id", 9}, {"reference", "P1"}});
-  first.insert("assignedUser", QJsonValue::Null);
-  tickets.append(first);
+  tickets.append(Ticket(1, 1));
   QJsonObject second = Ticket(2, 1);
   second.insert("exchanges", QJsonArray{QString::fromUtf8(CNoticeFrench)});
   tickets.append(second);
@@ -58,9 +53,7 @@ QJsonObject RestTestData()
                                QJsonObject{{"id", 101}, {"login", "u1"}, {"status", "INACTIVE"}},
                                QJsonObject{{"id", 102}, {"login", "u2"}}}},
       {"objects", QJsonArray{QJsonObject{{"id", 5}, {"module", "TICKETING"}, {"type", "TICKET_STATUS"},
-                                         {"reference", "NEW"}, {"subType", "S"}},
-                             QJsonObject{{"id", 9}, {"module", "TICKETING"}, {"type", "TICKET_PRIORITY"},
-                                         {"reference", "P1"}}}},
+                                         {"reference", "NEW"}, {"subType", "S"}}}},
       {"tickets", tickets},
   };
 }

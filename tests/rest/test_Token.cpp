@@ -28,25 +28,19 @@ using Token = RestFixture;
 TEST_F(Token, NewTokenIsAskedWithTheFormBodyAndOnlyTheContentTypeOfOurs)
 {
   const TDateTime before = NowDateTime();
-  const TRestResult<> result = Await(FRest->GetToken(FSettings));
-  EXPECT_FALSE(result.Failed());
+  EXPECT_FALSE(Await(FRest->GetToken(FSettings)).Failed());
   EXPECT_TRUE(FRest->TokenOk());
-
   ASSERT_EQ(FService.Requests().size(), 1);
   const TDemoRequest &request = FService.Requests().first();
-  EXPECT_EQ(request.Method, "POST");
-  EXPECT_EQ(request.Target, "/oauth/token");
+  EXPECT_EQ(std::make_tuple(request.Method, request.Target, request.Header("Content-Type"), request.Header("Authorization")),
+            std::make_tuple(QByteArray("POST"), QString("/oauth/token"), QByteArray("application/x-www-form-urlencoded"),
+                            QByteArray()));
   EXPECT_EQ(request.Body, "grant_type=password&client_id=client-1&client_secret=s3cret&"
                           "username=lead%40example.org&password=Pass%20word%26%3D%C3%A9&scope=public-api");
-  EXPECT_EQ(request.Header("Content-Type"), "application/x-www-form-urlencoded");
-  EXPECT_TRUE(request.Header("Authorization").isEmpty());
-
-  EXPECT_FALSE(FSettings.API.Token.isEmpty());
-  EXPECT_GE(FSettings.API.TokenRequest, before);
-  EXPECT_LE(FSettings.API.TokenRequest, NowDateTime());
+  EXPECT_TRUE(FSettings.API.TokenRequest >= before && FSettings.API.TokenRequest <= NowDateTime());
   const QString trace = TraceText();
   EXPECT_TRUE(trace.contains(QString("Token reçu : ") + FSettings.API.Token.left(6) + QChar(0x2026)));
-  EXPECT_FALSE(trace.contains(FSettings.API.Token)) << "the token must never be traced in clear";
+  EXPECT_FALSE(FSettings.API.Token.isEmpty() || trace.contains(FSettings.API.Token)) << "never traced in clear";
 }
 
 TEST_F(Token, StoredTokenIsReusedUntilValidityLessNineHoursThenRenewed)
