@@ -96,9 +96,7 @@ TEST_F(TicketsList, AFirstPageThatCannotBeFetchedEndsTheQueryWithItsReason)
   };
   EXPECT_TRUE(reason(1).contains("answered HTTP 401"));
   SignIn();
-  TDemoFaults faults;
-  faults.DelayMs = 1500;
-  FService.SetFaults(faults);
+  FService.SetFaults({.DelayMs = 1500, .Bodies = {}});
   FRest->SetTimeout(std::chrono::milliseconds(200));
   EXPECT_TRUE(reason(1).startsWith("no answer from"));
   FRest->SetDeadline(QDeadlineTimer(0));
@@ -163,15 +161,9 @@ TEST_F(TicketsList, AQueryUnderAFaultKeepsWhatCameAndFailsWhenShort)
 TEST_F(TicketsList, ATicketThatComesAgainOnALaterPageIsKeptOnce)
 {
   SignIn();
-  FService.SetFaults([] {
-    TDemoFaults faults;
-    faults.Bodies = {{"/api/ticket/list/open", 0,
-                      R"({"totalNumberOfPages":2,"totalNumberOfElements":4,"content":[{"id":3},{"id":5}]})", 200},
-                     {"/api/ticket/list/open", 1,
-                      R"({"totalNumberOfPages":2,"totalNumberOfElements":4,"content":[{"id":5},{"id":3},{"id":9}]})",
-                      200}};
-    return faults;
-  }());
+  const QString page = R"({"totalNumberOfPages":2,"totalNumberOfElements":4,"content":[%1]})";
+  FService.SetFaults({.Bodies = {{"/api/ticket/list/open", 0, page.arg(R"({"id":3},{"id":5})").toUtf8()},
+                                 {"/api/ticket/list/open", 1, page.arg(R"({"id":5},{"id":3},{"id":9})").toUtf8()}}});
   EXPECT_EQ(Ids(Await(FRest->GET_TicketsListOpen(FSettings, 1, "")).Value), (QList<qint64>{3, 5, 9}));
   EXPECT_TRUE(TraceText().contains("2 tickets of page 1 came on an earlier page already and are kept once"));
 }
@@ -189,9 +181,7 @@ TEST_F(TicketsList, ARevokedTokenIsRenewedOnceWhateverTheRequestsInFlight)
     FSettings.API.Token.clear();
     co_return !(co_await FRest->GetToken(FSettings)).Failed();
   });
-  TDemoFaults faults;
-  faults.DelayMs = 20;
-  FService.SetFaults(faults);
+  FService.SetFaults({.DelayMs = 20, .Bodies = {}});
   FSettings.ParallelRequests = 4;
   const QList<TTicketQuery> queries{{1, ""}, {2, ""}, {7, ""}, {1, "x"}, {2, "y"}};
   int failed = 0;
