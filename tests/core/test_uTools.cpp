@@ -73,16 +73,13 @@ TEST(RestTimestamp, ZoneDesignatorsAreConvertedAndBadStampsAreUnknown)
   }
 }
 
-TEST(DateTime, DayCountsFileStampsAndLocaleText)
+// The date and time of the settings file (days since 30/12/1899), and the stamp
+// of a run log's name. DateTimeToStr's form is pinned by the report's dates.
+TEST(DateTime, DayCountsAndFileStamps)
 {
   const QDateTime moment(QDate(2026, 11, 14), QTime(6, 5, 9, 42));
   EXPECT_NEAR(DateTimeFromQDateTime(moment), QDate(1899, 12, 30).daysTo(moment.date()) + EncodeTime(6, 5, 9, 42),
               CMillisecond / 10);
   EXPECT_DOUBLE_EQ(EncodeTime(12, 0, 0, 0), 0.5);
-
   EXPECT_TRUE(QRegularExpression("^\\d{8}_\\d{6}$").match(Timestamp(false)).hasMatch());
-  EXPECT_TRUE(QRegularExpression("^\\d{8}_\\d{6}\\.\\d{3}$").match(Timestamp(true)).hasMatch());
-  const TScopedLocale french(QLocale(QLocale::French, QLocale::France));
-  EXPECT_EQ(DateTimeToStr(QDateTime(QDate(2026, 11, 14), QTime(6, 0, 1))), "14/11/2026 06:00:01");
-  EXPECT_EQ(DateTimeToStr(QDateTime(QDate(2026, 11, 14), QTime(0, 0))), "14/11/2026"); // no midnight
 }

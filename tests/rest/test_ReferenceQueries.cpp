@@ -37,9 +37,8 @@ TEST_F(ReferenceQueries, EachQueryAsksWithItsOwnMethodAndBody)
     FService.ClearRequests();
     EXPECT_FALSE(Ask(row.Path).second.has_value()) << row.Path.toStdString();
     const TDemoRequest &request = FService.Requests().first();
-    EXPECT_EQ(std::tie(request.Target, request.Method, request.Body),
-              std::tie(row.Path, row.Method, row.Body));
-    EXPECT_EQ(request.Header("Content-Type"), row.ContentType) << row.Path.toStdString();
+    EXPECT_EQ(std::make_tuple(request.Target, request.Method, request.Body, request.Header("Content-Type")),
+              std::make_tuple(row.Path, row.Method, row.Body, row.ContentType));
   }
 }
 
@@ -71,7 +70,6 @@ TEST_F(ReferenceQueries, RecordsAreReadAndTeamDetailsOnlyWhenAsked)
   ASSERT_EQ(FService.Requests().size(), 4);
   EXPECT_EQ(std::tie(FService.Requests()[2].Method, FService.Requests()[2].Target),
             std::make_tuple(QByteArray("GET"), QString("/api/teams/12")));
-  EXPECT_EQ(detailed.Value[1].organizations.size(), 2);
   EXPECT_EQ(detailed.Value[1].organizations.value(1).name, "Two");
 }
 
@@ -81,8 +79,7 @@ TEST_F(ReferenceQueries, OrganizationLackingAMemberStopsTheReadingThere)
               R"([{"name":"A","monitoringAndInfrastructureModuleEnabled":false,"passwordModuleEnabled":false,)"
               R"("ticketingModuleEnabled":true},)"
               R"({"id":2,"name":"B","monitoringAndInfrastructureModuleEnabled":false,"passwordModuleEnabled":false},)"
-              R"({"id":3,"name":"C","monitoringAndInfrastructureModuleEnabled":false,"passwordModuleEnabled":false,)"
-              R"("ticketingModuleEnabled":true}])");
+              R"({"id":3,"name":"C"}])");
   const TRestResult<tyRestOrganizations> result = Await(FRest->GET_OrganizationsList(FSettings));
   const tyRestOrganizations &organizations = result.Value;
   ASSERT_EQ(organizations.size(), 3);

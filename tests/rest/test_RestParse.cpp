@@ -1,25 +1,17 @@
 #include "rest/RestJson.h"
 #include "rest/RestParse.h"
-#include "support/TempConfig.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <gtest/gtest.h>
-
-namespace {
-QJsonObject Json(const char *text)
-{
-  return QJsonDocument::fromJson(text).object();
-}
-} // namespace
 
 // As the reference queries read members: a whole number -1 when absent or not one
 // of 32 bits, a text empty when not a text, a sub-record emptied first and with
 // id 0 (not -1) when its own id is absent.
 TEST(ParseHelpers, AbsentOrMistypedMembersGiveTheirMarker)
 {
-  const QJsonObject object = Json(R"({"n":42,"f":1.5,"s":"text","nul":null,"big":3000000000,)"
-                                  R"("team":{"id":3,"name":"Desk"},"lead":{"name":"Ann"}})");
+  const QJsonObject object = QJsonDocument::fromJson(R"({"n":42,"f":1.5,"s":"text","nul":null,"big":3000000000,)"
+                                                     R"("team":{"id":3,"name":"Desk"},"lead":{"name":"Ann"}})")
+                                 .object();
   std::int32_t number = 7;
   ParseInteger(object, "n", number);
   EXPECT_EQ(number, 42);

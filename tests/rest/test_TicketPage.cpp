@@ -11,8 +11,7 @@
 namespace {
 
 // The fields the program reads, written field by field (not from the reader's
-// table, so that a member read into the wrong field shows). The other members
-// go through the same reading, and nothing reads their fields.
+// table, so that a member read into the wrong field shows).
 QList<std::pair<const char *, QString>> FieldTexts(const tyRestTicket &t)
 {
   const auto sub = [](TRestId id, const QString &text) { return QStringLiteral("%1:%2").arg(id).arg(text); };

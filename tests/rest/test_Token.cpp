@@ -32,9 +32,10 @@ TEST_F(Token, NewTokenIsAskedWithTheFormBodyAndOnlyTheContentTypeOfOurs)
   EXPECT_TRUE(FRest->TokenOk());
   ASSERT_EQ(FService.Requests().size(), 1);
   const TDemoRequest &request = FService.Requests().first();
-  EXPECT_EQ(std::make_tuple(request.Method, request.Target, request.Header("Content-Type"), request.Header("Authorization")),
-            std::make_tuple(QByteArray("POST"), QString("/oauth/token"), QByteArray("application/x-www-form-urlencoded"),
-                            QByteArray()));
+  EXPECT_EQ(std::make_tuple(request.Method, request.Target, request.Header("Content-Type"),
+                            request.Header("Authorization")),
+            std::make_tuple(QByteArray("POST"), QString("/oauth/token"),
+                            QByteArray("application/x-www-form-urlencoded"), QByteArray()));
   EXPECT_EQ(request.Body, "grant_type=password&client_id=client-1&client_secret=s3cret&"
                           "username=lead%40example.org&password=Pass%20word%26%3D%C3%A9&scope=public-api");
   EXPECT_TRUE(FSettings.API.TokenRequest >= before && FSettings.API.TokenRequest <= NowDateTime());
@@ -68,9 +69,7 @@ TEST_F(Token, StoredTokenIsReusedUntilValidityLessNineHoursThenRenewed)
     const auto context = QString("validity %1, %2 h ago").arg(row.validity).arg(row.hoursAgo).toStdString();
     EXPECT_EQ(FService.Requests().size(), row.asked ? 1 : 0) << context;
     EXPECT_EQ(FSettings.API.Token == row.stored, !row.asked) << context;
-    if (!row.asked) {
-      EXPECT_EQ(FSettings.API.TokenRequest, requested) << "a reused token leaves the request time alone";
-    }
+    EXPECT_TRUE(row.asked || FSettings.API.TokenRequest == requested) << "a reused token leaves the request time";
   }
   EXPECT_TRUE(TraceText().contains(QString("Utilisation du précédent Token: previo") + QChar(0x2026)));
   EXPECT_FALSE(TraceText().contains("previous-token-0123"));
