@@ -83,7 +83,8 @@ TEST_F(TicketsList, BadPagesFailWithTheirOwnErrorLines)
 }
 
 // A first page that cannot be fetched (no token, the deadline passed) ends the
-// query: nothing comes, and the failure says why (no answer: the token test's).
+// query: nothing comes, and the failure says why. (No answer: the service-fault
+// test of the steps, and the token's time-out.)
 TEST_F(TicketsList, AFirstPageThatCannotBeFetchedEndsTheQueryWithItsReason)
 {
   const auto reason = [this](qsizetype requests) {
