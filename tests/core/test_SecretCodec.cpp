@@ -40,7 +40,6 @@ TEST(Secrets, DamagedValuesAreRejected)
   EXPECT_THROW(Decrypt("not base64 at all!"), ESecretError);
   EXPECT_THROW(Decrypt(stored.left(stored.size() / 2)), ESecretError); // truncated
   EXPECT_THROW(Decrypt(QString::fromLatin1(QByteArray("hello").toBase64())), ESecretError);
-  EXPECT_THROW(Decrypt(QString::fromUtf8("é")), ESecretError);
 
   // One changed byte of the ciphertext fails authentication.
   QByteArray inner = QByteArray::fromBase64(QByteArray::fromBase64(stored.toLatin1()));

@@ -53,7 +53,5 @@ QStringList RestFixture::ErrorLines() const
 
 void RestFixture::ReplaceBody(const QString &path, const QByteArray &body, int page, int status)
 {
-  TDemoFaults faults;
-  faults.Bodies.append({path, page, body, status});
-  FService.SetFaults(faults);
+  FService.SetFaults({.Bodies = {{path, page, body, status}}});
 }

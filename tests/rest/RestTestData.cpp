@@ -27,12 +27,7 @@ QJsonObject Ticket(int id, int organizationId)
 QJsonObject RestTestData()
 {
   QJsonArray tickets;
-  QJsonObject first = Ticket(1, 1);
-  first.insert("type", "INCIDENT");
-  first.insert("status", QJsonObject{{"id", 5}, {"reference", "NEW"}, {"category", "OPEN"}});
-  first.insert("priority", QJsonObject{{"id", 9}, {"reference", "P1"}});
-  first.insert("assignedUser", QJsonValue::Null);
-  tickets.append(first);
+  tickets.append(Ticket(1, 1));
   QJsonObject second = Ticket(2, 1);
   second.insert("exchanges", QJsonArray{QString::fromUtf8(CNoticeFrench)});
   tickets.append(second);
@@ -50,23 +45,15 @@ QJsonObject RestTestData()
                               {"passwordModuleEnabled", false}, {"ticketingModuleEnabled", true}},
                   QJsonObject{{"id", 2}, {"name", "Two"}, {"monitoringAndInfrastructureModuleEnabled", false},
                               {"passwordModuleEnabled", true}, {"ticketingModuleEnabled", false}}}},
-      {"teams", QJsonArray{QJsonObject{{"id", 11}, {"name", "Desk"}, {"remarks", "first line"},
-                                       {"members", QJsonArray{Name(100, "User 0"), Name(101, "User 1")}},
-                                       {"organizations", QJsonArray{Name(1, "One")}}},
+      {"teams", QJsonArray{QJsonObject{{"id", 11}, {"name", "Desk"}, {"organizations", QJsonArray{Name(1, "One")}}},
                            QJsonObject{{"id", 12}, {"name", "Network"},
-                                       {"members", QJsonArray{Name(102, "User 2")}},
                                        {"organizations", QJsonArray{Name(1, "One"), Name(2, "Two")}}},
                            QJsonObject{{"id", 13}, {"name", "Empty"}}}},
-      {"operators", QJsonArray{QJsonObject{{"id", 100}, {"login", "u0"}, {"hourFormat", 24},
-                                           {"teams", QJsonArray{Name(11, "Desk")}},
-                                           {"manager", Name(102, "User 2")}, {"twoFactorAuthActive", true}},
+      {"operators", QJsonArray{QJsonObject{{"id", 100}, {"login", "u0"}, {"teams", QJsonArray{Name(11, "Desk")}}},
                                QJsonObject{{"id", 101}, {"login", "u1"}, {"status", "INACTIVE"}},
                                QJsonObject{{"id", 102}, {"login", "u2"}}}},
       {"objects", QJsonArray{QJsonObject{{"id", 5}, {"module", "TICKETING"}, {"type", "TICKET_STATUS"},
-                                         {"reference", "NEW"}, {"subType", "S"},
-                                         {"organization", Name(1, "One")}},
-                             QJsonObject{{"id", 9}, {"module", "TICKETING"}, {"type", "TICKET_PRIORITY"},
-                                         {"reference", "P1"}}}},
+                                         {"reference", "NEW"}, {"subType", "S"}}}},
       {"tickets", tickets},
   };
 }

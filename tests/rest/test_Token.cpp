@@ -28,25 +28,20 @@ using Token = RestFixture;
 TEST_F(Token, NewTokenIsAskedWithTheFormBodyAndOnlyTheContentTypeOfOurs)
 {
   const TDateTime before = NowDateTime();
-  const TRestResult<> result = Await(FRest->GetToken(FSettings));
-  EXPECT_FALSE(result.Failed());
+  EXPECT_FALSE(Await(FRest->GetToken(FSettings)).Failed());
   EXPECT_TRUE(FRest->TokenOk());
-
   ASSERT_EQ(FService.Requests().size(), 1);
   const TDemoRequest &request = FService.Requests().first();
-  EXPECT_EQ(request.Method, "POST");
-  EXPECT_EQ(request.Target, "/oauth/token");
+  EXPECT_EQ(std::make_tuple(request.Method, request.Target, request.Header("Content-Type"),
+                            request.Header("Authorization")),
+            std::make_tuple(QByteArray("POST"), QString("/oauth/token"),
+                            QByteArray("application/x-www-form-urlencoded"), QByteArray()));
   EXPECT_EQ(request.Body, "grant_type=password&client_id=client-1&client_secret=s3cret&"
                           "username=lead%40example.org&password=Pass%20word%26%3D%C3%A9&scope=public-api");
-  EXPECT_EQ(request.Header("Content-Type"), "application/x-www-form-urlencoded");
-  EXPECT_TRUE(request.Header("Authorization").isEmpty());
-
-  EXPECT_FALSE(FSettings.API.Token.isEmpty());
-  EXPECT_GE(FSettings.API.TokenRequest, before);
-  EXPECT_LE(FSettings.API.TokenRequest, NowDateTime());
+  EXPECT_TRUE(FSettings.API.TokenRequest >= before && FSettings.API.TokenRequest <= NowDateTime());
   const QString trace = TraceText();
   EXPECT_TRUE(trace.contains(QString("Token reçu : ") + FSettings.API.Token.left(6) + QChar(0x2026)));
-  EXPECT_FALSE(trace.contains(FSettings.API.Token)) << "the token must never be traced in clear";
+  EXPECT_FALSE(FSettings.API.Token.isEmpty() || trace.contains(FSettings.API.Token)) << "never traced in clear";
 }
 
 TEST_F(Token, StoredTokenIsReusedUntilValidityLessNineHoursThenRenewed)
@@ -74,9 +69,7 @@ TEST_F(Token, StoredTokenIsReusedUntilValidityLessNineHoursThenRenewed)
     const auto context = QString("validity %1, %2 h ago").arg(row.validity).arg(row.hoursAgo).toStdString();
     EXPECT_EQ(FService.Requests().size(), row.asked ? 1 : 0) << context;
     EXPECT_EQ(FSettings.API.Token == row.stored, !row.asked) << context;
-    if (!row.asked) {
-      EXPECT_EQ(FSettings.API.TokenRequest, requested) << "a reused token leaves the request time alone";
-    }
+    EXPECT_TRUE(row.asked || FSettings.API.TokenRequest == requested) << "a reused token leaves the request time";
   }
   EXPECT_TRUE(TraceText().contains(QString("Utilisation du précédent Token: previo") + QChar(0x2026)));
   EXPECT_FALSE(TraceText().contains("previous-token-0123"));
@@ -158,19 +151,14 @@ TEST_F(Token, TransportFailuresAreCarriedInPlainWordsAndLeaveTheRequestTime)
   for (const auto &row : rows) {
     row.variable.isEmpty() ? qunsetenv("QUORVEX_EXTRA_CA_CERTS") : qputenv("QUORVEX_EXTRA_CA_CERTS", row.variable);
     SetConfiguredAuthorities(row.setting);
-    TDemoFaults faults;
-    faults.DelayMs = row.delayMs;
-    FService.SetFaults(faults);
+    FService.SetFaults({.DelayMs = row.delayMs, .Bodies = {}});
     QNetworkAccessManager manager;
     TdmRest rest(manager);
     rest.SetTimeout(row.delayMs ? std::chrono::milliseconds(300) : TRestTransport::CDefaultTimeout);
     tyQuorvexITSM settings = FSettings;
     settings.Instance = row.instance;
     const TRestResult<> result = Await(rest.GetToken(settings));
-    ASSERT_EQ(result.Failed(), !row.reason.isEmpty()) << row.reason.toStdString();
-    if (result.Failed()) {
-      EXPECT_TRUE(result.Failure->Reason.startsWith(row.reason)) << result.Failure->Reason.toStdString();
-      EXPECT_EQ(settings.API.TokenRequest, FSettings.API.TokenRequest);
-    }
+    EXPECT_EQ(result.Failed() ? result.Failure->Reason.left(row.reason.size()) : QString(), row.reason);
+    EXPECT_EQ(settings.API.TokenRequest == FSettings.API.TokenRequest, result.Failed()) << row.reason.toStdString();
   }
 }
