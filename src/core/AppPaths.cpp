@@ -60,7 +60,7 @@ tyAppPaths InitFichIniLocation(const QString &exeFileName)
 
   tyAppPaths paths;
   paths.FFichINI = folder + IniFileNameFor(exeFileName);
-  paths.FLogFile = folder + LogFileNameFor(exeFileName, Timestamp(false));
+  paths.FLogFile = folder + LogFileNameFor(exeFileName, Timestamp());
   TraceValue(lcCore(), "FFichINI", paths.FFichINI);
   TraceValue(lcCore(), "FLogFile", paths.FLogFile);
   return paths;

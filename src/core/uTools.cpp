@@ -112,8 +112,4 @@ QString DateAndTimeToStr(QDate day, QTime time)
 
 QString DateTimeToStr(const QDateTime &moment) { return DateAndTimeToStr(moment.date(), moment.time()); }
 
-QString Timestamp(bool withMilliseconds)
-{
-  return QDateTime::currentDateTime().toString(withMilliseconds ? QStringLiteral("yyyyMMdd_HHmmss.zzz")
-                                                                : QStringLiteral("yyyyMMdd_HHmmss"));
-}
+QString Timestamp() { return QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_HHmmss")); }

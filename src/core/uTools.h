@@ -45,5 +45,5 @@ std::optional<QDateTime> RestTimestamp2DateTime(const QString &value);
 // time; at exactly midnight the time is left out.
 QString DateTimeToStr(const QDateTime &moment);
 
-// Local time now as "yyyymmdd_hhmmss", or "yyyymmdd_hhmmss.zzz" with milliseconds.
-QString Timestamp(bool withMilliseconds);
+// Local time now as "yyyymmdd_hhmmss" (names of log files).
+QString Timestamp();

@@ -119,11 +119,6 @@ void ParseSubDesc(const QJsonValue &member, tyRestSubDescription &value)
   ParseSub(member, value, &tyRestSubDescription::description, QStringLiteral("description"));
 }
 
-void ParseSubRef(const QJsonValue &member, tyRestSubReference &value)
-{
-  ParseSub(member, value, &tyRestSubReference::reference, QStringLiteral("reference"));
-}
-
 void ParseSubName(const QJsonObject &object, const QString &key, tyRestSubName &value)
 {
   ParseSubName(object.value(key), value);
@@ -132,11 +127,6 @@ void ParseSubName(const QJsonObject &object, const QString &key, tyRestSubName &
 void ParseSubDesc(const QJsonObject &object, const QString &key, tyRestSubDescription &value)
 {
   ParseSubDesc(object.value(key), value);
-}
-
-void ParseSubRef(const QJsonObject &object, const QString &key, tyRestSubReference &value)
-{
-  ParseSubRef(object.value(key), value);
 }
 
 QList<tyRestSubName> ReadSubNames(const QJsonObject &object, const QString &key)

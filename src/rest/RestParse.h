@@ -22,8 +22,6 @@ void ParseString(const QJsonObject &object, const QString &key, QString &value);
 void ParseSubName(const QJsonObject &object, const QString &key, tyRestSubName &value);
 // Same with "id" and "description".
 void ParseSubDesc(const QJsonObject &object, const QString &key, tyRestSubDescription &value);
-// Same with "id" and "reference".
-void ParseSubRef(const QJsonObject &object, const QString &key, tyRestSubReference &value);
 
 // Readers that change the target only when the member is present with the right
 // type, so a record field keeps its zero value otherwise; they return whether they
@@ -41,7 +39,6 @@ bool ReadInteger(const QJsonValue &member, std::int64_t &value);
 bool ReadString(const QJsonValue &member, QString &value);
 void ParseSubName(const QJsonValue &member, tyRestSubName &value);
 void ParseSubDesc(const QJsonValue &member, tyRestSubDescription &value);
-void ParseSubRef(const QJsonValue &member, tyRestSubReference &value);
 
 // Every element of the array member `key` as an {"id","name"} record, in order.
 QList<tyRestSubName> ReadSubNames(const QJsonObject &object, const QString &key);

@@ -81,5 +81,5 @@ TEST(DateTime, DayCountsAndFileStamps)
   EXPECT_NEAR(DateTimeFromQDateTime(moment), QDate(1899, 12, 30).daysTo(moment.date()) + EncodeTime(6, 5, 9, 42),
               CMillisecond / 10);
   EXPECT_DOUBLE_EQ(EncodeTime(12, 0, 0, 0), 0.5);
-  EXPECT_TRUE(QRegularExpression("^\\d{8}_\\d{6}$").match(Timestamp(false)).hasMatch());
+  EXPECT_TRUE(QRegularExpression("^\\d{8}_\\d{6}$").match(Timestamp()).hasMatch());
 }
