@@ -40,10 +40,9 @@ TEST(ApiDialog, PreviewFollowsTheHostingModeSecretsAreReadableAndOkNeedsEveryFie
   dialog.spnParallelRequests->setValue(12);
   tyQuorvexITSM settings = Complete();
   dialog.CopyTo(settings);
-  EXPECT_EQ(settings.ParallelRequests, 8) << "at most 8";
-  EXPECT_EQ(settings.API.Password, "  pw "); // as typed
-  EXPECT_EQ(settings.API.Token, "kept");    // the token state is not the dialog's
-  EXPECT_EQ(settings.API.TokenValidity, 33);
+  // At most 8 requests; the password as typed; the token state is not the dialog's.
+  EXPECT_EQ(std::tuple(settings.ParallelRequests, settings.API.Password, settings.API.Token, settings.API.TokenValidity),
+            std::tuple(8, QString("  pw "), QString("kept"), 33));
 }
 
 TEST(ApiDialog, OkFollowsEveryKeystrokeSoThatEnterConfirmsAndCancelChangesNothing)
@@ -115,8 +114,6 @@ TEST(ApiDialog, AFirstStartOffersAnExampleAndFocusesTheFirstEmptyField)
   EXPECT_EQ(std::tuple(dialog.edtInstance->text(), dialog.edtInstance->placeholderText(), dialog.chkSaaS->isChecked()),
             std::tuple(QString(), QString("acme"), false));
   EXPECT_TRUE(QTest::qWaitFor([&dialog] { return dialog.edtInstance->hasFocus(); }, 2000));
-  QTest::keyClicks(dialog.edtInstance, "desk.example");
   dialog.Fill(Complete()); // a later start shows what was saved
-  EXPECT_EQ(dialog.edtInstance->text(), "acme");
-  EXPECT_TRUE(dialog.chkSaaS->isChecked());
+  EXPECT_EQ(std::pair(dialog.edtInstance->text(), dialog.chkSaaS->isChecked()), std::pair(QString("acme"), true));
 }
