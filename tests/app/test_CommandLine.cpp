@@ -82,10 +82,8 @@ TEST(Executable, StoreCommandsAnswerWithTheirStatusAndATypoRunsNothing)
     EXPECT_EQ(run.ExitCode, step.Exit) << run.Err.toStdString();
     EXPECT_TRUE((step.Exit == 0 ? run.Out : run.Err).startsWith(step.Out)) << run.Out.toStdString() << run.Err.toStdString();
   }
-  const QStringList snoozed = RunTool({"--snoozed"}, ToolEnvironment(config.Root())).Out.split('\n', Qt::SkipEmptyParts);
-  ASSERT_EQ(snoozed.size(), 2);
-  EXPECT_TRUE(snoozed[1].startsWith("24020  until it changes  by "));
-  // The typo ran nothing: no run log.
+  // The refused ones snoozed nothing, and the typo ran nothing: no run log.
+  EXPECT_EQ(RunTool({"--snoozed"}, ToolEnvironment(config.Root())).Out.split('\n', Qt::SkipEmptyParts).size(), 2);
   EXPECT_TRUE(QDir(config.SettingsFolder()).entryList({"quorvex-followup_*.log"}).isEmpty());
 }
 
@@ -131,9 +129,8 @@ TEST(Executable, AStartThatCannotGoOnSaysWhy)
     EXPECT_EQ(run.ExitCode, 2) << run.Err.toStdString();
     EXPECT_TRUE(run.Err.contains(c.Said.isEmpty() ? "no display" : config.Root() + c.Said)) << run.Err.toStdString();
     EXPECT_FALSE(run.Err.contains("another instance")) << run.Err.toStdString();
-    if (c.Said == folder + "quorvex-followup.ini") {
+    if (c.Said == folder + "quorvex-followup.ini")
       EXPECT_TRUE(RunLog(config.Root() + folder).contains(" - BEGIN\n"));
-    }
   }
 }
 
