@@ -31,8 +31,14 @@ TEST(ApiDialog, PreviewFollowsTheHostingModeSecretsAreReadableAndOkNeedsEveryFie
   EXPECT_EQ(dialog.ledtClientSecret->text(), "s3cret");
   EXPECT_TRUE(dialog.bbtOk->isEnabled());
 
-  dialog.ledtApiOperatorPassword->setText("   ");
-  EXPECT_FALSE(dialog.bbtOk->isEnabled());
+  // Every field is needed, and blanks are no value.
+  for (QLineEdit *edit : {dialog.edtInstance, dialog.ledtClientID, dialog.ledtClientSecret,
+                          dialog.ledtApiOperatorUsername, dialog.ledtApiOperatorPassword}) {
+    const QString kept = edit->text();
+    edit->setText("   ");
+    EXPECT_FALSE(dialog.bbtOk->isEnabled()) << edit->objectName().toStdString();
+    edit->setText(kept);
+  }
   dialog.ledtApiOperatorPassword->setText("  pw ");
   EXPECT_TRUE(dialog.bbtOk->isEnabled());
 
@@ -40,10 +46,9 @@ TEST(ApiDialog, PreviewFollowsTheHostingModeSecretsAreReadableAndOkNeedsEveryFie
   dialog.spnParallelRequests->setValue(12);
   tyQuorvexITSM settings = Complete();
   dialog.CopyTo(settings);
-  EXPECT_EQ(settings.ParallelRequests, 8) << "at most 8";
-  EXPECT_EQ(settings.API.Password, "  pw "); // as typed
-  EXPECT_EQ(settings.API.Token, "kept");    // the token state is not the dialog's
-  EXPECT_EQ(settings.API.TokenValidity, 33);
+  // At most 8 requests; the password as typed; the token state is not the dialog's.
+  EXPECT_EQ(std::tuple(settings.ParallelRequests, settings.API.Password, settings.API.Token, settings.API.TokenValidity),
+            std::tuple(8, QString("  pw "), QString("kept"), 33));
 }
 
 TEST(ApiDialog, OkFollowsEveryKeystrokeSoThatEnterConfirmsAndCancelChangesNothing)
@@ -54,10 +59,9 @@ TEST(ApiDialog, OkFollowsEveryKeystrokeSoThatEnterConfirmsAndCancelChangesNothin
       auto *dialog = qobject_cast<TfrmSetQuorvexItsmConfig *>(QApplication::activeModalWidget());
       ASSERT_NE(dialog, nullptr);
       for (QLineEdit *edit : {dialog->edtInstance, dialog->ledtClientID, dialog->ledtClientSecret,
-                              dialog->ledtApiOperatorUsername}) {
+                              dialog->ledtApiOperatorUsername})
         QTest::keyClicks(edit, "v");
-        EXPECT_FALSE(dialog->bbtOk->isEnabled());
-      }
+      EXPECT_FALSE(dialog->bbtOk->isEnabled());
       QTest::keyClicks(dialog->ledtApiOperatorPassword, "p"); // the focus never left the field
       EXPECT_TRUE(dialog->bbtOk->isEnabled());
       ok ? QTest::keyClick(dialog->ledtApiOperatorPassword, Qt::Key_Return) : dialog->reject();
@@ -101,22 +105,17 @@ TEST(ApiDialog, TestConnectionAsksForATokenWithTheTypedValuesAndSaysWhatHappened
   EXPECT_EQ(ConfiguredAuthorities(), "") << "the settings in force keep their authorities";
 }
 
-// A first start leaves the instance and the hosting mode to choose ("acme" is
-// only an example) and puts the focus on the first empty field.
-TEST(ApiDialog, AFirstStartOffersAnExampleAndFocusesTheFirstEmptyField)
+// A first start leaves the instance and the hosting mode to choose: "acme" is
+// only an example.
+TEST(ApiDialog, AFirstStartOffersAnExampleAndSavesNoneOfIt)
 {
   tyQuorvexITSM defaults;
   defaults.SaaS = true;
   defaults.Instance = "acme";
   TfrmSetQuorvexItsmConfig dialog;
   dialog.Fill(defaults, true);
-  dialog.show();
-  QApplication::setActiveWindow(&dialog);
   EXPECT_EQ(std::tuple(dialog.edtInstance->text(), dialog.edtInstance->placeholderText(), dialog.chkSaaS->isChecked()),
             std::tuple(QString(), QString("acme"), false));
-  EXPECT_TRUE(QTest::qWaitFor([&dialog] { return dialog.edtInstance->hasFocus(); }, 2000));
-  QTest::keyClicks(dialog.edtInstance, "desk.example");
   dialog.Fill(Complete()); // a later start shows what was saved
-  EXPECT_EQ(dialog.edtInstance->text(), "acme");
-  EXPECT_TRUE(dialog.chkSaaS->isChecked());
+  EXPECT_EQ(std::pair(dialog.edtInstance->text(), dialog.chkSaaS->isChecked()), std::pair(QString("acme"), true));
 }

@@ -1,4 +1,3 @@
-#include "support/TempConfig.h"
 #include "tickets/TicketsModel.h"
 
 #include <QAbstractItemModelTester>
@@ -6,53 +5,33 @@
 
 namespace {
 
-tyRestTicket Ticket(std::int32_t id, const QString &title, const QString &created, const QString &updated)
+tyRestTicket Ticket(std::int32_t id, const QString &created = {}, const QString &updated = {})
 {
-  tyRestTicket ticket{.id = id, .lastUpdate = updated, .title = title};
+  tyRestTicket ticket;
   ticket._type = "INCIDENT";
-  ticket.organization.name = "Acme";
-  ticket.priority.reference = "Critical P1";
+  ticket.id = id;
   ticket.creationDate = created;
-  ticket.status._reference = "New";
-  ticket.assignedTeam.name = "N1";
+  ticket.lastUpdate = updated;
   return ticket;
 }
 
 } // namespace
 
-// Typed values for sorting and the export, and what the grid shows of them: an
-// unknown date (empty or unreadable stamp) is empty, never 1 January 1899.
-TEST(TicketsGrid, TwelveColumnsWithTypedCells)
+// What the grid shows of its typed cells (the values themselves: Workbooks): an
+// unknown date (empty or unreadable stamp) is empty, never 1 January 1899; the
+// flag reads "yes"; a row links to its page once the service is known.
+TEST(TicketsGrid, UnknownDatesShowEmptyFlagsReadYesAndRowsLinkToTheirPage)
 {
-  const TScopedTimeZone paris("Europe/Paris");
   TTicketsModel model;
   QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
-  EXPECT_EQ(model.rowCount(), 0);
-  EXPECT_EQ(model.columnCount(), 12);
-
-  tyRestTicket flagged = Ticket(17, "VPN", "2024-03-16T09:00:00.000Z", "2024-03-17T10:15:00.000+01:00");
+  tyRestTicket flagged = Ticket(17, "2024-03-16T09:00:00.000Z", "2024-03-17T10:15:00.000+01:00");
   flagged.tenExchangesAdded = true;
-  model.SetTickets({Ticket(4521, "Printer <b>down</b>", "2024-03-15T08:30:00.123Z", ""), flagged,
-                    Ticket(2, "bad", "-999999999-01-01T00:00:00", "2024-03-15")});
-  ASSERT_EQ(model.rowCount(), 3);
-  const auto edit = [&model](int row, int column) { return model.data(model.index(row, column), Qt::EditRole); };
+  model.SetTickets({Ticket(4521, "2024-03-15T08:30:00.123Z", ""), flagged, Ticket(2, "-999999999-01-01T00:00:00")});
   const auto shown = [&model](int row, int column) { return model.data(model.index(row, column)).toString(); };
-  EXPECT_EQ(std::pair(edit(0, TTicketsModel::colId).typeId(), edit(0, TTicketsModel::colId).toLongLong()),
-            std::pair(int(QMetaType::LongLong), 4521LL));
-  EXPECT_EQ(shown(0, TTicketsModel::colTitle), "Printer <b>down</b>");
-  // Local time: the service's UTC moment as the clock in Paris shows it.
-  EXPECT_EQ(edit(0, TTicketsModel::colCreationDate).toDateTime(), QDateTime(QDate(2024, 3, 15), QTime(9, 30, 0, 123)));
-  EXPECT_EQ(edit(1, TTicketsModel::colLastUpdate).toDateTime(), QDateTime(QDate(2024, 3, 17), QTime(10, 15)));
-  EXPECT_EQ(edit(2, TTicketsModel::colLastUpdate).toDateTime(), QDateTime(QDate(2024, 3, 15), QTime(0, 0)));
-  for (const auto &[row, column] : {std::pair{0, TTicketsModel::colLastUpdate}, {2, TTicketsModel::colCreationDate}}) {
-    EXPECT_FALSE(edit(row, column).toDateTime().isValid());
-    EXPECT_EQ(shown(row, column), "");
-  }
-  EXPECT_EQ(std::make_pair(edit(1, TTicketsModel::colTenExchanges), shown(1, TTicketsModel::colTenExchanges)),
-            std::make_pair(QVariant(true), QString("yes")));
-  EXPECT_EQ(shown(0, TTicketsModel::colTenExchanges), "");
-  EXPECT_EQ(model.headerData(TTicketsModel::colTenExchanges, Qt::Horizontal).toString(), "10 exchanges");
-  // The page a double-click opens: the report's link, once the service is known.
+  EXPECT_EQ((QStringList{shown(0, TTicketsModel::colLastUpdate), shown(2, TTicketsModel::colCreationDate),
+                         shown(0, TTicketsModel::colTenExchanges), shown(1, TTicketsModel::colTenExchanges)}),
+            (QStringList{"", "", "", "yes"}));
+  EXPECT_FALSE(shown(1, TTicketsModel::colLastUpdate).isEmpty());
   EXPECT_EQ(model.data(model.index(0, 0), TTicketsModel::LinkRole).toString(), "");
   model.SetServiceUrl("https://desk.example");
   EXPECT_TRUE(model.data(model.index(1, TTicketsModel::colTitle), TTicketsModel::LinkRole).toString().startsWith(
@@ -66,7 +45,7 @@ TEST(TicketsGrid, FollowUpMarksShowSinceWhenAndSnoozes)
 {
   TTicketsModel model;
   QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
-  model.SetTickets({Ticket(1, "a", "", ""), Ticket(2, "b", "", ""), Ticket(3, "c", "", "")});
+  model.SetTickets({Ticket(1), Ticket(2), Ticket(3)});
   model.SetFollowUp({{1, {.Listed = "new", .New = true}},
                      {2, {.Listed = "since 18.11.2026, 5 reports"}},
                      {3, {.Listed = "since 20.11.2026, 3 reports", .Snoozed = "until 01.12.2026"}}});
