@@ -17,7 +17,7 @@
 #include <gtest/gtest.h>
 
 namespace {
-tyQuorvexITSM Complete() { return {true, "acme", {}, {}, {}, {"id", "s3cret", "api", "pw", 0, 33, "kept"}, 3}; }
+tyQuorvexITSM Complete() { return {true, "acme", {}, {}, {}, {"id", "s3cret", "api", "pw", 0, 33, "kept"}, 3, {}}; }
 } // namespace
 
 TEST(ApiDialog, PreviewFollowsTheHostingModeSecretsAreReadableAndOkNeedsEveryField)

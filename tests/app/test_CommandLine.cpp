@@ -129,8 +129,9 @@ TEST(Executable, AStartThatCannotGoOnSaysWhy)
     EXPECT_EQ(run.ExitCode, 2) << run.Err.toStdString();
     EXPECT_TRUE(run.Err.contains(c.Said.isEmpty() ? "no display" : config.Root() + c.Said)) << run.Err.toStdString();
     EXPECT_FALSE(run.Err.contains("another instance")) << run.Err.toStdString();
-    if (c.Said == folder + "quorvex-followup.ini")
+    if (c.Said == folder + "quorvex-followup.ini") {
       EXPECT_TRUE(RunLog(config.Root() + folder).contains(" - BEGIN\n"));
+    }
   }
 }
 

@@ -361,3 +361,27 @@ TEST_F(MainWindow, EscapeCancelsAStepThatWaitsForAServiceThatNeverAnswers)
   ClickStep(FWindow->bbtFilter);
   EXPECT_EQ(Status(), "Filters left as they were");
 }
+
+// The grid's column widths and its sort come back at the next start, and the
+// widths hold while a retrieval fills the grid.
+TEST_F(MainWindow, TheNextStartRestoresTheLayoutAPersonLeft)
+{
+  const tyRestTickets tickets{Ticket(4521, "Printer"), Ticket(99, "VPN slow")};
+  FState.SetTicketsForTest(tickets);
+  auto *grid = FWindow->findChild<QTableView *>("asgTickets");
+  grid->sortByColumn(TTicketsModel::colId, Qt::DescendingOrder);
+  grid->setColumnWidth(TTicketsModel::colTitle, 333);
+  ASSERT_TRUE(FWindow->close());
+
+  FWindow = std::make_unique<TfrmMain>(FState);
+  FWindow->show();
+  // As a retrieval fills the grid: emptied, a first page, then the whole list.
+  FState.Grid().SetTickets({});
+  FState.Grid().AppendTickets(tickets, 1);
+  grid = FWindow->findChild<QTableView *>("asgTickets");
+  EXPECT_EQ(grid->columnWidth(TTicketsModel::colTitle), 333);
+  FState.SetTicketsForTest(tickets);
+  EXPECT_EQ(grid->columnWidth(TTicketsModel::colTitle), 333);
+  EXPECT_EQ(grid->horizontalHeader()->sortIndicatorSection(), TTicketsModel::colId);
+  EXPECT_EQ(grid->model()->index(0, TTicketsModel::colId).data().toString(), "4521");
+}

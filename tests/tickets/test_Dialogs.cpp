@@ -157,7 +157,12 @@ TEST(ChooseOrgaDialog, OkReplacesTheSelectionsCancelDoesNot)
 namespace {
 tyRestObject Colour(std::int32_t id, const QString &reference, const QString &text, TColor colour)
 {
-  return {.id = id, ._reference = reference, .Text = text, .BgColor = colour};
+  tyRestObject status;
+  status.id = id;
+  status._reference = reference;
+  status.Text = text;
+  status.BgColor = colour;
+  return status;
 }
 } // namespace
 
