@@ -25,13 +25,8 @@ TSmtpTestServer::TSmtpTestServer(const TOptions &options)
                         QStringLiteral("--out"), FDir.filePath(QStringLiteral("out"))};
   if (!options.User.isEmpty())
     arguments << QStringLiteral("--user") << options.User << QStringLiteral("--password") << options.Password;
-  for (const QString &refused : options.RefusedRecipients)
-    arguments << QStringLiteral("--refuse") << refused;
-
-  FProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-  if (options.StallAfterData)
-    arguments << QStringLiteral("--stall-after-data");
   arguments << options.Faults;
+  FProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   FProcess.start(QStringLiteral(QUORVEX_SYSTEM_PYTHON), arguments);
   while (FProcess.waitForReadyRead(10000) || FProcess.canReadLine()) {
     if (!FProcess.canReadLine())
@@ -44,23 +39,10 @@ TSmtpTestServer::TSmtpTestServer(const TOptions &options)
   }
   if (FPort == 0 && FFailure.isEmpty())
     FFailure = QStringLiteral("the SMTP test server did not start: ") + FProcess.errorString();
-  // One file names the authorities of every server: those trusted already (a
-  // demo service's) stay trusted beside the relay's.
-  QFile bundle(FDir.filePath(QStringLiteral("authorities.pem")));
-  QFile earlier(qEnvironmentVariable("QUORVEX_EXTRA_CA_CERTS"));
-  QFile own(CertificateFile());
-  if (bundle.open(QIODevice::WriteOnly) && own.open(QIODevice::ReadOnly)) {
-    if (!earlier.fileName().isEmpty() && earlier.open(QIODevice::ReadOnly))
-      bundle.write(earlier.readAll() + '\n');
-    bundle.write(own.readAll());
-  }
-  bundle.close();
-  qputenv("QUORVEX_EXTRA_CA_CERTS", bundle.fileName().toUtf8());
 }
 
 TSmtpTestServer::~TSmtpTestServer()
 {
-  qunsetenv("QUORVEX_EXTRA_CA_CERTS");
   FProcess.closeWriteChannel();
   if (!FProcess.waitForFinished(5000)) {
     FProcess.kill();

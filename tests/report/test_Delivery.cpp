@@ -36,12 +36,9 @@ class DeliveryTest : public ::testing::Test
 {
 protected:
   // Starts the relay with these faults (see smtp_test_server.py).
-  void Relay(const QStringList &refused, const QStringList &faults = {})
+  void Relay(const QStringList &faults)
   {
-    TSmtpTestServer::TOptions options;
-    options.RefusedRecipients = refused;
-    options.Faults = faults;
-    FServer = std::make_unique<TSmtpTestServer>(options);
+    FServer = std::make_unique<TSmtpTestServer>(TSmtpTestServer::TOptions{.Faults = faults});
     ASSERT_TRUE(FServer->Started()) << FServer->Failure().toStdString();
     FSmtp = {"127.0.0.1", FServer->Port(), false, {}, {}, {}, {}, "followup@example.test"};
     FOptions.RetryPause = std::chrono::milliseconds(10);
@@ -76,11 +73,10 @@ protected:
 
 TEST_F(DeliveryTest, ARefusedRecipientNeitherStopsTheOthersNorTheNextMails)
 {
-  Relay({"r1-5@example.test", "r1-9@example.test=501", "r20-1@example.test"});
+  Relay({"--refuse", "r1-5@example.test", "r1-9@example.test=501", "r20-1@example.test"});
   const TDeliveryResult result = Deliver(Mails(1, 12) + Mails(36).mid(1));
   EXPECT_EQ(result.MailsSent, 35);                  // every mail but the one whose only recipient is refused
   EXPECT_EQ(Received().size(), 12 - 2 + 35 - 1);   // and every recipient but the three refused
-  EXPECT_FALSE(Received().contains("r1-5@example.test"));
   const QString at = QStringLiteral(": 127.0.0.1:%1 replied: ").arg(FServer->Port());
   EXPECT_EQ(Failures(result),
             (QStringList{"Mail to r1-5@example.test" + at + "550 5.1.1 <r1-5@example.test>: mailbox unavailable",
@@ -97,19 +93,20 @@ TEST_F(DeliveryTest, ARefusedRecipientNeitherStopsTheOthersNorTheNextMails)
 TEST_F(DeliveryTest, TemporaryFailuresAreTriedThreeTimesInAll)
 {
   // A busy mailbox stays busy: three tries, then named with its reply.
-  Relay({"r1-2@example.test=450"}, {"--fail-data", "1", "--drop-at", "3"});
+  Relay({"--refuse", "r1-2@example.test=450", "--fail-data", "1", "--drop-at", "3"});
   const TDeliveryResult result = Deliver(Mails(1, 3) + Mails(2).mid(1));
   // The first DATA is refused (451) and tried again; the connection drops at the
   // third DATA, which goes again on a new one.
   EXPECT_EQ(Received(), (QStringList{"r1-1@example.test", "r1-3@example.test", "r2-1@example.test"}));
-  ASSERT_EQ(Failures(result).size(), 1);
-  EXPECT_TRUE(Failures(result)[0].startsWith("Mail to r1-2@example.test: ")) << Failures(result)[0].toStdString();
-  EXPECT_TRUE(Failures(result)[0].contains("450 4.2.1")) << Failures(result)[0].toStdString();
+  const QStringList failures = Failures(result);
+  ASSERT_EQ(failures.size(), 1);
+  EXPECT_TRUE(failures[0].startsWith("Mail to r1-2@example.test: ") && failures[0].contains("450 4.2.1"))
+      << failures[0].toStdString();
 }
 
 TEST_F(DeliveryTest, RecipientsBeyondTheRelaysLimitGoAsIdenticalMails)
 {
-  Relay({}, {"--max-recipients", "3"});
+  Relay({"--max-recipients", "3"});
   FOptions.MaxRecipients = 3;
   const TDeliveryResult result = Deliver(Mails(1, 10));
   EXPECT_TRUE(result.Failures.isEmpty()) << Failures(result).join('\n').toStdString();
@@ -122,7 +119,7 @@ TEST_F(DeliveryTest, RecipientsBeyondTheRelaysLimitGoAsIdenticalMails)
 
 TEST_F(DeliveryTest, ARerunOfTheSameDaySendsOnlyWhatWasNotDelivered)
 {
-  Relay({"r2-1@example.test"});
+  Relay({"--refuse", "r2-1@example.test"});
   QStringList warnings;
   const auto store = TFollowUpStore::Open(FConfig.File("journal.db"), warnings);
   ASSERT_TRUE(store);
@@ -168,10 +165,10 @@ TEST_F(DeliveryTest, ADamagedStoreIsMovedAsideAndMadeAnew)
 
 TEST_F(DeliveryTest, AStopOrThePassedDeadlineStartsNoFurtherMail)
 {
-  Relay({}, {"--delay", "0.2"});
+  Relay({"--delay", "0.5"});
   TStopRequest stop;
   FOptions.Stop = &stop;
-  // The request comes while the second mail is on its way.
+  // The request comes while the third mail is on its way.
   QTimer::singleShot(1500, &stop, [&stop] { stop.Request("SIGTERM"); });
   const TDeliveryResult stopped = Deliver(Mails(10));
   EXPECT_GE(stopped.MailsSent, 1);
