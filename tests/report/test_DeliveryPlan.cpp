@@ -164,22 +164,15 @@ TEST_F(DeliveryPlanTest, SkipWhenClearSendsNothingOnlyForACompleteEmptyReport)
   EXPECT_EQ(PlanDelivery(FIn, delivery, FSmtp, FColours, [] { return CNow; }).Mails.size(), 1);
 }
 
-// The workbook a mail carries holds the rows of that mail only (the layout of
-// its sheets is the Workbooks tests'), the ages and the reports as numbers.
-TEST_F(DeliveryPlanTest, TheAttachedWorkbookHoldsTheRowsOfItsMailAsTypedCells)
+// The workbook a mail carries has a sheet for each section of that mail with
+// rows, and those rows only (what a sheet holds: the Workbooks tests).
+TEST_F(DeliveryPlanTest, TheAttachedWorkbookHoldsTheSectionsOfItsMailOnly)
 {
-  FIn.FollowUp = std::make_shared<TFollowUpMemory>();
-  const TReportMail digest = Plan(TDeliveryMode::Personal).Mails[1];
-  ASSERT_EQ(digest.To, QStringList{"ann@example.test"});
+  const TReportMail digest = Plan(TDeliveryMode::Personal).Mails[1]; // Ann's only row is unassigned
   const QJsonArray sheets = ReadWorkbook(ReportWorkbook(digest.Report, FColours));
-  ASSERT_EQ(sheets.size(), 1); // Ann's only row is unassigned
-  EXPECT_EQ(sheets[0]["name"].toString(), "Unassigned");
-  const QJsonArray rows = sheets[0]["rows"].toArray();
-  ASSERT_EQ(rows.size(), 2);
-  const QJsonArray row = rows[1].toArray();
-  EXPECT_EQ(std::tuple(row[1].toString(), row[5].toDouble(), row[10].toDouble()),
-            std::tuple(QString("Incident 1"), 48.0, 1.0));
-  EXPECT_EQ(ReportWorkbookName(QDate(2026, 11, 4)), "tickets-follow-up-20261104.xlsx");
+  ASSERT_EQ(sheets.size(), 1);
+  EXPECT_EQ(std::tuple(sheets[0]["name"].toString(), sheets[0]["rows"].toArray().size()),
+            std::tuple(QString("Unassigned"), 2));
 }
 
 } // namespace
