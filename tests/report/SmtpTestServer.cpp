@@ -28,15 +28,9 @@ TSmtpTestServer::TSmtpTestServer(const TOptions &options)
   arguments << options.Faults;
   FProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   FProcess.start(QStringLiteral(QUORVEX_SYSTEM_PYTHON), arguments);
-  while (FProcess.waitForReadyRead(10000) || FProcess.canReadLine()) {
-    if (!FProcess.canReadLine())
-      continue;
-    const QByteArray line = FProcess.readLine().trimmed();
-    if (line.startsWith("READY ")) {
-      FPort = line.mid(6).toInt();
-      break;
-    }
-  }
+  while (FPort == 0 && (FProcess.canReadLine() || FProcess.waitForReadyRead(10000)))
+    if (const QByteArray line = FProcess.canReadLine() ? FProcess.readLine() : QByteArray(); line.startsWith("READY "))
+      FPort = line.mid(6).trimmed().toInt();
   if (FPort == 0 && FFailure.isEmpty())
     FFailure = QStringLiteral("the SMTP test server did not start: ") + FProcess.errorString();
 }
