@@ -23,26 +23,18 @@ void PrintTo(const QJsonArray &value, std::ostream *out)
 
 namespace {
 
-tyRestTicket Ticket(TRestId id, const QString &type, const QString &title, const QString &created,
-                    const QString &updated)
-{
-  tyRestTicket ticket = ReportTicket(id, type, created, updated);
-  ticket.title = title;
-  return ticket;
-}
-
 // The tickets of both workbooks, made at 14 November 2026, 06:00 in Paris: 4521
 // unassigned, 17 stale with ten exchanges, 99 of a team not followed.
 tyRestTickets Tickets()
 {
-  tyRestTicket stale = Ticket(17, "REQUEST", "VPN down", "2026-10-01T08:00:00.000Z", "2026-10-20T10:00:00.000Z");
+  tyRestTicket stale = ReportTicket(17, "REQUEST", "2026-10-01T08:00:00.000Z", "2026-10-20T10:00:00.000Z");
   stale.assignedUser = {5, "Ann Lee"};
   stale.tenExchangesAdded = true;
   stale.status._reference = "Waiting";
-  tyRestTicket other = Ticket(99, "CHANGE", "Disk full", "2026-11-14T04:00:00.000Z", "2026-11-14T04:30:00.000Z");
+  tyRestTicket other = ReportTicket(99, "CHANGE", "2026-11-14T04:00:00.000Z", "2026-11-14T04:30:00.000Z");
   other.assignedTeam = {20, "Network"};
   other.assignedUser = {6, "Bob"};
-  return {Ticket(4521, "INCIDENT", "Printer", "2026-11-14T01:30:00.000Z", "2026-11-13T23:00:00.000Z"), stale, other};
+  return {ReportTicket(4521, "INCIDENT", "2026-11-14T01:30:00.000Z", "2026-11-13T23:00:00.000Z"), stale, other};
 }
 
 struct TExpectedSheet
@@ -65,9 +57,9 @@ protected:
 } // namespace
 
 // Each sheet named after what it holds, with the grid's or the section's
-// headers, each column defined once, typed cells
-// (links, numbers, dates, flags) and one date format in both workbooks; the grid
-// export holds what the view shows, in its order.
+// headers, each column defined once, typed cells (links, numbers, dates, flags)
+// and one date format in both workbooks; the grid export holds what the view
+// shows, in its order.
 TEST_F(Workbooks, SheetsAreNamedTypedAndEachColumnDefinedOnce)
 {
   const QDateTime now(QDate(2026, 11, 14), QTime(6, 0));
@@ -96,7 +88,7 @@ TEST_F(Workbooks, SheetsAreNamedTypedAndEachColumnDefinedOnce)
        {{"Unassigned",
          {"Organization", "Ticket", "Title", "Assigned Team", "Creation Date", "Hours since creation", "Last Update",
           "Priority", "Status", "Listed since", "Reports in a row"},
-         {"Acme", "Incident 4521", "Printer", "Desk", "2026-11-14T02:30:00", 3, "2026-11-14T00:00:00", "P1", "New",
+         {"Acme", "Incident 4521", "Ticket 4521", "Desk", "2026-11-14T02:30:00", 3, "2026-11-14T00:00:00", "P1", "New",
           "2026-11-14T06:00:00", 1},
          1,
          link + "4521"},
@@ -109,7 +101,7 @@ TEST_F(Workbooks, SheetsAreNamedTypedAndEachColumnDefinedOnce)
         {"More than 10 exchanges",
          {"Organization", "Ticket", "Title", "Assigned Team", "Assigned User", "Creation Date", "Days since creation",
           "Last Update", "Days since update", "Priority", "Status", "Listed since", "Reports in a row"},
-         {"Acme", "Request 17", "VPN down", "Desk", "Ann Lee", "2026-10-01T10:00:00", 43, "2026-10-20T12:00:00", 24,
+         {"Acme", "Request 17", "Ticket 17", "Desk", "Ann Lee", "2026-10-01T10:00:00", 43, "2026-10-20T12:00:00", 24,
           "P1", "Waiting", "2026-11-14T06:00:00", 1},
          1,
          link + "17"}}},
@@ -117,7 +109,7 @@ TEST_F(Workbooks, SheetsAreNamedTypedAndEachColumnDefinedOnce)
        {{"Open tickets",
          {"Type", "Id", "Organization", "Priority", "Title", "CreationDate", "Status", "Assigned Team",
           "Assigned User", "Last Update", "10 exchanges", "Listed"},
-         {"REQUEST", 17, "Acme", "INCIDENT - Critical P1", "VPN down", "2026-10-01T10:00:00", "Waiting", "Desk",
+         {"REQUEST", 17, "Acme", "INCIDENT - Critical P1", "Ticket 17", "2026-10-01T10:00:00", "Waiting", "Desk",
           "Ann Lee", "2026-10-20T12:00:00", true, QJsonValue()},
          2,
          {}}}},
