@@ -95,11 +95,9 @@ protected:
              "itsm@vellmor.example,  audit@vellmor.example", "noreply@vellmor.example"};
   }
 
-  static QStringList Report()
-  {
-    return {"<!DOCTYPE html>", "<html>", "  <head><title>Quorvex ITSM tickets follow-up</title></head>", "  <body>",
-            "    <h1>Quorvex ITSM tickets follow-up</h1>", "    <p>Équipe &amp; réseau</p>", "  </body>", "</html>"};
-  }
+  const QStringList FReport{"<!DOCTYPE html>", "<html>", "  <head><title>Quorvex ITSM tickets follow-up</title></head>",
+                            "  <body>", "    <h1>Quorvex ITSM tickets follow-up</h1>", "    <p>Équipe &amp; réseau</p>",
+                            "  </body>", "</html>"};
 
   // What could not be delivered, one line each.
   QStringList SendReport()
@@ -108,14 +106,9 @@ protected:
     QStringList warnings;
     mail.To = ParseAddressList(FSmtp.DefaultTo, "To", warnings);
     mail.Cc = ParseAddressList(FSmtp.DefaultCC, "Cc", warnings);
-    mail.Report.HtmlContent = Report();
+    mail.Report.HtmlContent = FReport;
     mail.Report.Text = QStringLiteral("Quorvex ITSM tickets follow-up\n.\nÉquipe & réseau"); // a dot alone on its line
     return Failures(Deliver({mail}));
-  }
-
-  static QString Header(const QJsonObject &message, const char *name)
-  {
-    return message["headers"].toObject()[QLatin1String(name)].toString();
   }
 };
 
@@ -134,19 +127,21 @@ TEST_F(StartTlsSendingTest, ReportReachesEveryReceiverAsAlternativeTextAndHtml)
             (QVariantList{true, true, "noreply@vellmor.example", "multipart/alternative"}));
   EXPECT_EQ(message["rcpt_tos"].toArray().toVariantList(), (QVariantList{"leads@vellmor.example", "desk@vellmor.example",
                                                                           "itsm@vellmor.example", "audit@vellmor.example"}));
-  EXPECT_EQ((QStringList{Header(message, "Subject"), Header(message, "From"), Header(message, "To"), Header(message, "Cc")}),
+  const QJsonObject headers = message["headers"].toObject();
+  EXPECT_EQ((QStringList{headers["Subject"].toString(), headers["From"].toString(), headers["To"].toString(),
+                         headers["Cc"].toString()}),
             (QStringList{"Quorvex ITSM tickets follow-up", "noreply@vellmor.example",
                          "leads@vellmor.example, desk@vellmor.example", "itsm@vellmor.example, audit@vellmor.example"}));
-  EXPECT_GE(QDateTime::fromString(Header(message, "Date"), Qt::RFC2822Date), before) << Header(message, "Date").toStdString();
-  EXPECT_TRUE(QRegularExpression("^<[0-9a-f-]{36}@vellmor\\.example>$").match(Header(message, "Message-ID")).hasMatch())
-      << Header(message, "Message-ID").toStdString();
+  EXPECT_GE(QDateTime::fromString(headers["Date"].toString(), Qt::RFC2822Date), before);
+  EXPECT_TRUE(QRegularExpression("^<[0-9a-f-]{36}@vellmor\\.example>$").match(headers["Message-ID"].toString()).hasMatch())
+      << headers["Message-ID"].toString().toStdString();
 
   const QJsonArray parts = message["parts"].toArray();
   ASSERT_EQ(parts.size(), 2);
   EXPECT_EQ((QStringList{parts[0]["type"].toString(), parts[0]["text"].toString(), parts[1]["type"].toString(),
                          parts[1]["text"].toString().trimmed()}),
             (QStringList{"text/plain", "Quorvex ITSM tickets follow-up\r\n.\r\nÉquipe & réseau", "text/html",
-                         Report().join("\r\n")}));
+                         FReport.join("\r\n")}));
 }
 
 TEST_F(StartTlsSendingTest, ServerRefusalsCarryTheServersWords)
