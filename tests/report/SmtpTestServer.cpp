@@ -16,13 +16,11 @@ TSmtpTestServer::TSmtpTestServer(const TOptions &options)
     if (!file.open(QIODevice::WriteOnly) || file.write(pem) != pem.size())
       FFailure = QStringLiteral("cannot write ") + path;
   }
-  QDir(FDir.path()).mkdir(QStringLiteral("out"));
 
   static const char *const modes[] = {"plain", "starttls", "smtps"};
   QStringList arguments{QStringLiteral(QUORVEX_SMTP_TEST_SERVER), QStringLiteral("--mode"),
                         QLatin1String(modes[options.Mode]), QStringLiteral("--port"), QString::number(options.Port),
-                        QStringLiteral("--cert"), CertificateFile(), QStringLiteral("--key"), key,
-                        QStringLiteral("--out"), FDir.filePath(QStringLiteral("out"))};
+                        QStringLiteral("--dir"), FDir.path()};
   if (!options.User.isEmpty())
     arguments << QStringLiteral("--user") << options.User << QStringLiteral("--password") << options.Password;
   arguments << options.Faults;
@@ -47,7 +45,7 @@ TSmtpTestServer::~TSmtpTestServer()
 QList<QJsonObject> TSmtpTestServer::Messages() const
 {
   QList<QJsonObject> messages;
-  const QDir out(FDir.filePath(QStringLiteral("out")));
+  const QDir out(FDir.path());
   for (const QString &name : out.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name)) {
     QFile file(out.filePath(name));
     if (file.open(QIODevice::ReadOnly))

@@ -2,8 +2,9 @@
 """SMTP server of the mail tests, on 127.0.0.1.
 
 Prints "READY <port>" once it accepts connections and stops when its standard
-input closes. Each message received is summarised, parsed by Python's email
-package, as <n>.json in the output folder: envelope, session (TLS, login),
+input closes. Its certificate is cert.pem and key.pem in its folder. Each message
+received is summarised, parsed by Python's email package, as <n>.json in that
+folder: envelope, session (TLS, login),
 headers and every leaf part (its text, or an attachment's bytes in Base64).
 Its faults are its options (see main).
 """
@@ -70,7 +71,7 @@ class Recorder:
                    "headers": {name: str(message[name]) for name in ("Subject", "From", "To", "Cc", "Date",
                                                                      "Message-ID") if message[name] is not None},
                    "parts": parts}
-        path = pathlib.Path(self.args.out) / ("%03d.json" % self.data_count)
+        path = pathlib.Path(self.args.dir) / ("%03d.json" % self.data_count)
         path.with_suffix(".tmp").write_text(json.dumps(summary))
         path.with_suffix(".tmp").rename(path)
         return "250 Message accepted"
@@ -80,11 +81,9 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--mode", choices=["plain", "starttls", "smtps"], default="plain")
     parser.add_argument("--port", type=int, default=0)
-    parser.add_argument("--cert")
-    parser.add_argument("--key")
+    parser.add_argument("--dir", required=True)
     parser.add_argument("--user")
     parser.add_argument("--password")
-    parser.add_argument("--out", required=True)
     parser.add_argument("--refuse", nargs="+", default=[], help="ADDRESS (550) or ADDRESS=450 or ADDRESS=501")
     parser.add_argument("--stall-after-data", action="store_true")
     parser.add_argument("--delay", type=float, default=0, help="seconds before each answer to RCPT")
@@ -106,7 +105,7 @@ def main():
     options = {"hostname": "127.0.0.1", "port": port, "server_hostname": "localhost"}
     if args.mode != "plain":
         context = ssl.create_default_context(ssl.Purpose.CLIENT_AUTH)
-        context.load_cert_chain(args.cert, args.key)
+        context.load_cert_chain(args.dir + "/cert.pem", args.dir + "/key.pem")
         if args.mode == "smtps":
             options["ssl_context"] = context
         else:

@@ -46,13 +46,9 @@ TEST(MailAddress, OnlyOneWellFormedMailboxBecomesAnAddrSpec)
 
 TEST(MailAddress, OperatorsKeepOnlyUsableAddressesAndTheOthersAreNamed)
 {
-  tyRestOperators operators(3);
-  operators[0].id = 7;
+  tyRestOperators operators{ReportOperator(7, "alice@example.test>\r\nRCPT TO:<evil@attacker.test>"),
+                             ReportOperator(8, "\"Bob\" <Bob@example.test>"), ReportOperator(9, "")};
   operators[0].login = "alice";
-  operators[0].notificationEmail = "alice@example.test>\r\nRCPT TO:<evil@attacker.test>";
-  operators[1].id = 8;
-  operators[1].notificationEmail = "\"Bob\" <Bob@example.test>";
-  operators[2].id = 9;
   const QStringList warnings = KeepUsableAddresses(operators);
   EXPECT_EQ((QStringList{operators[0].notificationEmail, operators[1].notificationEmail, operators[2].notificationEmail}),
             (QStringList{"", "Bob@example.test", ""}));
