@@ -44,15 +44,6 @@ struct TTestRun
   }
 };
 
-// Points the dialog at the server on 127.0.0.1:`port`, without TLS nor login.
-void Loopback(TfrmSMTP &dialog, int port)
-{
-  dialog.ledtServer->setText(" 127.0.0.1 ");
-  dialog.ledtPort->setText(QString::number(port));
-  dialog.chkSSL->setChecked(false);
-  dialog.ledtUsername->clear();
-}
-
 // Clicks the test button and waits while the window's thread runs, until the
 // test has ended (the button is back).
 void TestAndWait(TfrmSMTP &dialog)
@@ -77,7 +68,11 @@ TEST(SmtpDialogTest, TestSendsTheTypedValuesOffTheWindowThreadAndAFailureKeepsTh
   EXPECT_EQ(run.Proposed, "leads@vellmor.example");
 
   run.Answer = "tester@vellmor.example";
-  Loopback(dialog, server.Port()); // typed, not yet kept
+  // Typed, not yet kept: the server on 127.0.0.1, without TLS nor login.
+  dialog.ledtServer->setText(" 127.0.0.1 ");
+  dialog.ledtPort->setText(QString::number(server.Port()));
+  dialog.chkSSL->setChecked(false);
+  dialog.ledtUsername->clear();
   qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem"); // without encryption no authority is read
   TestAndWait(dialog);
   const QList<QJsonObject> messages = server.Messages();
@@ -114,18 +109,14 @@ TEST(SmtpDialogTest, TestSendsTheTypedValuesOffTheWindowThreadAndAFailureKeepsTh
   EXPECT_EQ(Fields(dialog.TypedValues()), Fields(typed));
 }
 
-// OK copies the edited values back; Cancel, even after a real test of them, nothing.
+// OK copies the edited values back; Cancel, nothing.
 TEST(SmtpDialogTest, OkCopiesTheEditedValuesBackTrimmingOnlyServerAndUserAndCancelNothing)
 {
-  TSmtpTestServer server({});
-  ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
   for (const bool ok : {false, true}) {
     SCOPED_TRACE(ok);
     tySMTPserver smtp = Settings();
     tyDelivery delivery;
     delivery.SkipWhenClear = true;
-    TTestRun run;
-    run.Answer = "tester@vellmor.example";
     QTimer::singleShot(0, [&] {
       auto *dialog = qobject_cast<TfrmSMTP *>(QApplication::activeModalWidget());
       ASSERT_NE(dialog, nullptr);
@@ -138,15 +129,9 @@ TEST(SmtpDialogTest, OkCopiesTheEditedValuesBackTrimmingOnlyServerAndUserAndCanc
       dialog->chkAttachWorkbook->click();
       dialog->spnEscalateAfter->setValue(3);
       dialog->ledtEscalateTo->setText("boss@x.example");
-      if (ok) {
-        dialog->findChild<QPushButton *>("bbtOk")->click();
-        return;
-      }
-      Loopback(*dialog, server.Port());
-      TestAndWait(*dialog);
-      dialog->reject();
+      ok ? dialog->findChild<QPushButton *>("bbtOk")->click() : dialog->reject();
     });
-    EXPECT_EQ(ConfigureSMTPserver(smtp, delivery, nullptr, run.Actions()), ok);
+    EXPECT_EQ(ConfigureSMTPserver(smtp, delivery), ok);
     const tySMTPserver expected = ok ? tySMTPserver{"smtp.other.example", 25, true, "robot", " pass word ",
                                                     " a@x.example ", "itsm@vellmor.example", "robot@other.example"}
                                      : Settings();
@@ -156,5 +141,4 @@ TEST(SmtpDialogTest, OkCopiesTheEditedValuesBackTrimmingOnlyServerAndUserAndCanc
               ok ? std::tuple(TDeliveryMode::Personal, true, true, true, 3, QString("boss@x.example"))
                  : std::tuple(TDeliveryMode::Report, true, false, true, 0, QString()));
   }
-  EXPECT_EQ(server.Messages().size(), 1);
 }
