@@ -16,51 +16,25 @@ TSmtpTestServer::TSmtpTestServer(const TOptions &options)
     if (!file.open(QIODevice::WriteOnly) || file.write(pem) != pem.size())
       FFailure = QStringLiteral("cannot write ") + path;
   }
-  QDir(FDir.path()).mkdir(QStringLiteral("out"));
 
   static const char *const modes[] = {"plain", "starttls", "smtps"};
   QStringList arguments{QStringLiteral(QUORVEX_SMTP_TEST_SERVER), QStringLiteral("--mode"),
                         QLatin1String(modes[options.Mode]), QStringLiteral("--port"), QString::number(options.Port),
-                        QStringLiteral("--cert"), CertificateFile(), QStringLiteral("--key"), key,
-                        QStringLiteral("--out"), FDir.filePath(QStringLiteral("out"))};
+                        QStringLiteral("--dir"), FDir.path()};
   if (!options.User.isEmpty())
     arguments << QStringLiteral("--user") << options.User << QStringLiteral("--password") << options.Password;
-  for (const QString &refused : options.RefusedRecipients)
-    arguments << QStringLiteral("--refuse") << refused;
-
-  FProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-  if (options.StallAfterData)
-    arguments << QStringLiteral("--stall-after-data");
   arguments << options.Faults;
+  FProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   FProcess.start(QStringLiteral(QUORVEX_SYSTEM_PYTHON), arguments);
-  while (FProcess.waitForReadyRead(10000) || FProcess.canReadLine()) {
-    if (!FProcess.canReadLine())
-      continue;
-    const QByteArray line = FProcess.readLine().trimmed();
-    if (line.startsWith("READY ")) {
-      FPort = line.mid(6).toInt();
-      break;
-    }
-  }
+  while (FPort == 0 && (FProcess.canReadLine() || FProcess.waitForReadyRead(10000)))
+    if (const QByteArray line = FProcess.canReadLine() ? FProcess.readLine() : QByteArray(); line.startsWith("READY "))
+      FPort = line.mid(6).trimmed().toInt();
   if (FPort == 0 && FFailure.isEmpty())
     FFailure = QStringLiteral("the SMTP test server did not start: ") + FProcess.errorString();
-  // One file names the authorities of every server: those trusted already (a
-  // demo service's) stay trusted beside the relay's.
-  QFile bundle(FDir.filePath(QStringLiteral("authorities.pem")));
-  QFile earlier(qEnvironmentVariable("QUORVEX_EXTRA_CA_CERTS"));
-  QFile own(CertificateFile());
-  if (bundle.open(QIODevice::WriteOnly) && own.open(QIODevice::ReadOnly)) {
-    if (!earlier.fileName().isEmpty() && earlier.open(QIODevice::ReadOnly))
-      bundle.write(earlier.readAll() + '\n');
-    bundle.write(own.readAll());
-  }
-  bundle.close();
-  qputenv("QUORVEX_EXTRA_CA_CERTS", bundle.fileName().toUtf8());
 }
 
 TSmtpTestServer::~TSmtpTestServer()
 {
-  qunsetenv("QUORVEX_EXTRA_CA_CERTS");
   FProcess.closeWriteChannel();
   if (!FProcess.waitForFinished(5000)) {
     FProcess.kill();
@@ -71,7 +45,7 @@ TSmtpTestServer::~TSmtpTestServer()
 QList<QJsonObject> TSmtpTestServer::Messages() const
 {
   QList<QJsonObject> messages;
-  const QDir out(FDir.filePath(QStringLiteral("out")));
+  const QDir out(FDir.path());
   for (const QString &name : out.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name)) {
     QFile file(out.filePath(name));
     if (file.open(QIODevice::ReadOnly))

@@ -9,8 +9,7 @@
 #include <QTemporaryDir>
 
 // A real SMTP server (aiosmtpd, see smtp_test_server.py) on 127.0.0.1 for the
-// life of the object. Its certificate is made fresh and trusted through
-// QUORVEX_EXTRA_CA_CERTS while the object lives.
+// life of the object, with a fresh certificate (CertificateFile()) for its TLS modes.
 class TSmtpTestServer
 {
 public:
@@ -21,10 +20,8 @@ public:
     int Port = 0; // 0: any free port
     QString User; // empty: no login asked
     QString Password;
-    QStringList RefusedRecipients; // "address" (550) or "address=450" / "=501"
-    bool StallAfterData = false; // takes the whole message, then never answers
-    // Further faults, as smtp_test_server.py takes them: "--delay", "2",
-    // "--max-recipients", "3", "--fail-data", "1", "--drop-at", "2".
+    // Faults, as smtp_test_server.py takes them: "--refuse", "a@x.test", "b@x.test=450",
+    // "--stall-after-data", "--delay", "2", "--max-recipients", "3", "--fail-data", "1", "--drop-at", "2".
     QStringList Faults;
   };
 

@@ -1,10 +1,8 @@
 #!/usr/bin/env python3
-"""Parses a report as a browser does (html5lib) and prints, as JSON, what it reads
-in the body: "active", every element or attribute that could run (script-like
-elements, event attributes, script or data addresses); "skeleton", every element
-with its attribute names, in document order; "rows", the text of each table row's
-cells; "paragraphs", the text of each paragraph. No-break spaces read as spaces.
-Exits 1 when anything could run. (The head is the report's own.)"""
+"""Parses a report's body as a browser does (html5lib) and prints, as JSON:
+"active", what could run (script-like elements, event attributes, script or data
+addresses; exits 1 when any); "skeleton", each element with its attribute names;
+"rows" and "paragraphs", their texts, no-break spaces as spaces."""
 import json
 import re
 import sys

@@ -2,7 +2,7 @@
 """Prints, as JSON, what a person sees in a workbook (path given): for each
 sheet its rows (dates as ISO text, numbers as numbers, flags as booleans), its
 frozen cell, its autofilter range, whether its header row is bold, its column
-definitions as written ([first, last, width], 1-based), the targets of its links
+definitions as written ([first, last], 1-based), the targets of its links
 by cell and the number formats of its dates."""
 import datetime
 import json
@@ -26,8 +26,7 @@ for sheet in book.worksheets:
                    "freeze": sheet.freeze_panes,
                    "filter": sheet.auto_filter.ref,
                    "bold": all(cell.font.b for cell in sheet[1]),
-                   "columns": sorted([d.min, d.max, d.width] for d in sheet.column_dimensions.values()
-                                     if d.customWidth),
+                   "columns": sorted([d.min, d.max] for d in sheet.column_dimensions.values() if d.customWidth),
                    "links": {cell.coordinate: cell.hyperlink.target for cell in cells if cell.hyperlink},
                    "dateFormats": sorted({cell.number_format for cell in cells
                                           if isinstance(cell.value, datetime.datetime)})})

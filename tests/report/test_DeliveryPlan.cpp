@@ -30,12 +30,10 @@ TEST(MailAddress, OnlyOneWellFormedMailboxBecomesAnAddrSpec)
       {"alice@example.test>\r\nRSET\r\nMAIL FROM:<noreply@example.test>\r\nRCPT TO:<evil@attacker.test>", "",
        "control character"},
       {QStringLiteral("alice@example.test") + QChar(0) + "evil@attacker.test", "", "control character"},
-      {"alice@example.test\tx", "", "control character"},
       {"alice@example.test, evil@attacker.test", "", "more than one address"},
       {"team: alice@example.test, bob@example.test;", "", "group"},
       {"<@relay.example:alice@example.test>", "", "source route"},
       {"alice", "", "no local part or no domain"},
-      {"alice@", "", "not a mail address"},
       {"", "", "not a mail address"},
       {QString(250, 'a') + "@example.test", "", "longer than 254 octets"},
   };
@@ -46,27 +44,11 @@ TEST(MailAddress, OnlyOneWellFormedMailboxBecomesAnAddrSpec)
   }
 }
 
-TEST(MailAddress, ListsTypedInTheSettingsNameEachEntryTheyDrop)
-{
-  QStringList warnings;
-  EXPECT_EQ(ParseAddressList(" a@x.test; B@y.test ,, \"C\" <c@z.test>;bad\r\nRCPT TO:<e@v.test>,x", "[SMTP] DefaultTo",
-                             warnings),
-            (QStringList{"a@x.test", "B@y.test", "c@z.test"}));
-  ASSERT_EQ(warnings.size(), 2);
-  EXPECT_EQ(warnings[0], "[SMTP] DefaultTo: the address \"bad\\x0d\\x0aRCPT TO:<e@v.test>\" is not used: it holds a "
-                         "control character (a line break, NUL or the like)");
-  EXPECT_TRUE(warnings[1].startsWith("[SMTP] DefaultTo: the address \"x\" is not used"));
-}
-
 TEST(MailAddress, OperatorsKeepOnlyUsableAddressesAndTheOthersAreNamed)
 {
-  tyRestOperators operators(3);
-  operators[0].id = 7;
+  tyRestOperators operators{ReportOperator(7, "alice@example.test>\r\nRCPT TO:<evil@attacker.test>"),
+                             ReportOperator(8, "\"Bob\" <Bob@example.test>"), ReportOperator(9, "")};
   operators[0].login = "alice";
-  operators[0].notificationEmail = "alice@example.test>\r\nRCPT TO:<evil@attacker.test>";
-  operators[1].id = 8;
-  operators[1].notificationEmail = "\"Bob\" <Bob@example.test>";
-  operators[2].id = 9;
   const QStringList warnings = KeepUsableAddresses(operators);
   EXPECT_EQ((QStringList{operators[0].notificationEmail, operators[1].notificationEmail, operators[2].notificationEmail}),
             (QStringList{"", "Bob@example.test", ""}));
@@ -146,11 +128,11 @@ TEST_F(DeliveryPlanTest, WithoutAnyoneConcernedTheDefaultsReceiveTheReport)
 {
   FIn.Operators.clear();
   FIn.TeamsOperators.clear();
-  FSmtp.DefaultTo = "leads@example.test;\"x\r\nRCPT TO:<e@v.test>\"@example.test";
+  FSmtp.DefaultTo = "leads@example.test;,, bad\r\nRCPT TO:<e@v.test>"; // each entry the list drops is named
   const TDeliveryPlan concerned = Plan(TDeliveryMode::Concerned);
   EXPECT_EQ(Mails(concerned), QStringList{"leads@example.test | boss@example.test,ann@example.test | 2"});
-  ASSERT_EQ(concerned.Warnings.size(), 1);
-  EXPECT_TRUE(concerned.Warnings[0].startsWith("[SMTP] DefaultTo: the address")) << concerned.Warnings[0].toStdString();
+  EXPECT_EQ(concerned.Warnings, QStringList{"[SMTP] DefaultTo: the address \"bad\\x0d\\x0aRCPT TO:<e@v.test>\" is not used: "
+                                            "it holds a control character (a line break, NUL or the like)"});
   EXPECT_EQ(Mails(Plan(TDeliveryMode::Personal)), QStringList{"leads@example.test | boss@example.test,ann@example.test | 2"});
 }
 
@@ -164,22 +146,15 @@ TEST_F(DeliveryPlanTest, SkipWhenClearSendsNothingOnlyForACompleteEmptyReport)
   EXPECT_EQ(PlanDelivery(FIn, delivery, FSmtp, FColours, [] { return CNow; }).Mails.size(), 1);
 }
 
-// The workbook a mail carries holds the rows of that mail only (the layout of
-// its sheets is the Workbooks tests'), the ages and the reports as numbers.
-TEST_F(DeliveryPlanTest, TheAttachedWorkbookHoldsTheRowsOfItsMailAsTypedCells)
+// The workbook a mail carries has a sheet for each section of that mail with
+// rows, and those rows only (what a sheet holds: the Workbooks tests).
+TEST_F(DeliveryPlanTest, TheAttachedWorkbookHoldsTheSectionsOfItsMailOnly)
 {
-  FIn.FollowUp = std::make_shared<TFollowUpMemory>();
-  const TReportMail digest = Plan(TDeliveryMode::Personal).Mails[1];
-  ASSERT_EQ(digest.To, QStringList{"ann@example.test"});
+  const TReportMail digest = Plan(TDeliveryMode::Personal).Mails[1]; // Ann's only row is unassigned
   const QJsonArray sheets = ReadWorkbook(ReportWorkbook(digest.Report, FColours));
-  ASSERT_EQ(sheets.size(), 1); // Ann's only row is unassigned
-  EXPECT_EQ(sheets[0]["name"].toString(), "Unassigned");
-  const QJsonArray rows = sheets[0]["rows"].toArray();
-  ASSERT_EQ(rows.size(), 2);
-  const QJsonArray row = rows[1].toArray();
-  EXPECT_EQ(std::tuple(row[1].toString(), row[5].toDouble(), row[10].toDouble()),
-            std::tuple(QString("Incident 1"), 48.0, 1.0));
-  EXPECT_EQ(ReportWorkbookName(QDate(2026, 11, 4)), "tickets-follow-up-20261104.xlsx");
+  ASSERT_EQ(sheets.size(), 1);
+  EXPECT_EQ(std::tuple(sheets[0]["name"].toString(), sheets[0]["rows"].toArray().size()),
+            std::tuple(QString("Unassigned"), 2));
 }
 
 } // namespace

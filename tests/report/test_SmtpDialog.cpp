@@ -1,4 +1,5 @@
 #include "SmtpTestServer.h"
+#include "report/ReportSending.h"
 #include "report/gui/TfrmSMTP.h"
 #include "tickets/gui/TfrmLoading.h"
 #include "support/TempConfig.h"
@@ -13,7 +14,6 @@
 #include <QTcpSocket>
 #include <QTest>
 #include <QTimer>
-#include <QValidator>
 #include <gtest/gtest.h>
 
 namespace {
@@ -33,32 +33,16 @@ auto Fields(const tySMTPserver &m)
 // told kept instead of shown.
 struct TTestRun
 {
-  QString Answer;
-  QString Proposed;
-  QStringList Informed;
-  QStringList Errors;
+  QString Answer, Proposed;
+  QStringList Informed, Errors;
 
   TfrmSMTP::TTestActions Actions()
   {
-    TfrmSMTP::TTestActions actions = TfrmSMTP::DefaultTestActions();
-    actions.AskRecipient = [this](QWidget *, const QString &proposed) {
-      Proposed = proposed;
-      return Answer;
-    };
-    actions.Inform = [this](QWidget *, const QString &text) { Informed.append(text); };
-    actions.ShowError = [this](QWidget *, const QString &text) { Errors.append(text); };
-    return actions;
+    return {[this](QWidget *, const QString &proposed) { return Proposed = proposed, Answer; }, SendTestMail,
+            [this](QWidget *, const QString &text) { Informed.append(text); },
+            [this](QWidget *, const QString &text) { Errors.append(text); }};
   }
 };
-
-// Points the dialog at the server on 127.0.0.1:`port`, without TLS nor login.
-void Loopback(TfrmSMTP &dialog, int port)
-{
-  dialog.ledtServer->setText(" 127.0.0.1 ");
-  dialog.ledtPort->setText(QString::number(port));
-  dialog.chkSSL->setChecked(false);
-  dialog.ledtUsername->clear();
-}
 
 // Clicks the test button and waits while the window's thread runs, until the
 // test has ended (the button is back).
@@ -70,7 +54,10 @@ void TestAndWait(TfrmSMTP &dialog)
 
 } // namespace
 
-TEST(SmtpDialogTest, TestSendsTheTypedValuesConfirmsAndAFailureKeepsTheValues)
+// The test sends the gateway test mail with the typed values, off the window's
+// thread with the buttons off; Escape does not close the dialog, and a failure
+// keeps the values.
+TEST(SmtpDialogTest, TestSendsTheTypedValuesOffTheWindowThreadAndAFailureKeepsThem)
 {
   TSmtpTestServer server({});
   ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
@@ -81,34 +68,25 @@ TEST(SmtpDialogTest, TestSendsTheTypedValuesConfirmsAndAFailureKeepsTheValues)
   EXPECT_EQ(run.Proposed, "leads@vellmor.example");
 
   run.Answer = "tester@vellmor.example";
-  Loopback(dialog, server.Port()); // typed, not yet kept
+  // Typed, not yet kept: the server on 127.0.0.1, without TLS nor login.
+  dialog.ledtServer->setText(" 127.0.0.1 ");
+  dialog.ledtPort->setText(QString::number(server.Port()));
+  dialog.chkSSL->setChecked(false);
+  dialog.ledtUsername->clear();
+  qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem"); // without encryption no authority is read
   TestAndWait(dialog);
-  ASSERT_EQ(server.Messages().size(), 1);
-  EXPECT_EQ(server.Messages()[0]["rcpt_tos"].toArray().toVariantList(), QVariantList{"tester@vellmor.example"});
+  const QList<QJsonObject> messages = server.Messages();
+  ASSERT_EQ(messages.size(), 1);
+  EXPECT_EQ((QVariantList{messages[0]["mail_from"].toString(), messages[0]["rcpt_tos"].toArray().toVariantList(),
+                          messages[0]["headers"]["Subject"].toString(), messages[0]["parts"][0]["text"].toString().trimmed()}),
+            (QVariantList{"noreply@vellmor.example", QVariantList{"tester@vellmor.example"}, "SMTP gateway test",
+                          "This is an SMTP gateway test. If you can read this message, then the gateway is working correctly."}));
   EXPECT_EQ(run.Informed, QStringList{"Check your inbox, the email has been sent."});
 
-  const int unused = UnusedPort();
-  dialog.ledtPort->setText(QString::number(unused));
-  const tySMTPserver typed = dialog.TypedValues();
-  dialog.show();
-  TestAndWait(dialog);
-  ASSERT_EQ(run.Errors.size(), 1);
-  EXPECT_TRUE(run.Errors[0].startsWith(QStringLiteral("Unable to send the mail through 127.0.0.1:%1: ").arg(unused)))
-      << run.Errors[0].toStdString();
-  EXPECT_EQ(run.Informed.size(), 1);
-  EXPECT_TRUE(dialog.isVisible());
-  EXPECT_EQ(Fields(dialog.TypedValues()), Fields(typed));
-}
-
-TEST(SmtpDialogTest, TestRunsOffTheWindowThreadWithTheButtonsOff)
-{
   QTcpServer silent; // accepts, never answers
   ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
-  TTestRun run;
-  run.Answer = "tester@vellmor.example";
-  TfrmSMTP dialog(nullptr, run.Actions());
-  dialog.Fill(Settings());
-  Loopback(dialog, silent.serverPort());
+  dialog.ledtPort->setText(QString::number(silent.serverPort()));
+  const tySMTPserver typed = dialog.TypedValues();
   dialog.show();
   bool seen = false;
   QObject::connect(&silent, &QTcpServer::newConnection, [&] {
@@ -118,56 +96,42 @@ TEST(SmtpDialogTest, TestRunsOffTheWindowThreadWithTheButtonsOff)
     const auto *progress = dialog.findChild<TfrmLoading *>();
     ASSERT_NE(progress, nullptr);
     EXPECT_TRUE(progress->isVisible());
-    EXPECT_EQ(progress->Step(), QString::fromUtf8("Sending to 127.0.0.1:%1…").arg(silent.serverPort()));
     QTest::keyClick(&dialog, Qt::Key_Escape);
-    EXPECT_TRUE(dialog.isVisible());
     silent.nextPendingConnection()->abort(); // the exchange ends with an error
   });
-  QTest::mouseClick(dialog.BitBtn1, Qt::LeftButton);
-  EXPECT_TRUE(QTest::qWaitFor([&dialog] { return dialog.BitBtn1->isEnabled(); }, 30000));
+  TestAndWait(dialog);
   EXPECT_TRUE(seen);
-  EXPECT_EQ(run.Errors.size(), 1);
+  ASSERT_EQ(run.Errors.size(), 1);
+  EXPECT_TRUE(run.Errors[0].startsWith(QStringLiteral("Unable to send the mail through 127.0.0.1:%1: ").arg(silent.serverPort())))
+      << run.Errors[0].toStdString();
+  EXPECT_EQ(run.Informed.size(), 1);
+  EXPECT_TRUE(dialog.isVisible());
+  EXPECT_EQ(Fields(dialog.TypedValues()), Fields(typed));
 }
 
-// OK copies the edited values back; Cancel, even after a real test of them, nothing.
+// OK copies the edited values back; Cancel, nothing.
 TEST(SmtpDialogTest, OkCopiesTheEditedValuesBackTrimmingOnlyServerAndUserAndCancelNothing)
 {
-  TSmtpTestServer server({});
-  ASSERT_TRUE(server.Started()) << server.Failure().toStdString();
   for (const bool ok : {false, true}) {
     SCOPED_TRACE(ok);
     tySMTPserver smtp = Settings();
     tyDelivery delivery;
     delivery.SkipWhenClear = true;
-    TTestRun run;
-    run.Answer = "tester@vellmor.example";
     QTimer::singleShot(0, [&] {
       auto *dialog = qobject_cast<TfrmSMTP *>(QApplication::activeModalWidget());
       ASSERT_NE(dialog, nullptr);
-      EXPECT_TRUE(dialog->rbtModeReport->isChecked());
-      EXPECT_TRUE(dialog->chkSkipWhenClear->isChecked());
       dialog->ledtServer->setText(" smtp.other.example\t");
       dialog->ledtUsername->setText(" robot ");
       dialog->ledtDefaultTo->setText(" a@x.example ");
       dialog->ledtPort->setText("99999999999"); // pasted past the digits-only check
-      QString typed = "12a";
-      int position = 3;
-      EXPECT_EQ(dialog->ledtPort->validator()->validate(typed, position), QValidator::Invalid);
       dialog->ledtFrom->setText("robot@other.example");
       dialog->rbtModePersonal->click();
       dialog->chkAttachWorkbook->click();
-      EXPECT_TRUE(dialog->chkHistory->isChecked());
       dialog->spnEscalateAfter->setValue(3);
       dialog->ledtEscalateTo->setText("boss@x.example");
-      if (ok) {
-        dialog->findChild<QPushButton *>("bbtOk")->click();
-        return;
-      }
-      Loopback(*dialog, server.Port());
-      TestAndWait(*dialog);
-      dialog->reject();
+      ok ? dialog->findChild<QPushButton *>("bbtOk")->click() : dialog->reject();
     });
-    EXPECT_EQ(ConfigureSMTPserver(smtp, delivery, nullptr, run.Actions()), ok);
+    EXPECT_EQ(ConfigureSMTPserver(smtp, delivery), ok);
     const tySMTPserver expected = ok ? tySMTPserver{"smtp.other.example", 25, true, "robot", " pass word ",
                                                     " a@x.example ", "itsm@vellmor.example", "robot@other.example"}
                                      : Settings();
@@ -177,5 +141,4 @@ TEST(SmtpDialogTest, OkCopiesTheEditedValuesBackTrimmingOnlyServerAndUserAndCanc
               ok ? std::tuple(TDeliveryMode::Personal, true, true, true, 3, QString("boss@x.example"))
                  : std::tuple(TDeliveryMode::Report, true, false, true, 0, QString()));
   }
-  EXPECT_EQ(server.Messages().size(), 1);
 }
