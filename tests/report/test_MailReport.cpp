@@ -252,6 +252,7 @@ TEST_F(MailReportTest, PlainTextHasThePartsOfTheReportAndOneLinePerRow)
   tyRestTicket urgent = Ticket(7, "REQUEST");
   urgent.title = "Password reset <urgent>";
   urgent.creationDate = "2026-11-14T02:30:00.000"; // local time, as a stamp without zone is read
+  urgent.lastUpdate = "2026-11-13T23:00:00.000Z";   // midnight in Paris: the date alone
   tyRestTicket broken = Stale(8, 20.5);
   broken.title = "Line one\r\nline two\tand more";
   broken.assignedUser = {1, "Ann Lee"};
@@ -270,7 +271,7 @@ TEST_F(MailReportTest, PlainTextHasThePartsOfTheReportAndOneLinePerRow)
         QStringLiteral("\n\nExtraction\n14.11.2026 - 06:00 CET\n\nUnassigned after 15 minutes\n"
                        "---------------------------\n\nU-with kb <https://kb.example/a>\n\n1. one\n\n"),
         QStringLiteral("Acme | Request 7 <https://acme.itsm.example/operators/tickets/all/7> | Password reset <urgent> | "
-                       "Desk | 14/11/2026 02:30:00 (3 hours) | 14/11/2026 05:30:00 | P1 | New\n\nW-title %NBDAYS%\n"),
+                       "Desk | 14/11/2026 02:30:00 (3 hours) | 14/11/2026 | P1 | New\n\nW-title %NBDAYS%\n"),
         QStringLiteral("\nAcme | Incident 8 <https://acme.itsm.example/operators/tickets/all/8> | Line one  line two and "
                        "more | Desk | Ann Lee | 14/11/2026 05:00:00 | 24/10/2026 19:00:00 (20 days) | P1 | New\n\n"
                        "Why x <https://acme.itsm.example>\n"),
