@@ -1,5 +1,7 @@
 // The grid shows a retrieval's rows as its pages come, and goes back to the
-// last complete retrieval when the new one is cancelled.
+// last complete retrieval when the new one is cancelled: the requests in flight
+// are cut at once, the step says that it ended incomplete, the next one runs as
+// usual.
 
 #include "StepsFixture.h"
 #include "support/Await.h"
@@ -49,5 +51,16 @@ TEST_F(GridDuringRetrieval, RowsComePageByPageAndACancelBringsBackTheLastGrid)
   const QList<int> counts = CountsWhileRunning([this](int) { QTimer::singleShot(0, [this] { FState->Cancel(); }); });
   EXPECT_EQ(counts, QList<int>{500});
   EXPECT_EQ(FState->Grid().rowCount(), 1204);
-  EXPECT_EQ(FState->TakeStepFailures().first().Text(), "Get tickets: cancelled before its end; nothing more was asked");
+  const TFailures failures = FState->TakeStepFailures();
+  ASSERT_FALSE(failures.isEmpty());
+  EXPECT_EQ(failures.first().Text(), "Get tickets: cancelled before its end; nothing more was asked");
+  EXPECT_TRUE(failures.last().Reason.startsWith("the step was cancelled")) << failures.last().Text().toStdString();
+  EXPECT_TRUE(FState->RetrievalStatusText().startsWith("Get tickets cancelled before its end; the grid still shows the "
+                                                       "1204 ticket(s)"))
+      << FState->RetrievalStatusText().toStdString();
+
+  FService.SetFaults({});
+  Await(FState->RetrieveTickets(FProgress));
+  EXPECT_TRUE(FState->TakeStepFailures().isEmpty());
+  EXPECT_EQ(FState->RetrievalStatusText(), "1204 open ticket(s) retrieved");
 }
