@@ -76,6 +76,14 @@ QJsonObject DemoTicket(int id, int organization, const QString &user, double age
           {"exchanges", QJsonArray{exchange}}};
 }
 
+QStringList TicketIds(const tyRestTickets &tickets)
+{
+  QStringList ids;
+  for (const tyRestTicket &ticket : tickets)
+    ids << QString::number(ticket.id) + (ticket.tenExchangesAdded ? "*" : "");
+  return ids;
+}
+
 StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeTickets))
 {
   FService.Listen();

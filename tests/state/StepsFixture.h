@@ -32,6 +32,8 @@ QString Stamp(double daysAgo);
 // & Co", assigned to operator 1 "Ann", 2 "Bob" or, when `user` is empty, nobody.
 QJsonObject DemoTicket(int id, int organization, const QString &user, double ageDays, double updatedDaysAgo,
                        const QString &exchange = {});
+// The ids, with a star for a ticket flagged for its ten-exchanges notice.
+QStringList TicketIds(const tyRestTickets &tickets);
 
 // The main window's state over a demo service on 127.0.0.1 that serves a small
 // data set: organization 1 "Acme" (three tickets: 11 unassigned and stale, 12

@@ -71,9 +71,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
          ChangeTicket(16, [](QJsonObject &t) { t["assignedUser"] = QJsonObject{{"id", 2}, {"name", "Bob"}}; });
          ChangeTicket(15, [](QJsonObject &t) { t["lastUpdate"] = Stamp(0.01); });
          ChangeTicket(13, [](QJsonObject &t) { t = {}; });
-         TDemoFaults faults;
-         faults.Bodies.append({"/api/ticket/list/open", -1, R"({"error":"internal"})", 500, {}, 2});
-         FService.SetFaults(faults);
+         FService.SetFaults({.Bodies = {{"/api/ticket/list/open", -1, R"({"error":"internal"})", 500, {}, 2}}});
          TFollowUpHistory history = History();
          history.Snooze({17, QDate::currentDate().addDays(2), false, false, {}, {}, 0, "lead", QDateTime::currentDateTime()});
          history.Snooze({18, {}, true, false, {}, {}, 0, "lead", QDateTime::currentDateTime()});

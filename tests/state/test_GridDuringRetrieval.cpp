@@ -37,17 +37,13 @@ protected:
 
 TEST_F(GridDuringRetrieval, RowsComePageByPageAndACancelBringsBackTheLastGrid)
 {
-  TDemoFaults slow;
-  slow.DelayMs = 30;
-  FService.SetFaults(slow);
+  FService.SetFaults({.DelayMs = 30});
   // Acme's three pages of open tickets, then Beta's one.
   EXPECT_EQ(CountsWhileRunning(), (QList<int>{500, 1000, 1203, 1204}));
   EXPECT_EQ(FState->Grid().rowCount(), 1204);
 
   // The second page never comes: Cancel once the first is shown.
-  TDemoFaults hanging = slow;
-  hanging.Bodies.append({QStringLiteral("/api/ticket/list/open"), 1, {}, 200, TDemoFaults::TDelivery::Never, 1});
-  FService.SetFaults(hanging);
+  FService.SetFaults({.DelayMs = 30, .Bodies = {{"/api/ticket/list/open", 1, {}, 200, TDemoFaults::TDelivery::Never, 1}}});
   const QList<int> counts = CountsWhileRunning([this](int) { QTimer::singleShot(0, [this] { FState->Cancel(); }); });
   EXPECT_EQ(counts, QList<int>{500});
   EXPECT_EQ(FState->Grid().rowCount(), 1204);

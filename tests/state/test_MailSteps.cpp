@@ -19,9 +19,7 @@ protected:
   // The operators list the service answers instead of its own.
   void Operators(const QByteArray &body, int status = 200)
   {
-    TDemoFaults faults;
-    faults.Bodies.append({QStringLiteral("/api/operators/list"), -1, body, status});
-    FService.SetFaults(faults);
+    FService.SetFaults({.Bodies = {{"/api/operators/list", -1, body, status}}});
   }
 };
 
@@ -82,9 +80,7 @@ TEST_F(MailStepsTest, AnOperatorsPageThatLeavesPeopleOutSaysHowMany)
 // sent, and the log says why.
 TEST_F(MailStepsTest, AStopDuringTheRetrievalCutsTheRequestsAndSendsNothing)
 {
-  TDemoFaults faults;
-  faults.Bodies.append({QStringLiteral("/api/ticket/list/open"), -1, {}, 200, TDemoFaults::TDelivery::Never});
-  FService.SetFaults(faults);
+  FService.SetFaults({.Bodies = {{"/api/ticket/list/open", -1, {}, 200, TDemoFaults::TDelivery::Never}}});
   TStopRequest stop;
   TUnattendedOptions options;
   options.Stop = &stop;

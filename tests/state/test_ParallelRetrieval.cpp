@@ -26,11 +26,8 @@ protected:
   ParallelRetrieval() : StepsFixture(1200) // Acme's plain list takes three pages
   {
     SelectAll();
-    TDemoFaults faults;
-    faults.DelayMs = 20;
     // Beta & Co's queries fail: a failure among the results is assembled in its place too.
-    faults.Bodies.append({"/api/ticket/list/open", -1, R"({"error":"internal"})", 500, {}, 2});
-    FService.SetFaults(faults);
+    FService.SetFaults({.DelayMs = 20, .Bodies = {{"/api/ticket/list/open", -1, R"({"error":"internal"})", 500, {}, 2}}});
   }
 
   // How many requests for `path` came before the last request for tickets.
@@ -53,16 +50,13 @@ protected:
     TUnattendedOptions options;
     options.DryRun = true;
     EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
-    QStringList tickets;
-    for (const tyRestTicket &ticket : std::as_const(FState->Tickets()))
-      tickets << QStringLiteral("%1%2").arg(ticket.id).arg(ticket.tenExchangesAdded ? "*" : "");
     QStringList grid;
     const TTicketsModel &model = FState->Grid();
     for (int row = 0; row < model.rowCount(); ++row)
       for (int column = 0; column < model.columnCount(); ++column)
         grid << model.data(model.index(row, column)).toString();
-    return {tickets.join(u' '), WithoutTimes(grid.join(u'|')), WithoutTimes(FState->ReportHtml().join(u'\n')),
-            WithoutTimes(ReadTextFile(FState->LogFile()))};
+    return {TicketIds(FState->Tickets()).join(u' '), WithoutTimes(grid.join(u'|')),
+            WithoutTimes(FState->ReportHtml().join(u'\n')), WithoutTimes(ReadTextFile(FState->LogFile()))};
   }
 };
 

@@ -29,9 +29,7 @@ protected:
   // returns the saved run log.
   QString RunWith(const QByteArray &body, int status, TDemoFaults::TDelivery delivery)
   {
-    TDemoFaults faults;
-    faults.Bodies.append({CTicketsPath, 0, body, status, delivery});
-    FService.SetFaults(faults);
+    FService.SetFaults({.Bodies = {{CTicketsPath, 0, body, status, delivery}}});
     TUnattendedOptions options;
     options.DryRun = true;
     EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);

@@ -10,26 +10,13 @@
 
 #include <QDir>
 
-namespace {
-
-// The ids, with a star for a ticket flagged for its ten-exchanges notice.
-QList<QString> Ids(const tyRestTickets &tickets)
-{
-  QList<QString> ids;
-  for (const tyRestTicket &ticket : tickets)
-    ids << QString::number(ticket.id) + (ticket.tenExchangesAdded ? "*" : "");
-  return ids;
-}
-
-} // namespace
-
 TEST_F(StepsFixture, GetTicketsQueriesEachOrganizationThreeTimesAndFlagsTheNotices)
 {
   SelectAll();
   Await(FState->RetrieveTickets(FProgress));
 
   // 12 carries the English notice, 13 the French one.
-  EXPECT_EQ(Ids(FState->Tickets()), (QList<QString>{"11", "12*", "13*", "21"}));
+  EXPECT_EQ(TicketIds(FState->Tickets()), (QStringList{"11", "12*", "13*", "21"}));
   EXPECT_EQ(FState->Grid().rowCount(), 4);
   EXPECT_TRUE(FState->RetrievalFailures().isEmpty());
 
@@ -117,20 +104,16 @@ TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
 
   // The service refuses the token in force and any new one: a single token
   // request in the step, and every query fails.
-  TDemoFaults faults;
-  faults.RefuseToken = true;
-  faults.Bodies.append({QStringLiteral("/api/ticket/list/open"), -1, R"({"error":"unauthorized"})", 401});
-  FService.SetFaults(faults);
+  FService.SetFaults({.RefuseToken = true, .Bodies = {{"/api/ticket/list/open", -1, R"({"error":"unauthorized"})", 401}}});
   FService.ClearRequests();
   Await(FState->RetrieveTickets(FProgress));
 
   EXPECT_EQ(FState->Grid().rowCount(), 4);
-  EXPECT_EQ(Ids(FState->Tickets()), (QList<QString>{"11", "12*", "13*", "21"}));
+  EXPECT_EQ(TicketIds(FState->Tickets()), (QStringList{"11", "12*", "13*", "21"}));
   EXPECT_EQ(FState->TicketsRetrievedAt(), extraction);
-  qsizetype tokenRequests = 0;
-  for (const TDemoRequest &request : FService.Requests())
-    tokenRequests += request.Target == QLatin1String("/oauth/token");
-  EXPECT_EQ(tokenRequests, 1);
+  EXPECT_EQ(std::count_if(FService.Requests().cbegin(), FService.Requests().cend(),
+                          [](const TDemoRequest &request) { return request.Target == "/oauth/token"; }),
+            1);
   const QString status = FState->RetrievalStatusText();
   EXPECT_TRUE(status.startsWith("Retrieval failed, the grid still shows the 4 ticket(s) retrieved on " +
                                 DateTimeToStr(extraction) + ". Access token from https://" + FService.Instance() +
