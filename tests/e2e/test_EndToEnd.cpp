@@ -79,15 +79,16 @@ protected:
     return {::RunTool(arguments, environment), RunLog(Folder())};
   }
 
-  // The lines of a run log without their date and time ("<date> <time> - X"
-  // gives " - X"; a line without that prefix is kept whole); blank lines stay.
-  static QStringList Steps(QString log)
+  // The lines of a run log that name a step, count the tickets or deliver a
+  // mail, without their date and time ("<date> <time> - X" gives " - X").
+  static QStringList Outline(const QString &log)
   {
-    static const QRegularExpression stamp(QStringLiteral("^[^\n]+?(?= - )"), QRegularExpression::MultilineOption);
-    QStringList steps = log.remove(stamp).split('\n');
-    if (steps.last().isEmpty())
-      steps.removeLast();
-    return steps;
+    static const QRegularExpression line(QStringLiteral("^(?:(?! - ).)*( - (?:[A-Z]|\\* (?:Nb tickets|Mail to)).*)$"),
+                                         QRegularExpression::MultilineOption);
+    QStringList outline;
+    for (const QRegularExpressionMatch &match : line.globalMatch(log))
+      outline << match.captured(1);
+    return outline;
   }
 
   TTempConfig FConfig;
@@ -98,30 +99,12 @@ protected:
 
 } // namespace
 
-// The log of a clean run of the demo data, each line after its date and time.
-const QStringList CCleanRunSteps{
-    " - BEGIN",
-    " - Retrieve all tickets",
-    "",
-    " - * Northwind Logistics ....................... : 180",
-    " - * Northwind Logistics / > 10 exchanges (E) .. : 15",
-    " - * Northwind Logistics / > 10 échanges (F) ... : 15",
-    "",
-    " - * Brasserie Lefèvre & Fils ....................... : 140",
-    " - * Brasserie Lefèvre & Fils / > 10 exchanges (E) .. : 8",
-    " - * Brasserie Lefèvre & Fils / > 10 échanges (F) ... : 12",
-    "",
-    " - * Nb tickets: 320",
-    "",
-    " - Generate email",
-    " - * Unassigned: 48",
-    " - * Without update: 13",
-    " - * >10 exchanges: 50",
-    " - * To: 35",
-    " - * Cc: 0",
-    " - Send email",
-    " - * Mail to 3 recipient(s), 111 row(s): leads@example.org…",
-    " - END"};
+// The outline of the log of a clean run of the demo data: its steps in their
+// order, each line after its date and time. (What each counts: the unit tests
+// of the retrieval, the report and the delivery plan.)
+const QStringList CCleanRunOutline{" - BEGIN", " - Retrieve all tickets", " - * Nb tickets: 320", " - Generate email",
+                                   " - Send email", " - * Mail to 3 recipient(s), 111 row(s): leads@example.org…",
+                                   " - END"};
 
 // The secrets come from systemd's credentials, the settings file saying that
 // they are in a keyring this run cannot reach; they never reach the file.
@@ -137,7 +120,7 @@ TEST_F(EndToEnd, FullRunWithSystemdCredentialsSendsTheReportToTheDefaultRecipien
   WriteTextFile(FCredentials + "/api-password", QString::fromUtf8("Pass word&=é").toUtf8());
   const TRun run = RunTool({"auto"});
   ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString() << run.Log.toStdString();
-  EXPECT_EQ(Steps(run.Log), CCleanRunSteps) << run.Log.toStdString();
+  EXPECT_EQ(Outline(run.Log), CCleanRunOutline) << run.Log.toStdString();
   // Whoever watches the run sees the same lines as they come.
   EXPECT_TRUE(run.Err.contains(" - END\n"));
   EXPECT_TRUE(run.Err.contains(QString::fromUtf8("Loading - Brasserie Lefèvre & Fils / > 10 échanges [7/8]\n")))
@@ -166,14 +149,9 @@ TEST_F(EndToEnd, FullRunWithSystemdCredentialsSendsTheReportToTheDefaultRecipien
 
 TEST_F(EndToEnd, WithADisplayTheWindowRunsTheSameRoutineAndClosesEvenWhenAStepFails)
 {
-  const TRun run = RunTool({"auto"}, true);
-  ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString() << run.Log.toStdString();
-  EXPECT_EQ(Steps(run.Log), CCleanRunSteps) << run.Log.toStdString();
-  EXPECT_EQ(FSmtp.Messages().size(), 1);
-
   // A failing step never leaves the window waiting for a person; the log is kept.
   WriteSettings(UnusedPort());
-  const TRun failed = RunTool({"auto", "--resend"}, true);
+  const TRun failed = RunTool({"auto"}, true);
   EXPECT_EQ(failed.ExitCode, 2) << failed.Err.toStdString();
   EXPECT_TRUE(failed.Log.contains(": Unable to send the mail through 127.0.0.1:")) << failed.Log.toStdString();
   EXPECT_TRUE(failed.Log.contains(" - ERROR Mail to 3 recipient(s), 111 row(s)")) << failed.Log.toStdString();
@@ -212,15 +190,11 @@ TEST_F(EndToEnd, DryRunOfThePersonalModeWritesEveryMailWhole)
   const TRun run = RunTool({"--dry-run"});
   ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString();
   EXPECT_TRUE(FSmtp.Messages().isEmpty());
+  // The full report and a digest for each of 35 people (their order and
+  // recipients: DeliveryPlanTest).
   const QStringList files = QDir(Folder()).entryList({"quorvex-followup_*.eml"});
   EXPECT_EQ(files.size(), 36);
   EXPECT_FALSE(files.contains("quorvex-followup_99.eml"));
-  // The full report goes first, then a digest to each person alone.
-  const QStringList logged = Steps(run.Log).filter(QRegularExpression("^ - \\* Would send: Mail to "));
-  ASSERT_EQ(logged.size(), 36) << run.Log.toStdString();
-  EXPECT_TRUE(logged[0].startsWith(" - * Would send: Mail to 3 recipient(s), 111 row(s): leads@example.org…"));
-  const QRegularExpression digest(": Mail to 1 recipient\\(s\\), [1-9]\\d* row\\(s\\): [^ …]+@vellmor\\.example as ");
-  EXPECT_EQ(logged.filter(digest).size(), 35) << run.Log.toStdString();
 
   const QString full = ReadTextFile(Folder() + "quorvex-followup_1.eml");
   // The day of the program's zone (New York), which may not be this process's.
@@ -276,5 +250,5 @@ TEST_F(EndToEnd, ASignalEndsTheRunWithItsLogAndARerunSendsOnlyWhatWasNotSent)
   const TRun rerun = RunTool({"auto"});
   EXPECT_EQ(rerun.ExitCode, 0) << rerun.Err.toStdString();
   EXPECT_EQ(FSmtp.Messages().size(), 36 - sent);
-  EXPECT_EQ(Steps(rerun.Log).filter("Already sent at ").size(), sent);
+  EXPECT_EQ(rerun.Log.count("Already sent at "), sent);
 }
