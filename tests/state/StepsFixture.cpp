@@ -92,8 +92,7 @@ StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeT
 
   Trace::Install(false);
   FRest = std::make_unique<TdmRest>(FManager);
-  FState = std::make_unique<TMainState>(QStringLiteral("quorvex-followup"), *FRest);
-  FState->FormCreate();
+  Restart();
   FState->EditServiceSettings([this](tyQuorvexITSM &ici) {
     ici.SaaS = false;
     ici.Instance = FService.Instance();
@@ -117,7 +116,8 @@ StepsFixture::~StepsFixture()
 
 void StepsFixture::Restart()
 {
-  FState->FormDestroy();
+  if (FState)
+    FState->FormDestroy();
   FState = std::make_unique<TMainState>(QStringLiteral("quorvex-followup"), *FRest);
   FState->FormCreate();
 }
@@ -149,8 +149,6 @@ void StepsFixture::ChangeTicket(int id, const std::function<void(QJsonObject &)>
 void StepsFixture::AddTicket(const QJsonObject &ticket)
 {
   QJsonObject data = FService.Data();
-  QJsonArray tickets = data["tickets"].toArray();
-  tickets.append(ticket);
-  data["tickets"] = tickets;
+  data["tickets"] = data["tickets"].toArray() + ticket;
   FService.SetData(data);
 }

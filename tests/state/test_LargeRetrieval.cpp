@@ -1,5 +1,9 @@
-// Several requests in flight give the run that one request at a time gives:
-// the same tickets, grid, report and run log, apart from the times.
+// A retrieval of several pages per query. The grid shows its rows as its pages
+// come, and goes back to the last complete retrieval when the new one is
+// cancelled: the requests in flight are cut at once, the step says that it
+// ended incomplete, the next one runs as usual. Several requests in flight give
+// the run that one request at a time gives: the same tickets, grid, report and
+// run log, apart from the times.
 
 #include "StepsFixture.h"
 #include "support/Await.h"
@@ -7,6 +11,7 @@
 #include "state/UnattendedRun.h"
 
 #include <QRegularExpression>
+#include <QTimer>
 #include <algorithm>
 
 namespace {
@@ -20,14 +25,27 @@ QString WithoutTimes(QString text)
 
 } // namespace
 
-class ParallelRetrieval : public StepsFixture
+class LargeRetrieval : public StepsFixture
 {
 protected:
-  ParallelRetrieval() : StepsFixture(1200) // Acme's plain list takes three pages
+  LargeRetrieval() : StepsFixture(1200) // Acme's plain list takes three pages
   {
     SelectAll();
-    // Beta & Co's queries fail: a failure among the results is assembled in its place too.
-    FService.SetFaults({.DelayMs = 20, .Bodies = {{"/api/ticket/list/open", -1, R"({"error":"internal"})", 500, {}, 2}}});
+  }
+
+  // The grid's row count each time rows came during a retrieval.
+  QList<int> CountsWhileRunning(const std::function<void()> &onRows = {})
+  {
+    QList<int> counts;
+    const QMetaObject::Connection watch =
+        QObject::connect(&FState->Grid(), &QAbstractItemModel::rowsInserted, [&] {
+          counts << FState->Grid().rowCount();
+          if (onRows)
+            onRows();
+        });
+    Await(FState->RetrieveTickets(FProgress));
+    QObject::disconnect(watch);
+    return counts;
   }
 
   // How many requests for `path` came before the last request for tickets.
@@ -59,9 +77,39 @@ protected:
             WithoutTimes(FState->ReportHtml().join(u'\n')), WithoutTimes(ReadTextFile(FState->LogFile()))};
   }
 };
+class GridDuringRetrieval : public LargeRetrieval {};
+class ParallelRetrieval : public LargeRetrieval {};
+
+TEST_F(GridDuringRetrieval, RowsComePageByPageAndACancelBringsBackTheLastGrid)
+{
+  FService.SetFaults({.DelayMs = 30});
+  // Acme's three pages of open tickets, then Beta's one.
+  EXPECT_EQ(CountsWhileRunning(), (QList<int>{500, 1000, 1203, 1204}));
+  EXPECT_EQ(FState->Grid().rowCount(), 1204);
+
+  // The second page never comes: Cancel once the first is shown.
+  FService.SetFaults({.DelayMs = 30, .Bodies = {{"/api/ticket/list/open", 1, {}, 200, TDemoFaults::TDelivery::Never, 1}}});
+  const QList<int> counts = CountsWhileRunning([this] { QTimer::singleShot(0, [this] { FState->Cancel(); }); });
+  EXPECT_EQ(counts, QList<int>{500});
+  EXPECT_EQ(FState->Grid().rowCount(), 1204);
+  const TFailures failures = FState->TakeStepFailures();
+  ASSERT_FALSE(failures.isEmpty());
+  EXPECT_EQ(failures.first().Text(), "Get tickets: cancelled before its end; nothing more was asked");
+  EXPECT_TRUE(failures.last().Reason.startsWith("the step was cancelled")) << failures.last().Text().toStdString();
+  EXPECT_TRUE(FState->RetrievalStatusText().startsWith("Get tickets cancelled before its end; the grid still shows the "
+                                                       "1204 ticket(s)"))
+      << FState->RetrievalStatusText().toStdString();
+
+  FService.SetFaults({});
+  Await(FState->RetrieveTickets(FProgress));
+  EXPECT_TRUE(FState->TakeStepFailures().isEmpty());
+  EXPECT_EQ(FState->RetrievalStatusText(), "1204 open ticket(s) retrieved");
+}
 
 TEST_F(ParallelRetrieval, FourAtATimeGiveWhatOneAtATimeGives)
 {
+  // Beta & Co's queries fail: a failure among the results is assembled in its place too.
+  FService.SetFaults({.DelayMs = 20, .Bodies = {{"/api/ticket/list/open", -1, R"({"error":"internal"})", 500, {}, 2}}});
   const QStringList sequential = Run(1);
   ASSERT_EQ(FState->Tickets().size(), 1203);
   EXPECT_TRUE(sequential[3].contains(" - ERROR Beta & Co / open tickets: ")) << sequential[3].toStdString();
