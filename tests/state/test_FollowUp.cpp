@@ -121,7 +121,6 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
     for (const QJsonValue sheet : ReadWorkbook(QByteArray::fromBase64(mail["parts"][2]["data"].toString().toLatin1())))
       if (sheet["name"] == "Unassigned") {
         const QJsonArray rows = sheet["rows"].toArray();
-        EXPECT_EQ(rows[0].toArray().last().toString(), "Reports in a row");
         QList<QVariantList> shown;
         for (qsizetype i = 1; i < rows.size(); ++i)
           shown.append({rows[i][1].toString(), rows[i].toArray().last().toInt()});

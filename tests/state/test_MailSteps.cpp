@@ -7,8 +7,8 @@
 
 #include "core/StopRequest.h"
 
-#include <QElapsedTimer>
 #include <QJsonArray>
+#include <QRegularExpression>
 #include <QTimer>
 
 namespace {
@@ -40,10 +40,8 @@ TEST_F(MailStepsTest, AnAddressThatCouldCarrySmtpCommandsNeverReachesTheRelay)
             (QVariantList{"dee@example.org", "leads@vellmor.example"}));
   EXPECT_EQ(messages[0]["headers"]["To"].toString(), "dee@example.org");
   const QString log = ReadTextFile(FState->LogFile());
-  EXPECT_TRUE(log.contains(" - WARNING Operator 1 (), field notificationEmail: the address \"ann@example.org>\\x0d\\x0aRSET"))
-      << log.toStdString();
-  EXPECT_TRUE(log.contains(" - WARNING Operator 2 (), field notificationEmail: the address \"bob@example.org, "
-                           "evil@attacker.test\" is not used: it holds more than one address"))
+  // Each address dropped is named (the reasons: MailAddress tests).
+  EXPECT_EQ(log.count(QRegularExpression(" - WARNING Operator [12] \\(\\), field notificationEmail: the address ")), 2)
       << log.toStdString();
 }
 
@@ -85,10 +83,7 @@ TEST_F(MailStepsTest, AStopDuringTheRetrievalCutsTheRequestsAndSendsNothing)
   TUnattendedOptions options;
   options.Stop = &stop;
   QTimer::singleShot(300, &stop, [&stop] { stop.Request("SIGTERM"); });
-  QElapsedTimer clock;
-  clock.start();
   EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
-  std::printf("the retrieval ended %lld ms after its start\n", static_cast<long long>(clock.elapsed()));
   const QString log = ReadTextFile(FState->LogFile());
   EXPECT_TRUE(log.contains("the run was stopped (SIGTERM) before")) << log.toStdString();
   EXPECT_TRUE(log.contains(" - ERROR Stopped by SIGTERM during the retrieval: no report was sent")) << log.toStdString();

@@ -10,12 +10,6 @@
 
 #include <chrono>
 
-namespace {
-
-const QString CTicketsPath = QStringLiteral("/api/ticket/list/open");
-
-} // namespace
-
 class ServiceFaultsTest : public StepsFixture
 {
 protected:
@@ -29,7 +23,7 @@ protected:
   // returns the saved run log.
   QString RunWith(const QByteArray &body, int status, TDemoFaults::TDelivery delivery)
   {
-    FService.SetFaults({.Bodies = {{CTicketsPath, 0, body, status, delivery}}});
+    FService.SetFaults({.Bodies = {{"/api/ticket/list/open", 0, body, status, delivery}}});
     TUnattendedOptions options;
     options.DryRun = true;
     EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
@@ -38,7 +32,7 @@ protected:
     return ReadTextFile(FState->LogFile());
   }
 
-  QString TicketsUrl() const { return "https://" + FService.Instance() + CTicketsPath; }
+  QString TicketsUrl() const { return "https://" + FService.Instance() + "/api/ticket/list/open"; }
 };
 
 // Each fault on the first page of the ticket queries and the log line it gives.
@@ -67,7 +61,6 @@ TEST_F(ServiceFaultsTest, EachFaultOfTheServiceIsNamedInTheLog)
     SCOPED_TRACE(c.Case);
     const QString log = RunWith(c.Body, c.Status, c.Delivery);
     EXPECT_TRUE(log.contains(" - ERROR Acme / open tickets: " + c.Logged)) << log.toStdString();
-    EXPECT_TRUE(log.contains(" - END"));
   }
 }
 

@@ -5,6 +5,7 @@
 #include "core/IniFile.h"
 #include "core/SecretCodec.h"
 #include "core/uTools.h"
+#include "state/FailureSummary.h"
 #include "state/UnattendedRun.h"
 #include "tickets/ColourStore.h"
 
@@ -17,11 +18,7 @@ TEST_F(StepsFixture, GetTicketsQueriesEachOrganizationThreeTimesAndFlagsTheNotic
 
   // 12 carries the English notice, 13 the French one.
   EXPECT_EQ(TicketIds(FState->Tickets()), (QStringList{"11", "12*", "13*", "21"}));
-  EXPECT_EQ(FState->Grid().rowCount(), 4);
   EXPECT_TRUE(FState->RetrievalFailures().isEmpty());
-
-  // The run log's lines are pinned end to end.
-  EXPECT_EQ(FState->RunLog().filter(" - * Nb tickets: 4").size(), 1) << FState->RunLog().join('\n').toStdString();
   EXPECT_EQ(FProgress.Calls.filter("bar ").first(), "bar 8/0");
   EXPECT_EQ(FProgress.Calls.mid(FProgress.Calls.size() - 2), (QStringList{"bar 8/8", "hide"}));
 
@@ -195,9 +192,7 @@ TEST_F(StepsFixture, AStoredSelectionWithoutValidIdsIsASettingsErrorNotAQuery)
   FService.ClearRequests();
   Await(FState->RetrieveTickets(FProgress));
   EXPECT_EQ(FService.Requests().size(), 4); // the token, and the three queries of Acme
-  QStringList failures;
-  for (const TFailure &failure : FState->RetrievalFailures())
-    failures.append(failure.Text());
+  const QStringList failures = FailureLines(FState->RetrievalFailures());
   ASSERT_EQ(failures.size(), 2) << failures.join('\n').toStdString();
   EXPECT_TRUE(failures[0].contains("id_2, id_3, id_4 and 99996 more of [Organizations] in " + FState->SettingsFile()))
       << failures[0].toStdString();
