@@ -8,20 +8,15 @@
 #include "support/DemoServiceProcess.h"
 #include "support/ToolRun.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
-#include <QTimeZone>
 #include <QFile>
 #include <QRegularExpression>
-#include <QElapsedTimer>
 #include <QThread>
 #include <csignal>
 #include <gtest/gtest.h>
 
 namespace {
-
-const QString CTwoOrganizations = QString::fromUtf8(
-    "[Organizations]\nNb=2\nid_1=101\nname_1=Northwind Logistics\nticketingModuleEnabled_1=1\n"
-    "id_2=102\nname_2=Brasserie Lefèvre & Fils\nticketingModuleEnabled_2=1\n");
 
 class EndToEnd : public ::testing::Test
 {
@@ -37,12 +32,12 @@ protected:
   QString Printed(const QString &label) const { return FService.Printed(label); }
   QString Folder() const { return FConfig.SettingsFolder(); }
 
-  // The demo's account, organizations 101 and 102 (or those of `organizations`),
-  // teams 11 and 12, the SMTP server on `smtpPort` without encryption, and
-  // [Delivery] with SkipWhenClear and the keys of `delivery`: every run that
-  // sends a report shows that SkipWhenClear keeps a report that has something
-  // to say, or that could not be checked.
-  void WriteSettings(int smtpPort, const QString &delivery = {}, const QString &organizations = CTwoOrganizations)
+  // The demo's account, organizations 101 and 102, teams 11 and 12, the SMTP
+  // server on `smtpPort` without encryption, and [Delivery] with SkipWhenClear
+  // and the keys of `delivery`: every run that sends a report shows that
+  // SkipWhenClear keeps a report that has something to say, or that could not
+  // be checked.
+  void WriteSettings(int smtpPort, const QString &delivery = {})
   {
     QDir().mkpath(Folder());
     WriteTextFile(Folder() + "quorvex-followup.ini",
@@ -51,11 +46,14 @@ protected:
                                  "[SMTP]\nServer=127.0.0.1\nPort=%4\nUseSSL=0\nUserName=\nPassword=\n"
                                  "DefaultTo=leads@example.org; desk@example.org\nDefaultCC=boss@example.org\n"
                                  "From=followup@example.org\n"
-                                 "[Teams]\nNb=2\nid_1=11\nname_1=Service Desk\nid_2=12\nname_2=Network & Security\n")
+                                 "[Teams]\nNb=2\nid_1=11\nname_1=Service Desk\nid_2=12\nname_2=Network & Security\n"
+                                 "[Organizations]\nNb=2\nid_1=101\nname_1=Northwind Logistics\nticketingModuleEnabled_1=1\n"
+                                 "id_2=102\nname_2=Brasserie Lefèvre & Fils\nticketingModuleEnabled_2=1\n"
+                                 "[Delivery]\nSkipWhenClear=1\n")
                           .arg(Printed("Instance: "), Encrypt("demo secret&=1"), Encrypt(QString::fromUtf8("Pass word&=é")))
                           .arg(smtpPort)
                           .toUtf8() +
-                      organizations.toUtf8() + "[Delivery]\nSkipWhenClear=1\n" + delivery.toUtf8());
+                      delivery.toUtf8());
   }
 
   struct TRun : TToolRun
@@ -127,14 +125,10 @@ TEST_F(EndToEnd, FullRunWithSystemdCredentialsSendsTheReportToTheDefaultRecipien
       << run.Err.toStdString();
   // A clean run says ERROR (or WARNING) nowhere, for a watcher that greps it.
   EXPECT_FALSE(run.Err.contains("ERROR") || run.Err.contains("WARNING")) << run.Err.toStdString();
-  EXPECT_FALSE(ReadTextFile(Folder() + "quorvex-followup.log").contains("ERROR"));
 
-  const QList<QJsonObject> messages = FSmtp.Messages();
-  ASSERT_EQ(messages.size(), 1);
-  const QJsonObject headers = messages[0]["headers"].toObject();
-  EXPECT_EQ(QStringList({headers["From"].toString(), headers["To"].toString(), headers["Cc"].toString()}),
-            QStringList({"followup@example.org", "leads@example.org, desk@example.org", "boss@example.org"}));
-  const QString html = messages[0]["parts"][1]["text"].toString();
+  // The recipients of the report mode: DeliveryPlanTest.
+  ASSERT_EQ(FSmtp.Messages().size(), 1);
+  const QString html = FSmtp.Messages()[0]["parts"][1]["text"].toString();
   EXPECT_TRUE(html.contains("<h2>DEBUG</h2>"));
   EXPECT_TRUE(html.contains("@vellmor.example")); // the computed recipients, listed for information
   EXPECT_FALSE(html.contains("WARNING"));
@@ -177,14 +171,11 @@ TEST_F(EndToEnd, AFailedRetrievalStillSendsAReportThatChecksNothingAndSaysWhyInP
   // Each message once on stderr, and the trace's own words stay in the trace.
   EXPECT_EQ(run.Err.count(logged), 1) << run.Err.toStdString();
   EXPECT_FALSE(run.Err.contains("Erreur")) << run.Err.toStdString();
-  ASSERT_EQ(FSmtp.Messages().size(), 1);
-  EXPECT_TRUE(FSmtp.Messages()[0]["parts"][1]["text"].toString().contains(
-      "WARNING: the retrieval of the tickets was incomplete"));
+  EXPECT_EQ(FSmtp.Messages().size(), 1); // saying it checked nothing: MailReportTest.IncompleteRetrievalIsNeverAnAllClear
 }
 
 TEST_F(EndToEnd, DryRunOfThePersonalModeWritesEveryMailWhole)
 {
-  QDir().mkpath(Folder());
   WriteTextFile(Folder() + "quorvex-followup_99.eml", "left by an earlier dry run");
   WriteSettings(FSmtp.Port(), "Mode=personal\nAttachWorkbook=1\n");
   const TRun run = RunTool({"--dry-run"});
@@ -197,14 +188,10 @@ TEST_F(EndToEnd, DryRunOfThePersonalModeWritesEveryMailWhole)
   EXPECT_FALSE(files.contains("quorvex-followup_99.eml"));
 
   const QString full = ReadTextFile(Folder() + "quorvex-followup_1.eml");
-  // The day of the program's zone (New York), which may not be this process's.
-  const QDate day = QDateTime::currentDateTime().toTimeZone(QTimeZone("America/New_York")).date();
-  const QString workbook = "filename=tickets-follow-up-" + day.toString("yyyyMMdd") + ".xlsx";
   for (const QString &line : {QString("To: leads@example.org, desk@example.org"), QString("Cc: boss@example.org"),
                               QString("Auto-Submitted: auto-generated"), QString("X-Auto-Response-Suppress: All"),
-                              QString("Content-Type: multipart/mixed"), QString("Content-Type: multipart/alternative"),
                               QString("Content-Type: text/plain; charset=utf-8"),
-                              QString("Content-Type: text/html; charset=utf-8"), workbook})
+                              QString("Content-Type: text/html; charset=utf-8"), QString("filename=tickets-follow-up-")})
     EXPECT_TRUE(full.contains(line)) << line.toStdString();
   EXPECT_FALSE(full.contains("DEBUG"));
   // Every header line stays within what mail servers accept.
@@ -228,17 +215,11 @@ TEST_F(EndToEnd, ASignalEndsTheRunWithItsLogAndARerunSendsOnlyWhatWasNotSent)
   tool.setProcessEnvironment(environment);
   tool.start(QUORVEX_FOLLOWUP_EXE, {"auto"});
   ASSERT_TRUE(tool.waitForStarted(10000));
-  QElapsedTimer waited;
-  waited.start();
-  while (slow.Messages().size() < 3 && waited.elapsed() < 60000)
+  for (const QDeadlineTimer limit(60000); slow.Messages().size() < 3 && !limit.hasExpired();)
     QThread::msleep(20);
   ASSERT_GE(slow.Messages().size(), 3);
   ::kill(static_cast<pid_t>(tool.processId()), SIGTERM);
-  QElapsedTimer ending;
-  ending.start();
   ASSERT_TRUE(tool.waitForFinished(30000));
-  std::printf("ended %lld ms after SIGTERM, %lld of 36 mails sent\n", static_cast<long long>(ending.elapsed()),
-              static_cast<long long>(slow.Messages().size()));
   EXPECT_EQ(tool.exitStatus(), QProcess::NormalExit);
   EXPECT_EQ(tool.exitCode(), 2);
   const qsizetype sent = slow.Messages().size();

