@@ -3,6 +3,8 @@
 #include "TDemoService.h"
 #include "rest/dRest.h"
 #include "state/TMainState.h"
+#include "state/UnattendedRun.h"
+#include "support/Await.h"
 #include "support/TempConfig.h"
 #include "tickets/LoadingProgress.h"
 
@@ -52,6 +54,8 @@ protected:
   QString IniText() const;
   // A new session on the same settings, as at the program's next start.
   void Restart();
+  // The unattended run, to its end.
+  TExitStatus Run(const TUnattendedOptions &options = {}) { return Await(RunUnattended(*FState, FProgress, options)); }
   // The service's tickets from now on: `change` is applied to ticket `id`, which
   // goes when it is emptied; AddTicket appends one.
   void ChangeTicket(int id, const std::function<void(QJsonObject &)> &change);

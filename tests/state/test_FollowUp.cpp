@@ -2,10 +2,8 @@
 // what the report remembers of the last one it sent.
 
 #include "RelayStepsFixture.h"
-#include "support/Await.h"
 #include "report/FollowUpHistory.h"
 #include "report/FollowUpStore.h"
-#include "state/UnattendedRun.h"
 
 #include <QJsonArray>
 
@@ -64,9 +62,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
        {{"Incident 11", 1}, {"Incident 16", 1}}},
       {[this] {
          // A dry run between two reports is not one: nothing is recorded.
-         TUnattendedOptions dry;
-         dry.DryRun = true;
-         ASSERT_EQ(Await(RunUnattended(*FState, FProgress, dry)), CExitOk);
+         ASSERT_EQ(Run({.DryRun = true}), CExitOk);
          AddTicket(DemoTicket(14, 1, "", 1, 0.1));
          ChangeTicket(16, [](QJsonObject &t) { t["assignedUser"] = QJsonObject{{"id", 2}, {"name", "Bob"}}; });
          ChangeTicket(15, [](QJsonObject &t) { t["lastUpdate"] = Stamp(0.01); });
@@ -106,7 +102,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
     SCOPED_TRACE(++number);
     run.Before();
     const qsizetype before = FRelay.Messages().size();
-    EXPECT_EQ(Await(RunUnattended(*FState, FProgress, TUnattendedOptions{})), run.Exit);
+    EXPECT_EQ(Run(), run.Exit);
     ASSERT_EQ(FRelay.Messages().size(), before + 1);
     const QJsonObject mail = FRelay.Messages().last();
     EXPECT_EQ(mail["headers"]["Subject"].toString(), run.Subject);
@@ -142,8 +138,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
 TEST_F(FollowUpTest, AReportWhoseEveryMailFailedIsNotRemembered)
 {
   FState->EditMailSettings([](tySMTPserver &smtp, tyDelivery &) { smtp.Port = UnusedPort(); return true; });
-  TUnattendedOptions options;
-  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
+  EXPECT_EQ(Run(), CExitStepFailed);
   EXPECT_TRUE(History().LastRuns(10).isEmpty());
 }
 

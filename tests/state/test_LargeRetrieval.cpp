@@ -6,9 +6,6 @@
 // run log, apart from the times.
 
 #include "StepsFixture.h"
-#include "support/Await.h"
-
-#include "state/UnattendedRun.h"
 
 #include <QRegularExpression>
 #include <QTimer>
@@ -59,15 +56,14 @@ protected:
                          [&path](const TDemoRequest &request) { return request.Target.startsWith(path); });
   }
 
-  // Tickets with their flags, grid, report and run log of a dry run.
-  QStringList Run(int parallel)
+  // Tickets with their flags, grid, report and run log of a dry run with
+  // `parallel` requests in flight.
+  QStringList DryRunWith(int parallel)
   {
     FService.ClearRequests();
     FState->EditServiceSettings([parallel](tyQuorvexITSM &s) { s.ParallelRequests = parallel; return true; });
     Restart(); // the operators asked anew, as by a run of its own
-    TUnattendedOptions options;
-    options.DryRun = true;
-    EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
+    EXPECT_EQ(Run({.DryRun = true}), CExitIncomplete);
     QStringList grid;
     const TTicketsModel &model = FState->Grid();
     for (int row = 0; row < model.rowCount(); ++row)
@@ -109,14 +105,14 @@ TEST_F(ParallelRetrieval, FourAtATimeGiveWhatOneAtATimeGives)
 {
   // Beta & Co's queries fail: a failure among the results is assembled in its place too.
   FService.SetFaults({.DelayMs = 20, .Bodies = {{"/api/ticket/list/open", -1, R"({"error":"internal"})", 500, {}, 2}}});
-  const QStringList sequential = Run(1);
+  const QStringList sequential = DryRunWith(1);
   ASSERT_EQ(FState->Tickets().size(), 1203);
   EXPECT_TRUE(sequential[3].contains(" - ERROR Beta & Co / open tickets: ")) << sequential[3].toStdString();
   EXPECT_EQ(std::count_if(FState->Tickets().cbegin(), FState->Tickets().cend(),
                           [](const tyRestTicket &ticket) { return ticket.tenExchangesAdded; }),
             2 + 13 + 13);
   EXPECT_EQ(AskedBeforeTheLastTicketPage(QStringLiteral("/api/operators/list")), 0);
-  const QStringList parallel = Run(4);
+  const QStringList parallel = DryRunWith(4);
   for (int i = 0; i < sequential.size(); ++i)
     EXPECT_EQ(parallel[i], sequential[i]) << "part " << i;
   // The report's operators query travels with the tickets', and only once.

@@ -2,8 +2,6 @@
 // concerned receive when the service's data is hostile or cannot be read.
 
 #include "RelayStepsFixture.h"
-#include "support/Await.h"
-#include "state/UnattendedRun.h"
 
 #include "core/StopRequest.h"
 
@@ -31,8 +29,7 @@ TEST_F(MailStepsTest, AnAddressThatCouldCarrySmtpCommandsNeverReachesTheRelay)
             R"("ann@example.org>\r\nRSET\r\nMAIL FROM:<noreply@example.test>\r\nRCPT TO:<evil@attacker.test>\r\nDATA\r\nSubject: x\r\n\r\nhi\r\n.\r\n"},)"
             R"({"id":2,"status":"ACTIVE","teams":[{"id":10}],"notificationEmail":"bob@example.org, evil@attacker.test"},)"
             R"({"id":4,"status":"ACTIVE","teams":[{"id":10}],"notificationEmail":"\"Dee\" <Dee@example.org>"}]})");
-  TUnattendedOptions options;
-  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitOk);
+  EXPECT_EQ(Run(), CExitOk);
 
   const QList<QJsonObject> messages = FRelay.Messages();
   ASSERT_EQ(messages.size(), 1);
@@ -53,7 +50,7 @@ TEST_F(MailStepsTest, AnOperatorsListThatCannotBeReadSendsToTheDefaultsAndIsInco
 {
   ASSERT_TRUE(FRelay.Started()) << FRelay.Failure().toStdString();
   Operators(R"({"error":"internal"})", 500);
-  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, TUnattendedOptions{})), CExitIncomplete);
+  EXPECT_EQ(Run(), CExitIncomplete);
   const QString log = ReadTextFile(FState->LogFile());
   EXPECT_TRUE(log.contains(" - ERROR Operator list (the report's recipients): ")) << log.toStdString();
   EXPECT_TRUE(log.contains("HTTP 500")) << log.toStdString();
@@ -67,9 +64,7 @@ TEST_F(MailStepsTest, AnOperatorsPageThatLeavesPeopleOutSaysHowMany)
 {
   Operators(R"({"totalNumberOfElements":502,"content":[{"id":2,"status":"ACTIVE","teams":[{"id":10}],)"
             R"("notificationEmail":"bob@example.org"}]})");
-  TUnattendedOptions options;
-  options.DryRun = true;
-  Await(RunUnattended(*FState, FProgress, options));
+  Run({.DryRun = true});
   EXPECT_TRUE(ReadTextFile(FState->LogFile())
                   .contains("announces 501 more operator(s) than its page of 1 holds: they were left out"));
 }
@@ -80,10 +75,8 @@ TEST_F(MailStepsTest, AStopDuringTheRetrievalCutsTheRequestsAndSendsNothing)
 {
   FService.SetFaults({.Bodies = {{"/api/ticket/list/open", -1, {}, 200, TDemoFaults::TDelivery::Never}}});
   TStopRequest stop;
-  TUnattendedOptions options;
-  options.Stop = &stop;
   QTimer::singleShot(300, &stop, [&stop] { stop.Request("SIGTERM"); });
-  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
+  EXPECT_EQ(Run({.Stop = &stop}), CExitStepFailed);
   const QString log = ReadTextFile(FState->LogFile());
   EXPECT_TRUE(log.contains("the run was stopped (SIGTERM) before")) << log.toStdString();
   EXPECT_TRUE(log.contains(" - ERROR Stopped by SIGTERM during the retrieval: no report was sent")) << log.toStdString();

@@ -3,9 +3,6 @@
 // incomplete retrieval.
 
 #include "StepsFixture.h"
-#include "support/Await.h"
-
-#include "state/UnattendedRun.h"
 
 #include <chrono>
 
@@ -23,9 +20,7 @@ protected:
   QString RunWith(const QByteArray &body, int status, TDemoFaults::TDelivery delivery)
   {
     FService.SetFaults({.Bodies = {{"/api/ticket/list/open", 0, body, status, delivery}}});
-    TUnattendedOptions options;
-    options.DryRun = true;
-    EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
+    EXPECT_EQ(Run({.DryRun = true}), CExitIncomplete);
     EXPECT_TRUE(FState->ReportHtml().join('\n').contains("WARNING"));
     EXPECT_TRUE(FState->ReportHtml().join('\n').contains("This could not be checked"));
     return ReadTextFile(FState->LogFile());

@@ -1,12 +1,10 @@
 #include "StepsFixture.h"
-#include "support/Await.h"
 
 #include "core/Errors.h"
 #include "core/IniFile.h"
 #include "core/SecretCodec.h"
 #include "core/uTools.h"
 #include "state/FailureSummary.h"
-#include "state/UnattendedRun.h"
 #include "tickets/ColourStore.h"
 
 #include <QDir>
@@ -151,9 +149,7 @@ TEST_F(StepsFixture, AStepErrorIsLoggedAndTheLogStillSaved)
   SelectAll();
   // The report files cannot be written: a folder stands where the page goes.
   QDir().mkpath(FState->ReportFile());
-  TUnattendedOptions options;
-  options.DryRun = true;
-  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
+  EXPECT_EQ(Run({.DryRun = true}), CExitStepFailed);
   const QString log = ReadTextFile(FState->LogFile());
   EXPECT_TRUE(log.contains(" - ERROR Unable to write to " + FState->ReportFile())) << log.toStdString();
   EXPECT_FALSE(log.contains(" - END"));
@@ -201,9 +197,7 @@ TEST_F(StepsFixture, AnUnreadableStampIsAWarningAndTheRestIsReported)
 {
   SelectAll();
   ChangeTicket(11, [](QJsonObject &t) { t["lastUpdate"] = "-999999999-01-01T00:00:00"; });
-  TUnattendedOptions options;
-  options.DryRun = true;
-  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
+  EXPECT_EQ(Run({.DryRun = true}), CExitIncomplete);
   const QString log = ReadTextFile(FState->LogFile());
   EXPECT_TRUE(log.contains(" - WARNING Acme / ticket 11: its lastUpdate \"-999999999-01-01T00:00:00\" is not a date"))
       << log.toStdString();
