@@ -226,6 +226,7 @@ TEST_F(EndToEnd, ASignalEndsTheRunWithItsLogAndARerunSendsOnlyWhatWasNotSent)
   EXPECT_LT(sent, 36);
   const QString log = RunLog(Folder());
   EXPECT_TRUE(log.contains(" - ERROR Stopped by SIGTERM: the mails and recipients above were not served")) << log.toStdString();
+  EXPECT_EQ(log.count(" - ERROR Mail to "), 36 - sent) << log.toStdString(); // each mail not sent named
 
   WriteSettings(FSmtp.Port(), "Mode=personal\n");
   const TRun rerun = RunTool({"auto"});
