@@ -2,7 +2,6 @@
 // server, as a scheduler would start it: no display, settings of its own.
 
 #include "../report/SmtpTestServer.h"
-#include "core/IniFile.h"
 #include "core/SecretCodec.h"
 #include "core/SettingsKeys.h"
 #include "support/DemoServiceProcess.h"
@@ -32,11 +31,11 @@ protected:
   QString Printed(const QString &label) const { return FService.Printed(label); }
   QString Folder() const { return FConfig.SettingsFolder(); }
 
-  // The demo's account, organizations 101 and 102, teams 11 and 12, the SMTP
-  // server on `smtpPort` without encryption, and [Delivery] with SkipWhenClear
-  // and the keys of `delivery`: every run that sends a report shows that
-  // SkipWhenClear keeps a report that has something to say, or that could not
-  // be checked.
+  // The demo's account (its secrets in systemd's credentials when FCredentials
+  // names them), organizations 101 and 102, teams 11 and 12, the SMTP server on
+  // `smtpPort` without encryption, and [Delivery] with SkipWhenClear and the keys
+  // of `delivery`: every run that sends a report shows that SkipWhenClear keeps a
+  // report that has something to say, or that could not be checked.
   void WriteSettings(int smtpPort, const QString &delivery = {})
   {
     QDir().mkpath(Folder());
@@ -50,7 +49,8 @@ protected:
                                  "[Organizations]\nNb=2\nid_1=101\nname_1=Northwind Logistics\nticketingModuleEnabled_1=1\n"
                                  "id_2=102\nname_2=Brasserie Lefèvre & Fils\nticketingModuleEnabled_2=1\n"
                                  "[Delivery]\nSkipWhenClear=1\n")
-                          .arg(Printed("Instance: "), Encrypt("demo secret&=1"), Encrypt(QString::fromUtf8("Pass word&=é")))
+                          .arg(Printed("Instance: "), FCredentials.isEmpty() ? Encrypt("demo secret&=1") : CKeyringMarker,
+                               FCredentials.isEmpty() ? Encrypt(QString::fromUtf8("Pass word&=é")) : CKeyringMarker)
                           .arg(smtpPort)
                           .toUtf8() +
                       delivery.toUtf8());
@@ -108,14 +108,11 @@ const QStringList CCleanRunOutline{" - BEGIN", " - Retrieve all tickets", " - * 
 // they are in a keyring this run cannot reach; they never reach the file.
 TEST_F(EndToEnd, FullRunWithSystemdCredentialsSendsTheReportToTheDefaultRecipientsAndLogsEveryStep)
 {
-  TIniFile ini(Folder() + "quorvex-followup.ini");
-  ini.WriteString("QuorvexITSM", "ClientSecret", CKeyringMarker);
-  ini.WriteString("QuorvexITSM", "Password", CKeyringMarker);
-  ini.UpdateFile();
   FCredentials = FConfig.File("credentials");
   QDir().mkpath(FCredentials);
   WriteTextFile(FCredentials + "/client-secret", "demo secret&=1\n");
   WriteTextFile(FCredentials + "/api-password", QString::fromUtf8("Pass word&=é").toUtf8());
+  WriteSettings(FSmtp.Port());
   const TRun run = RunTool({"auto"});
   ASSERT_EQ(run.ExitCode, 0) << run.Err.toStdString() << run.Log.toStdString();
   EXPECT_EQ(Outline(run.Log), CCleanRunOutline) << run.Log.toStdString();
