@@ -9,22 +9,6 @@ namespace {
 
 QJsonObject SubName(int id, const QString &name) { return {{"id", id}, {"name", name}}; }
 
-QString Stamp(double daysAgo)
-{
-  return QDateTime::currentDateTime().addSecs(static_cast<qint64>(-daysAgo * 86400)).toString(Qt::ISODateWithMs);
-}
-
-QJsonObject Ticket(int id, int organization, const QString &organizationName, const QString &user, int userId,
-                   double ageDays, double updatedDaysAgo, const QString &exchange = QString())
-{
-  return {{"id", id}, {"type", "INCIDENT"}, {"title", QStringLiteral("Ticket %1").arg(id)},
-          {"organization", SubName(organization, organizationName)}, {"assignedTeam", SubName(10, "Desk")},
-          {"assignedUser", SubName(userId, user)}, {"creationDate", Stamp(ageDays)},
-          {"lastUpdate", Stamp(updatedDaysAgo)}, {"priority", QJsonObject{{"id", 1}, {"reference", "P1"}}},
-          {"status", QJsonObject{{"id", 1}, {"reference", "New"}, {"category", "OPEN"}}},
-          {"exchanges", QJsonArray{exchange}}};
-}
-
 QJsonObject Operator(int id, const QString &email, const QString &status, int team)
 {
   return {{"id", id}, {"notificationEmail", email}, {"status", status}, {"teams", QJsonArray{SubName(team, {})}}};
@@ -50,11 +34,11 @@ QJsonObject StepsData(int extraAcmeTickets)
     return QJsonObject{{"id", id}, {"name", name}, {"members", QJsonArray{}}, {"remarks", QString()},
                        {"organizations", organizations}};
   };
-  QJsonArray tickets{Ticket(11, 1, "Acme", QString(), 0, 2, 30), Ticket(12, 1, "Acme", "Bob", 2, 1, 0.1, english),
-                     Ticket(13, 1, "Acme", "Bob", 2, 1, 0.1, french), Ticket(21, 2, "Beta & Co", "Ann", 1, 1, 0.1)};
+  QJsonArray tickets{DemoTicket(11, 1, {}, 2, 30), DemoTicket(12, 1, "Bob", 1, 0.1, english),
+                     DemoTicket(13, 1, "Bob", 1, 0.1, french), DemoTicket(21, 2, "Ann", 1, 0.1)};
   for (int i = 0; i < extraAcmeTickets; ++i)
-    tickets.append(Ticket(1000 + i, 1, "Acme", i % 5 ? "Ann" : QString(), i % 5 ? 1 : 0, 1 + i % 20, i % 30,
-                          i % 97 == 0 ? english : i % 89 == 0 ? french : QString()));
+    tickets.append(DemoTicket(1000 + i, 1, i % 5 ? "Ann" : "", 1 + i % 20, i % 30,
+                              i % 97 == 0 ? english : i % 89 == 0 ? french : QString()));
   return {
       {"credentials",
        QJsonObject{{"clientId", "client"}, {"clientSecret", "secret"}, {"username", "lead"}, {"password", "pw"}}},
@@ -74,6 +58,32 @@ QJsonObject StepsData(int extraAcmeTickets)
 
 } // namespace
 
+QString Stamp(double daysAgo)
+{
+  return QDateTime::currentDateTime().addSecs(static_cast<qint64>(-daysAgo * 86400)).toString(Qt::ISODateWithMs);
+}
+
+QJsonObject DemoTicket(int id, int organization, const QString &user, double ageDays, double updatedDaysAgo,
+                       const QString &exchange)
+{
+  const int userId = user == "Ann" ? 1 : user == "Bob" ? 2 : 0;
+  return {{"id", id}, {"type", "INCIDENT"}, {"title", QStringLiteral("Ticket %1").arg(id)},
+          {"organization", SubName(organization, organization == 1 ? "Acme" : "Beta & Co")},
+          {"assignedTeam", SubName(10, "Desk")}, {"assignedUser", SubName(userId, user)},
+          {"creationDate", Stamp(ageDays)}, {"lastUpdate", Stamp(updatedDaysAgo)},
+          {"priority", QJsonObject{{"id", 1}, {"reference", "P1"}}},
+          {"status", QJsonObject{{"id", 1}, {"reference", "New"}, {"category", "OPEN"}}},
+          {"exchanges", QJsonArray{exchange}}};
+}
+
+QStringList TicketIds(const tyRestTickets &tickets)
+{
+  QStringList ids;
+  for (const tyRestTicket &ticket : tickets)
+    ids << QString::number(ticket.id) + (ticket.tenExchangesAdded ? "*" : "");
+  return ids;
+}
+
 StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeTickets))
 {
   FService.Listen();
@@ -82,8 +92,7 @@ StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeT
 
   Trace::Install(false);
   FRest = std::make_unique<TdmRest>(FManager);
-  FState = std::make_unique<TMainState>(QStringLiteral("quorvex-followup"), *FRest);
-  FState->FormCreate();
+  Restart();
   FState->EditServiceSettings([this](tyQuorvexITSM &ici) {
     ici.SaaS = false;
     ici.Instance = FService.Instance();
@@ -107,7 +116,8 @@ StepsFixture::~StepsFixture()
 
 void StepsFixture::Restart()
 {
-  FState->FormDestroy();
+  if (FState)
+    FState->FormDestroy();
   FState = std::make_unique<TMainState>(QStringLiteral("quorvex-followup"), *FRest);
   FState->FormCreate();
 }
@@ -120,3 +130,25 @@ void StepsFixture::SelectAll()
 }
 
 QString StepsFixture::IniText() const { return ReadTextFile(FState->SettingsFile()); }
+
+void StepsFixture::ChangeTicket(int id, const std::function<void(QJsonObject &)> &change)
+{
+  QJsonObject data = FService.Data();
+  QJsonArray tickets;
+  for (const QJsonValue value : data["tickets"].toArray()) {
+    QJsonObject ticket = value.toObject();
+    if (ticket["id"].toInt() == id)
+      change(ticket);
+    if (!ticket.isEmpty())
+      tickets.append(ticket);
+  }
+  data["tickets"] = tickets;
+  FService.SetData(data);
+}
+
+void StepsFixture::AddTicket(const QJsonObject &ticket)
+{
+  QJsonObject data = FService.Data();
+  data["tickets"] = data["tickets"].toArray() + ticket;
+  FService.SetData(data);
+}

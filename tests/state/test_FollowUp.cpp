@@ -2,20 +2,12 @@
 // what the report remembers of the last one it sent.
 
 #include "RelayStepsFixture.h"
-#include "support/Await.h"
-#include "core/LibraryVersions.h"
 #include "report/FollowUpHistory.h"
 #include "report/FollowUpStore.h"
-#include "state/UnattendedRun.h"
 
 #include <QJsonArray>
 
 namespace {
-
-QString Stamp(double daysAgo)
-{
-  return QDateTime::currentDateTime().addSecs(static_cast<qint64>(-daysAgo * 86400)).toString(Qt::ISODateWithMs);
-}
 
 class FollowUpTest : public RelayStepsFixture
 {
@@ -30,50 +22,13 @@ protected:
     });
     // Besides 11 (unassigned, stale), 12 and 13 (notices) and 21 (fresh):
     // 15 stale, 16 unassigned, 17 and 18 stale, 22 stale at Beta & Co.
-    Add(15, 1, "Bob", 2, 40, 30);
-    Add(16, 1, QString(), 0, 3, 0.1);
-    Add(17, 1, "Ann", 1, 40, 30);
-    Add(18, 1, "Ann", 1, 40, 30);
-    Add(22, 2, "Ann", 1, 40, 30);
+    AddTicket(DemoTicket(15, 1, "Bob", 40, 30));
+    AddTicket(DemoTicket(16, 1, "", 3, 0.1));
+    AddTicket(DemoTicket(17, 1, "Ann", 40, 30));
+    AddTicket(DemoTicket(18, 1, "Ann", 40, 30));
+    AddTicket(DemoTicket(22, 2, "Ann", 40, 30));
   }
 
-  QJsonArray Tickets() const { return FService.Data()["tickets"].toArray(); }
-  void SetTickets(const QJsonArray &tickets)
-  {
-    QJsonObject data = FService.Data();
-    data["tickets"] = tickets;
-    FService.SetData(data);
-  }
-  void Add(int id, int organization, const QString &user, int userId, double ageDays, double updatedDaysAgo)
-  {
-    QJsonObject ticket = Tickets().first().toObject(); // 11, at Acme
-    ticket["id"] = id;
-    ticket["title"] = QStringLiteral("Ticket %1").arg(id);
-    ticket["organization"] = QJsonObject{{"id", organization}, {"name", organization == 1 ? "Acme" : "Beta & Co"}};
-    ticket["assignedUser"] = QJsonObject{{"id", userId}, {"name", user}};
-    ticket["creationDate"] = Stamp(ageDays);
-    ticket["lastUpdate"] = Stamp(updatedDaysAgo);
-    SetTickets(QJsonArray(Tickets()) << ticket);
-  }
-  void Change(int id, const std::function<void(QJsonObject &)> &change)
-  {
-    QJsonArray tickets = Tickets();
-    for (QJsonValueRef value : tickets)
-      if (value.toObject()["id"].toInt() == id) {
-        QJsonObject ticket = value.toObject();
-        change(ticket);
-        value = ticket;
-      }
-    SetTickets(tickets);
-  }
-  void Remove(int id)
-  {
-    QJsonArray tickets = Tickets();
-    for (qsizetype i = tickets.size() - 1; i >= 0; --i)
-      if (tickets[i].toObject()["id"].toInt() == id)
-        tickets.removeAt(i);
-    SetTickets(tickets);
-  }
   TFollowUpHistory History()
   {
     QStringList warnings;
@@ -107,16 +62,12 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
        {{"Incident 11", 1}, {"Incident 16", 1}}},
       {[this] {
          // A dry run between two reports is not one: nothing is recorded.
-         TUnattendedOptions dry;
-         dry.DryRun = true;
-         ASSERT_EQ(Await(RunUnattended(*FState, FProgress, dry)), CExitOk);
-         Add(14, 1, QString(), 0, 1, 0.1);
-         Change(16, [](QJsonObject &t) { t["assignedUser"] = QJsonObject{{"id", 2}, {"name", "Bob"}}; });
-         Change(15, [](QJsonObject &t) { t["lastUpdate"] = Stamp(0.01); });
-         Remove(13);
-         TDemoFaults faults;
-         faults.Bodies.append({"/api/ticket/list/open", -1, R"({"error":"internal"})", 500, {}, 2});
-         FService.SetFaults(faults);
+         ASSERT_EQ(Run({.DryRun = true}), CExitOk);
+         AddTicket(DemoTicket(14, 1, "", 1, 0.1));
+         ChangeTicket(16, [](QJsonObject &t) { t["assignedUser"] = QJsonObject{{"id", 2}, {"name", "Bob"}}; });
+         ChangeTicket(15, [](QJsonObject &t) { t["lastUpdate"] = Stamp(0.01); });
+         ChangeTicket(13, [](QJsonObject &t) { t = {}; });
+         FService.SetFaults({.Bodies = {{"/api/ticket/list/open", -1, R"({"error":"internal"})", 500, {}, 2}}});
          TFollowUpHistory history = History();
          history.Snooze({17, QDate::currentDate().addDays(2), false, false, {}, {}, 0, "lead", QDateTime::currentDateTime()});
          history.Snooze({18, {}, true, false, {}, {}, 0, "lead", QDateTime::currentDateTime()});
@@ -137,7 +88,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
        {{"Incident 11", 2}, {"Incident 14", 1}}},
       {[this] {
          FService.SetFaults({});
-         Change(18, [](QJsonObject &t) { t["status"] = QJsonObject{{"id", 2}, {"reference", "Waiting"}}; });
+         ChangeTicket(18, [](QJsonObject &t) { t["status"] = QJsonObject{{"id", 2}, {"reference", "Waiting"}}; });
        },
        CExitOk, subject + "2 unassigned, 3 without update, 1 with ten exchanges",
        {"2 unassigned (0 new)\n3 without update (1 new)\n1 with ten exchanges (0 new)\n1 snoozed\n4 escalated",
@@ -151,7 +102,7 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
     SCOPED_TRACE(++number);
     run.Before();
     const qsizetype before = FRelay.Messages().size();
-    EXPECT_EQ(Await(RunUnattended(*FState, FProgress, TUnattendedOptions{})), run.Exit);
+    EXPECT_EQ(Run(), run.Exit);
     ASSERT_EQ(FRelay.Messages().size(), before + 1);
     const QJsonObject mail = FRelay.Messages().last();
     EXPECT_EQ(mail["headers"]["Subject"].toString(), run.Subject);
@@ -166,7 +117,6 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
     for (const QJsonValue sheet : ReadWorkbook(QByteArray::fromBase64(mail["parts"][2]["data"].toString().toLatin1())))
       if (sheet["name"] == "Unassigned") {
         const QJsonArray rows = sheet["rows"].toArray();
-        EXPECT_EQ(rows[0].toArray().last().toString(), "Reports in a row");
         QList<QVariantList> shown;
         for (qsizetype i = 1; i < rows.size(); ++i)
           shown.append({rows[i][1].toString(), rows[i].toArray().last().toInt()});
@@ -188,17 +138,8 @@ TEST_F(FollowUpTest, ThreeRunsTellWhatIsNewWhatLeftWhatIsSnoozedAndWhatIsEscalat
 TEST_F(FollowUpTest, AReportWhoseEveryMailFailedIsNotRemembered)
 {
   FState->EditMailSettings([](tySMTPserver &smtp, tyDelivery &) { smtp.Port = UnusedPort(); return true; });
-  TUnattendedOptions options;
-  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
+  EXPECT_EQ(Run(), CExitStepFailed);
   EXPECT_TRUE(History().LastRuns(10).isEmpty());
-}
-
-TEST(LibraryVersions, NameSqliteWithTheVersionOfItsDriver)
-{
-  const auto versions = LibraryVersions();
-  const auto sqlite = std::find_if(versions.cbegin(), versions.cend(), [](const auto &v) { return v.first == "SQLite"; });
-  ASSERT_NE(sqlite, versions.cend());
-  EXPECT_TRUE(QRegularExpression("^3\\.\\d+\\.\\d+$").match(sqlite->second).hasMatch()) << sqlite->second.toStdString();
 }
 
 } // namespace

@@ -2,13 +2,11 @@
 // concerned receive when the service's data is hostile or cannot be read.
 
 #include "RelayStepsFixture.h"
-#include "support/Await.h"
-#include "state/UnattendedRun.h"
 
 #include "core/StopRequest.h"
 
-#include <QElapsedTimer>
 #include <QJsonArray>
+#include <QRegularExpression>
 #include <QTimer>
 
 namespace {
@@ -19,9 +17,7 @@ protected:
   // The operators list the service answers instead of its own.
   void Operators(const QByteArray &body, int status = 200)
   {
-    TDemoFaults faults;
-    faults.Bodies.append({QStringLiteral("/api/operators/list"), -1, body, status});
-    FService.SetFaults(faults);
+    FService.SetFaults({.Bodies = {{"/api/operators/list", -1, body, status}}});
   }
 };
 
@@ -33,8 +29,7 @@ TEST_F(MailStepsTest, AnAddressThatCouldCarrySmtpCommandsNeverReachesTheRelay)
             R"("ann@example.org>\r\nRSET\r\nMAIL FROM:<noreply@example.test>\r\nRCPT TO:<evil@attacker.test>\r\nDATA\r\nSubject: x\r\n\r\nhi\r\n.\r\n"},)"
             R"({"id":2,"status":"ACTIVE","teams":[{"id":10}],"notificationEmail":"bob@example.org, evil@attacker.test"},)"
             R"({"id":4,"status":"ACTIVE","teams":[{"id":10}],"notificationEmail":"\"Dee\" <Dee@example.org>"}]})");
-  TUnattendedOptions options;
-  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitOk);
+  EXPECT_EQ(Run(), CExitOk);
 
   const QList<QJsonObject> messages = FRelay.Messages();
   ASSERT_EQ(messages.size(), 1);
@@ -42,55 +37,34 @@ TEST_F(MailStepsTest, AnAddressThatCouldCarrySmtpCommandsNeverReachesTheRelay)
             (QVariantList{"dee@example.org", "leads@vellmor.example"}));
   EXPECT_EQ(messages[0]["headers"]["To"].toString(), "dee@example.org");
   const QString log = ReadTextFile(FState->LogFile());
-  EXPECT_TRUE(log.contains(" - WARNING Operator 1 (), field notificationEmail: the address \"ann@example.org>\\x0d\\x0aRSET"))
-      << log.toStdString();
-  EXPECT_TRUE(log.contains(" - WARNING Operator 2 (), field notificationEmail: the address \"bob@example.org, "
-                           "evil@attacker.test\" is not used: it holds more than one address"))
+  // Each address dropped is named (the reasons: MailAddress tests).
+  EXPECT_EQ(log.count(QRegularExpression(" - WARNING Operator [12] \\(\\), field notificationEmail: the address ")), 2)
       << log.toStdString();
 }
 
-// Any answer that is not a readable operators list: the report still goes, to
-// the default recipients, says that the people concerned are unknown, and the
-// run counts as incomplete. (Each status the client tells apart:
+// An operators list that cannot be read: the report still goes, to the default
+// recipients, says that the people concerned are unknown, and the run counts as
+// incomplete. (Each bad answer the client tells apart:
 // ReferenceQueries.BadAnswersFailWithTheirOwnErrorLines.)
 TEST_F(MailStepsTest, AnOperatorsListThatCannotBeReadSendsToTheDefaultsAndIsIncomplete)
 {
   ASSERT_TRUE(FRelay.Started()) << FRelay.Failure().toStdString();
-  const struct
-  {
-    QByteArray Body;
-    int Status;
-    QString Said;
-  } cases[] = {
-      {R"({"error":"internal"})", 500, "HTTP 500"},
-      {"<html>Bad gateway</html>", 502, "HTTP 502"},
-      {"garbage", 200, "was not understood"},
-  };
-  for (const auto &c : cases) {
-    SCOPED_TRACE(c.Status);
-    Operators(c.Body, c.Status);
-    Restart(); // the operators asked anew
-    const qsizetype before = FRelay.Messages().size();
-    TUnattendedOptions options;
-    options.Resend = true;
-    EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitIncomplete);
-    const QString log = ReadTextFile(FState->LogFile());
-    EXPECT_TRUE(log.contains(" - ERROR Operator list (the report's recipients): ")) << log.toStdString();
-    EXPECT_TRUE(log.contains(c.Said)) << log.toStdString();
-    ASSERT_EQ(FRelay.Messages().size(), before + 1);
-    const QJsonObject mail = FRelay.Messages().last();
-    EXPECT_EQ(mail["headers"]["To"].toString(), "leads@vellmor.example");
-    EXPECT_TRUE(mail["parts"][1]["text"].toString().contains("the people concerned could not be computed"));
-  }
+  Operators(R"({"error":"internal"})", 500);
+  EXPECT_EQ(Run(), CExitIncomplete);
+  const QString log = ReadTextFile(FState->LogFile());
+  EXPECT_TRUE(log.contains(" - ERROR Operator list (the report's recipients): ")) << log.toStdString();
+  EXPECT_TRUE(log.contains("HTTP 500")) << log.toStdString();
+  ASSERT_EQ(FRelay.Messages().size(), 1);
+  const QJsonObject mail = FRelay.Messages()[0];
+  EXPECT_EQ(mail["headers"]["To"].toString(), "leads@vellmor.example");
+  EXPECT_TRUE(mail["parts"][1]["text"].toString().contains("the people concerned could not be computed"));
 }
 
 TEST_F(MailStepsTest, AnOperatorsPageThatLeavesPeopleOutSaysHowMany)
 {
   Operators(R"({"totalNumberOfElements":502,"content":[{"id":2,"status":"ACTIVE","teams":[{"id":10}],)"
             R"("notificationEmail":"bob@example.org"}]})");
-  TUnattendedOptions options;
-  options.DryRun = true;
-  Await(RunUnattended(*FState, FProgress, options));
+  Run({.DryRun = true});
   EXPECT_TRUE(ReadTextFile(FState->LogFile())
                   .contains("announces 501 more operator(s) than its page of 1 holds: they were left out"));
 }
@@ -99,17 +73,10 @@ TEST_F(MailStepsTest, AnOperatorsPageThatLeavesPeopleOutSaysHowMany)
 // sent, and the log says why.
 TEST_F(MailStepsTest, AStopDuringTheRetrievalCutsTheRequestsAndSendsNothing)
 {
-  TDemoFaults faults;
-  faults.Bodies.append({QStringLiteral("/api/ticket/list/open"), -1, {}, 200, TDemoFaults::TDelivery::Never});
-  FService.SetFaults(faults);
+  FService.SetFaults({.Bodies = {{"/api/ticket/list/open", -1, {}, 200, TDemoFaults::TDelivery::Never}}});
   TStopRequest stop;
-  TUnattendedOptions options;
-  options.Stop = &stop;
   QTimer::singleShot(300, &stop, [&stop] { stop.Request("SIGTERM"); });
-  QElapsedTimer clock;
-  clock.start();
-  EXPECT_EQ(Await(RunUnattended(*FState, FProgress, options)), CExitStepFailed);
-  std::printf("the retrieval ended %lld ms after its start\n", static_cast<long long>(clock.elapsed()));
+  EXPECT_EQ(Run({.Stop = &stop}), CExitStepFailed);
   const QString log = ReadTextFile(FState->LogFile());
   EXPECT_TRUE(log.contains("the run was stopped (SIGTERM) before")) << log.toStdString();
   EXPECT_TRUE(log.contains(" - ERROR Stopped by SIGTERM during the retrieval: no report was sent")) << log.toStdString();

@@ -4,19 +4,25 @@
 
 #include <QFile>
 
-TTempConfig::TTempConfig()
-    : FPrevious(qgetenv("XDG_CONFIG_HOME")), FHadPrevious(qEnvironmentVariableIsSet("XDG_CONFIG_HOME"))
+TScopedVariable::TScopedVariable(const char *name, const QByteArray &value, void (*changed)())
+    : FName(name), FPrevious(qgetenv(name)), FHadPrevious(qEnvironmentVariableIsSet(name)), FChanged(changed)
 {
-  qputenv("XDG_CONFIG_HOME", FDir.path().toUtf8());
+  qputenv(FName, value);
+  if (FChanged)
+    FChanged();
 }
 
-TTempConfig::~TTempConfig()
+TScopedVariable::~TScopedVariable()
 {
   if (FHadPrevious)
-    qputenv("XDG_CONFIG_HOME", FPrevious);
+    qputenv(FName, FPrevious);
   else
-    qunsetenv("XDG_CONFIG_HOME");
+    qunsetenv(FName);
+  if (FChanged)
+    FChanged();
 }
+
+TScopedTimeZone::TScopedTimeZone(const char *zone) : TScopedVariable("TZ", zone, tzset) {}
 
 QString ReadTextFile(const QString &path)
 {
@@ -31,20 +37,4 @@ void WriteTextFile(const QString &path, const QByteArray &content)
   QFile file(path);
   if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
     file.write(content);
-}
-
-TScopedTimeZone::TScopedTimeZone(const char *zone)
-    : FPrevious(qgetenv("TZ")), FHadPrevious(qEnvironmentVariableIsSet("TZ"))
-{
-  qputenv("TZ", zone);
-  tzset();
-}
-
-TScopedTimeZone::~TScopedTimeZone()
-{
-  if (FHadPrevious)
-    qputenv("TZ", FPrevious);
-  else
-    qunsetenv("TZ");
-  tzset();
 }

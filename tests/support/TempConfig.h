@@ -5,13 +5,26 @@
 #include <QTemporaryDir>
 #include <ostream>
 
+// Sets an environment variable for the life of the object, then puts back what
+// was there; `changed`, when given, is called after each change.
+class TScopedVariable
+{
+public:
+  TScopedVariable(const char *name, const QByteArray &value, void (*changed)() = nullptr);
+  ~TScopedVariable();
+
+private:
+  const char *FName;
+  QByteArray FPrevious;
+  bool FHadPrevious;
+  void (*FChanged)();
+};
+
 // Points XDG_CONFIG_HOME at a fresh temporary folder for the life of the object,
 // so that a test never reads or writes a real home folder.
 class TTempConfig
 {
 public:
-  TTempConfig();
-  ~TTempConfig();
   QString Root() const { return FDir.path(); }
   // Path of a file directly in the temporary folder.
   QString File(const QString &name) const { return FDir.filePath(name); }
@@ -20,8 +33,7 @@ public:
 
 private:
   QTemporaryDir FDir;
-  QByteArray FPrevious;
-  bool FHadPrevious;
+  TScopedVariable FHome{"XDG_CONFIG_HOME", FDir.path().toUtf8()};
 };
 
 // Sets the default locale for the life of the object.
@@ -37,15 +49,10 @@ private:
 
 // Sets the process's time zone (TZ, as a machine in that zone has it) for the
 // life of the object.
-class TScopedTimeZone
+class TScopedTimeZone : TScopedVariable
 {
 public:
   explicit TScopedTimeZone(const char *zone);
-  ~TScopedTimeZone();
-
-private:
-  QByteArray FPrevious;
-  bool FHadPrevious;
 };
 
 // Whole content of a text file, empty when missing.
