@@ -126,8 +126,9 @@ TEST_F(Workbooks, SheetsAreNamedTypedAndEachColumnDefinedOnce)
       const QJsonArray rows = sheet["rows"].toArray();
       ASSERT_EQ(rows.size(), want.Rows + 1);
       EXPECT_EQ(rows[0].toArray(), want.Headers);
-      if (!want.FirstRow.isEmpty())
+      if (!want.FirstRow.isEmpty()) {
         EXPECT_EQ(rows[1].toArray(), want.FirstRow);
+      }
       EXPECT_EQ(sheet["links"].toObject()["B2"].toString(), want.Link);
       EXPECT_EQ(std::tuple(sheet["freeze"].toString(), sheet["bold"].toBool(), sheet["filter"].toString().left(3)),
                 std::tuple(QString("A2"), true, QString("A1:")));
