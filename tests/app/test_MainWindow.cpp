@@ -11,6 +11,7 @@
 #include "tickets/gui/TfrmLoading.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileDialog>
@@ -294,7 +295,7 @@ TEST_F(MainWindow, NoStepStartsOrClosesTheWindowWhileAnotherRuns)
 
 // A right click on the grid takes the selected tickets off the report until they
 // change, and puts them back; the grid shows it at once.
-TEST_F(MainWindow, TheGridsMenuSnoozesAndWakesTheSelectedTickets)
+TEST_F(MainWindow, TheGridsMenuSnoozesWakesAndCopiesTheTicket)
 {
   FState.SetTicketsForTest({Ticket(24012, "printer"), Ticket(24013, "vpn")});
   auto *grid = FWindow->findChild<QTableView *>("asgTickets");
@@ -323,6 +324,8 @@ TEST_F(MainWindow, TheGridsMenuSnoozesAndWakesTheSelectedTickets)
   choose("Wake up");
   EXPECT_EQ(listed.data().toString(), "");
   EXPECT_EQ(Status(), "1 ticket(s) back on the report");
+  choose("Copy id");
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), "24013");
 }
 
 // "Get tickets" against a service that never answers: Escape in the progress
