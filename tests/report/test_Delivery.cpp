@@ -21,6 +21,7 @@
 #include <QJsonArray>
 #include <QTimer>
 #include <gtest/gtest.h>
+#include <optional>
 
 namespace {
 
@@ -64,6 +65,10 @@ protected:
     return received;
   }
 
+  // The authorities the sending trusts beyond the system's, until the test ends;
+  // none when empty.
+  void TrustExtraAuthorities(const QByteArray &pemFile) { FExtraAuthorities.emplace("QUORVEX_EXTRA_CA_CERTS", pemFile); }
+
   static QStringList Failures(const TDeliveryResult &result)
   {
     QStringList failures;
@@ -77,6 +82,7 @@ protected:
   std::unique_ptr<TSmtpTestServer> FServer;
   tySMTPserver FSmtp;
   TDeliveryOptions FOptions;
+  std::optional<TScopedVariable> FExtraAuthorities;
 };
 
 // A relay that wants STARTTLS and a login; the report goes to the settings'
@@ -87,7 +93,7 @@ protected:
   void SetUp() override
   {
     Relay({TSmtpTestServer::StartTls, 0, CUser, CPassword});
-    qputenv("QUORVEX_EXTRA_CA_CERTS", FServer->CertificateFile().toUtf8());
+    TrustExtraAuthorities(FServer->CertificateFile().toUtf8());
     FSmtp = {"127.0.0.1", FServer->Port(), true, CUser, CPassword, "leads@vellmor.example; desk@vellmor.example",
              "itsm@vellmor.example,  audit@vellmor.example", "noreply@vellmor.example"};
   }
@@ -153,7 +159,7 @@ TEST_F(StartTlsSendingTest, ServerRefusalsCarryTheServersWords)
 
 TEST_F(StartTlsSendingTest, UntrustedCertificateIsRefusedAndUnreadableExtraCertificatesAreNamed)
 {
-  qunsetenv("QUORVEX_EXTRA_CA_CERTS");
+  TrustExtraAuthorities({});
   const qsizetype before = FServer->Messages().size();
   const QString error = SendReport().join("\n");
   EXPECT_TRUE(error.contains(QStringLiteral("127.0.0.1:%1").arg(FServer->Port())) &&
@@ -161,7 +167,7 @@ TEST_F(StartTlsSendingTest, UntrustedCertificateIsRefusedAndUnreadableExtraCerti
       << error.toStdString();
   EXPECT_EQ(FServer->Messages().size(), before);
 
-  qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem");
+  TrustExtraAuthorities("/nonexistent/ca.pem");
   const QString unreadable = SendReport().join("\n");
   EXPECT_TRUE(unreadable.contains("QUORVEX_EXTRA_CA_CERTS cannot be read from /nonexistent/ca.pem"))
       << unreadable.toStdString();
@@ -172,7 +178,7 @@ TEST_F(DeliveryTest, Port465SpeaksTlsFromTheStart)
   FServer = std::make_unique<TSmtpTestServer>(TSmtpTestServer::TOptions{TSmtpTestServer::ImplicitTls, 465, CUser, CPassword});
   if (!FServer->Started())
     GTEST_SKIP() << "port 465 is not available here: " << FServer->Failure().toStdString();
-  qputenv("QUORVEX_EXTRA_CA_CERTS", FServer->CertificateFile().toUtf8());
+  TrustExtraAuthorities(FServer->CertificateFile().toUtf8());
   FSmtp = {"localhost", 465, true, CUser, CPassword, {}, {}, {}};
   Deliver(Mails(1));
   const QList<QJsonObject> messages = FServer->Messages();

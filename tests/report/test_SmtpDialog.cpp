@@ -73,7 +73,7 @@ TEST(SmtpDialogTest, TestSendsTheTypedValuesOffTheWindowThreadAndAFailureKeepsTh
   dialog.ledtPort->setText(QString::number(server.Port()));
   dialog.chkSSL->setChecked(false);
   dialog.ledtUsername->clear();
-  qputenv("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem"); // without encryption no authority is read
+  const TScopedVariable unreadable("QUORVEX_EXTRA_CA_CERTS", "/nonexistent/ca.pem"); // without encryption none is read
   TestAndWait(dialog);
   const QList<QJsonObject> messages = server.Messages();
   ASSERT_EQ(messages.size(), 1);

@@ -8,7 +8,6 @@ RestFixture::RestFixture()
   Trace::Install(false);
   RestartTrace();
   WriteTextFile(FConfig.File("ca.pem"), FService.CertificatePem());
-  qputenv("QUORVEX_EXTRA_CA_CERTS", FConfig.File("ca.pem").toUtf8());
   FService.Listen();
   FRest = std::make_unique<TdmRest>(FManager);
   FSettings.Instance = FService.Instance();
@@ -21,7 +20,6 @@ RestFixture::RestFixture()
 
 RestFixture::~RestFixture()
 {
-  qunsetenv("QUORVEX_EXTRA_CA_CERTS");
   Trace::Clear();
 }
 

@@ -32,6 +32,7 @@ protected:
   void ReplaceBody(const QString &path, const QByteArray &body, int page = -1, int status = 200);
 
   TTempConfig FConfig;
+  const TScopedVariable FTrust{"QUORVEX_EXTRA_CA_CERTS", FConfig.File("ca.pem").toUtf8()};
   TDemoService FService{RestTestData()};
   QNetworkAccessManager FManager;
   std::unique_ptr<TdmRest> FRest;

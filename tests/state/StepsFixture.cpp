@@ -88,7 +88,6 @@ StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeT
 {
   FService.Listen();
   WriteTextFile(FConfig.File("ca.pem"), FService.CertificatePem());
-  qputenv("QUORVEX_EXTRA_CA_CERTS", FConfig.File("ca.pem").toUtf8());
 
   Trace::Install(false);
   FRest = std::make_unique<TdmRest>(FManager);
@@ -111,7 +110,6 @@ StepsFixture::StepsFixture(int extraAcmeTickets) : FService(StepsData(extraAcmeT
 StepsFixture::~StepsFixture()
 {
   FState->FormDestroy();
-  qunsetenv("QUORVEX_EXTRA_CA_CERTS");
 }
 
 void StepsFixture::Restart()

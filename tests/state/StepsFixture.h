@@ -62,6 +62,7 @@ protected:
   void AddTicket(const QJsonObject &ticket);
 
   TTempConfig FConfig;
+  const TScopedVariable FTrust{"QUORVEX_EXTRA_CA_CERTS", FConfig.File("ca.pem").toUtf8()};
   TDemoService FService;
   QNetworkAccessManager FManager;
   std::unique_ptr<TdmRest> FRest; // made once the certificate is trusted
